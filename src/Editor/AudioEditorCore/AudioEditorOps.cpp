@@ -1,0 +1,145 @@
+#include "Editor/AudioEditorCore/AudioEditorOps.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "Editor/AudioEditorCore/SampleKernels.h"
+#include "Support/Parallel.h"
+
+namespace kiv::AudioEditorOps {
+namespace {
+
+// Samples that one task works on: long enough that handing it out costs nothing beside it.
+constexpr std::int64_t taskSamples = std::int64_t(1) << 18;
+// A slice up to this size is copied, so that a moment kept on the clipboard does not keep an hour in memory.
+constexpr std::int64_t copiedSlice = std::int64_t(1) << 20;
+
+std::int64_t taskFrames(std::int64_t channels) { return std::max<std::int64_t>(taskSamples / channels, 1); }
+
+// A new sound made of a range: write(in, frames, out) is called for parts that together cover the range, with the samples
+// there and with where the frame `at`, counted from the start of the range, belongs in the result.
+template <class Write>
+AudioEditorBuffer made(const AudioEditorBuffer &buffer, FrameRange range, std::int64_t channels, Write write) {
+    SampleMemory out(std::size_t(range.count() * channels));
+    parallelFor(range.count(), taskFrames(buffer.channels()), [&](std::int64_t lo, std::int64_t hi) {
+        buffer.forEachSpan({range.lo + lo, range.lo + hi},
+                           [&](std::span<const float> in, FrameRange part) { write(in, part.lo - range.lo, out.data()); });
+    });
+    return AudioEditorBuffer(std::move(out), channels, buffer.sampleRate());
+}
+
+// The same, put back in place of the range.
+template <class Write>
+AudioEditorBuffer rewritten(const AudioEditorBuffer &buffer, FrameRange range, Write write) {
+    if (range.isEmpty()) return buffer;
+    return buffer.replacing(range, made(buffer, range, buffer.channels(), write));
+}
+
+AudioEditorBuffer copied(const AudioEditorBuffer &buffer, FrameRange range) {
+    const std::int64_t channels = buffer.channels();
+    return made(buffer, range, channels, [=](std::span<const float> in, std::int64_t at, float *out) {
+        std::copy(in.begin(), in.end(), out + at * channels);
+    });
+}
+
+// One block of zeros laid end to end: an hour of silence takes no more memory than a few seconds.
+AudioEditorBuffer silence(std::int64_t frames, std::int64_t channels, std::int64_t sampleRate) {
+    SampleMemory zeros(std::size_t(std::min(frames, taskFrames(channels)) * channels));
+    std::fill_n(zeros.data(), zeros.size(), 0.0f);
+    AudioEditorBuffer result(std::move(zeros), channels, sampleRate);
+    while (result.frames() < frames) {
+        const std::int64_t missing = std::min(frames - result.frames(), result.frames());
+        result = result.replacing({result.frames(), result.frames()}, result.part({0, missing}));
+    }
+    return result;
+}
+
+enum class Fade { in, out };
+
+AudioEditorBuffer faded(const AudioEditorBuffer &buffer, FrameRange range, Fade fade) {
+    const std::int64_t channels = buffer.channels(), last = std::max<std::int64_t>(range.count() - 1, 1);
+    const QuarterSine curve(last);
+    return rewritten(buffer, range, [&](std::span<const float> in, std::int64_t at, float *out) {
+        const std::int64_t frames = std::int64_t(in.size()) / channels;
+        for (std::int64_t done = 0; done < frames; done += QuarterSine::block) {
+            const std::int64_t count = std::min(frames - done, QuarterSine::block);
+            const auto gains = fade == Fade::in ? curve.rising(at + done) : curve.falling(last - at - done, count);
+            multiplyFrames(in.data() + done * channels, gains, count, channels, out + (at + done) * channels);
+        }
+    });
+}
+
+}  // namespace
+
+AudioEditorBuffer slice(const AudioEditorBuffer &buffer, FrameRange range) {
+    const std::int64_t samples = range.count() * buffer.channels();
+    return !range.isEmpty() && samples <= copiedSlice ? copied(buffer, range) : buffer.part(range);
+}
+
+AudioEditorBuffer inserting(const AudioEditorBuffer &buffer, const AudioEditorBuffer &insert, std::int64_t at) {
+    at = std::clamp<std::int64_t>(at, 0, buffer.frames());
+    return buffer.replacing({at, at}, withChannels(insert, buffer.channels()));
+}
+
+AudioEditorBuffer removing(const AudioEditorBuffer &buffer, FrameRange range) {
+    return buffer.replacing(range, AudioEditorBuffer(buffer.channels(), buffer.sampleRate()));
+}
+
+AudioEditorBuffer silenced(const AudioEditorBuffer &buffer, FrameRange range) {
+    if (range.isEmpty()) return buffer;
+    return buffer.replacing(range, silence(range.count(), buffer.channels(), buffer.sampleRate()));
+}
+
+AudioEditorBuffer reversed(const AudioEditorBuffer &buffer, FrameRange range) {
+    if (range.count() < 2) return buffer;
+    const std::int64_t channels = buffer.channels();
+    return rewritten(buffer, range, [&](std::span<const float> in, std::int64_t at, float *out) {
+        const std::int64_t frames = std::int64_t(in.size()) / channels;
+        reverseFrames(in.data(), frames, channels, out + (range.count() - at - frames) * channels);
+    });
+}
+
+AudioEditorBuffer fadeIn(const AudioEditorBuffer &buffer, FrameRange range) { return faded(buffer, range, Fade::in); }
+AudioEditorBuffer fadeOut(const AudioEditorBuffer &buffer, FrameRange range) { return faded(buffer, range, Fade::out); }
+
+AudioEditorBuffer scaled(const AudioEditorBuffer &buffer, FrameRange range, double factor) {
+    const std::int64_t channels = buffer.channels();
+    return rewritten(buffer, range, [=](std::span<const float> in, std::int64_t at, float *out) {
+        multiply(in.data(), factor, std::int64_t(in.size()), out + at * channels);
+    });
+}
+
+float peak(const AudioEditorBuffer &buffer, FrameRange range) {
+    if (range.isEmpty()) return 0;
+    const std::int64_t grain = taskFrames(buffer.channels());
+    std::vector<float> peaks(std::size_t(range.count() / grain + 1), 0.0f);
+    parallelFor(range.count(), grain, [&](std::int64_t lo, std::int64_t hi) {
+        float &largest = peaks[std::size_t(lo / grain)];
+        buffer.forEachSpan({range.lo + lo, range.lo + hi}, [&](std::span<const float> in, FrameRange) {
+            largest = std::max(largest, largestMagnitude(in.data(), std::int64_t(in.size())));
+        });
+    });
+    return *std::max_element(peaks.begin(), peaks.end());
+}
+
+double gainFactor(double db) { return std::pow(10.0, db / 20); }
+
+AudioEditorBuffer mono(const AudioEditorBuffer &buffer, AudioEditorMonoSource source) {
+    const std::int64_t channels = buffer.channels();
+    if (channels < 2) return buffer;
+    if (source == AudioEditorMonoSource::mix) return withChannels(buffer, 1);
+    const std::int64_t channel = source == AudioEditorMonoSource::left ? 0 : 1;
+    return made(buffer, {0, buffer.frames()}, 1, [=](std::span<const float> in, std::int64_t at, float *out) {
+        takeChannel(in.data(), channels, channel, std::int64_t(in.size()) / channels, out + at);
+    });
+}
+
+AudioEditorBuffer withChannels(const AudioEditorBuffer &buffer, std::int64_t channels) {
+    const std::int64_t from = buffer.channels(), to = std::max<std::int64_t>(channels, 1);
+    if (from == to) return buffer;
+    return made(buffer, {0, buffer.frames()}, to, [=](std::span<const float> in, std::int64_t at, float *out) {
+        spreadMean(in.data(), std::int64_t(in.size()) / from, from, to, out + at * to);
+    });
+}
+
+}  // namespace kiv::AudioEditorOps

@@ -1,0 +1,100 @@
+#include <soxr.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "Editor/AudioEditorCore/AudioEditorOps.h"
+#include "Support/Parallel.h"
+
+namespace kiv::AudioEditorOps {
+namespace {
+
+constexpr std::int64_t chunkFrames = 16384;
+
+using Resampler = std::unique_ptr<soxr, decltype(&soxr_delete)>;
+
+void throwOn(soxr_error_t error) {
+    if (error) throw std::runtime_error(std::string("resampling failed: ") + error);
+}
+
+Resampler makeResampler(double fromRate, double toRate) {
+    const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT32_I, SOXR_FLOAT32_I);
+    const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_VHQ, 0);
+    const soxr_runtime_spec_t oneThread = soxr_runtime_spec(1);
+    soxr_error_t error = nullptr;
+    Resampler resampler(soxr_create(fromRate, toRate, 1, &error, &io, &quality, &oneThread), soxr_delete);
+    throwOn(error);
+    return resampler;
+}
+
+// Converts one channel: read(range, to) gives the frames of a part of the input, write(at, samples, n) takes the result in
+// order. Exactly `count` frames are written: what the resampler gives less is silence, what it gives more is dropped.
+template <class Read, class Write>
+void resampleChannel(std::int64_t frames, double fromRate, double toRate, std::int64_t count, Read read, Write write) {
+    const Resampler resampler = makeResampler(fromRate, toRate);
+    std::array<float, chunkFrames> in, out;
+    std::int64_t written = 0;
+    const auto take = [&](const float *from, std::size_t size) {
+        std::size_t used = 0, given = 0;
+        throwOn(soxr_process(resampler.get(), from, size, &used, out.data(), out.size(), &given));
+        const std::int64_t kept = std::min(std::int64_t(given), count - written);
+        write(written, out.data(), kept);
+        written += kept;
+        return std::pair(used, given);
+    };
+    for (std::int64_t at = 0; at < frames && written < count;) {
+        const std::int64_t size = std::min(frames - at, chunkFrames);
+        read(FrameRange{at, at + size}, in.data());
+        for (std::size_t used = 0; used < std::size_t(size) && written < count;)
+            used += take(in.data() + used, std::size_t(size) - used).first;
+        at += size;
+    }
+    while (written < count && take(nullptr, 0).second > 0) {
+    }
+    out.fill(0);
+    for (; written < count; written += std::min(count - written, chunkFrames))
+        write(written, out.data(), std::min(count - written, chunkFrames));
+}
+
+}  // namespace
+
+std::vector<std::vector<float>> bandLimited(const std::vector<std::vector<float>> &channels, double fromRate, double toRate,
+                                            std::int64_t count) {
+    std::vector<std::vector<float>> result(channels.size(), std::vector<float>(std::size_t(std::max<std::int64_t>(count, 0))));
+    parallelFor(std::int64_t(channels.size()), 1, [&](std::int64_t lo, std::int64_t hi) {
+        for (std::int64_t c = lo; c < hi; ++c) {
+            const float *in = channels[c].data();
+            float *out = result[c].data();
+            resampleChannel(
+                std::int64_t(channels[c].size()), fromRate, toRate, count,
+                [in](FrameRange part, float *to) { std::copy(in + part.lo, in + part.hi, to); },
+                [out](std::int64_t at, const float *samples, std::int64_t n) { std::copy_n(samples, n, out + at); });
+        }
+    });
+    return result;
+}
+
+AudioEditorBuffer withSampleRate(const AudioEditorBuffer &buffer, std::int64_t rate) {
+    rate = std::max<std::int64_t>(rate, 1);
+    if (rate == buffer.sampleRate() || buffer.frames() < 2) return buffer;
+    const double from = double(buffer.sampleRate()), to = double(rate);
+    const std::int64_t count = std::max<std::int64_t>(std::llround(to * double(buffer.frames()) / from), 1);
+    const std::int64_t channels = buffer.channels();
+    SampleMemory samples(std::size_t(count * channels));
+    parallelFor(channels, 1, [&](std::int64_t lo, std::int64_t hi) {
+        for (std::int64_t c = lo; c < hi; ++c)
+            resampleChannel(
+                buffer.frames(), from, to, count, [&](FrameRange part, float *in) { buffer.copyChannel(part, c, in); },
+                [&](std::int64_t at, const float *out, std::int64_t n) {
+                    for (std::int64_t i = 0; i < n; ++i) samples.data()[(at + i) * channels + c] = out[i];
+                });
+    });
+    return AudioEditorBuffer(std::move(samples), channels, rate);
+}
+
+}  // namespace kiv::AudioEditorOps

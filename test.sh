@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Builds and runs all tests: ./test.sh [PRESET …], by default the preset dev. Presets: dev release asan tsan.
+set -euo pipefail
+cd "$(dirname "$0")"
+packaging/install.sh build run test
+for preset in "${@:-dev}"; do
+  cmake --preset "$preset" >/dev/null
+  cmake --build --preset "$preset"
+  ctest --preset "$preset" -j2
+done
