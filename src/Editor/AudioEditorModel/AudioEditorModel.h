@@ -1,0 +1,227 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "Editor/AudioEditorCore/AudioEditorBuffer.h"
+#include "Editor/AudioEditorCore/AudioEditorLengthChange.h"
+#include "Editor/AudioEditorCore/AudioEditorMonoSource.h"
+#include "Editor/AudioEditorCore/AudioEditorPeaks.h"
+#include "Editor/AudioEditorCore/AudioEditorPlayhead.h"
+#include "Editor/AudioEditorCore/AudioEditorTimeUnit.h"
+#include "Editor/AudioEditorModel/AudioEditorZoom.h"
+#include "Editor/AudioEditorModel/UndoHistory.h"
+#include "Preferences/Settings.h"
+#include "Support/Observers.h"
+
+namespace kiv {
+
+// The open edit dialog.
+enum class Dialog { gain, normalize, mono };
+
+// A drag in progress on the waveform.
+struct CursorDrag {  // a click, or a selection drawn from the anchor
+    std::int64_t anchor = 0;
+    double pressX = 0;
+    bool selecting = false;
+    friend bool operator==(const CursorDrag &, const CursorDrag &) = default;
+};
+struct EdgeDrag {  // one edge of the selection; the other stays at `fixed`
+    std::int64_t fixed = 0;
+    friend bool operator==(const EdgeDrag &, const EdgeDrag &) = default;
+};
+using PointerMode = std::variant<CursorDrag, EdgeDrag>;
+
+// What changed, as one set: an edit tells its observers once.
+enum class Change : std::uint32_t {
+    audio = 1 << 0,  // buffer, peaks, generation
+    markers = 1 << 1,
+    cursor = 1 << 2,
+    selection = 1 << 3,
+    playheads = 1 << 4,
+    maxLevel = 1 << 5,
+    view = 1 << 6,  // zoom, centre
+    verticalZoom = 1 << 7,
+    dialog = 1 << 8,  // which one, its values and its text
+    timeUnit = 1 << 9,
+    loopPoints = 1 << 10,
+    playback = 1 << 11,  // loopEnabled, previewPlaying, playing
+    followPlayhead = 1 << 12,
+    pointer = 1 << 13,  // pointerMode, waveHover
+    history = 1 << 14,  // what can be undone and redone, contentVersion
+};
+
+struct Changes {
+    std::uint32_t bits = 0;
+    bool contains(Change change) const { return bits & std::uint32_t(change); }
+    bool containsAny(std::initializer_list<Change> changes) const {
+        for (Change change : changes)
+            if (contains(change)) return true;
+        return false;
+    }
+};
+
+// One buffer shared by all documents of the running program.
+struct Clipboard {
+    std::optional<AudioEditorBuffer> buffer;
+    Observers<Clipboard> changed;
+};
+
+// Everything a view of a document can see; plain values.
+struct AudioEditorState {
+    AudioEditorBuffer buffer;
+    AudioEditorPeaks peaks;
+    std::int64_t generation = 0;      // grows whenever the audio changes
+    std::int64_t contentVersion = 0;  // of the content; undo brings the old one back
+    std::vector<std::int64_t> markerFrames;
+    std::int64_t cursorFrame = 0;
+    std::optional<FrameRange> selection;
+    std::optional<FrameRange> lastSelection;  // before its last change
+    std::optional<FrameRange> loopPoints;
+    std::vector<AudioEditorPlayhead> playheads;
+    std::optional<float> maxLevel;  // highest level heard while playing
+    AudioEditorZoom view;
+    int verticalZoomDb = 0;
+    std::optional<Dialog> dialog;
+    AudioEditorMonoSource monoSource = AudioEditorMonoSource::mix;
+    double gainDb = 0;
+    double normalizeDb = 0;
+    std::string dialogText;         // the number being typed into the open dialog
+    bool dialogTypedAhead = false;  // typing began before its field had the focus
+    AudioEditorTimeUnit timeUnit = AudioEditorTimeUnit::seconds;
+    bool loopEnabled = false;
+    bool followPlayhead = false;
+    bool playing = false;
+    bool previewPlaying = false;
+    std::optional<PointerMode> pointerMode;
+    bool resizingEdge = false;
+};
+
+// The editing state of one document. Main thread only. Views read state() and observe; every change goes through here, so that
+// a value that is already held changes nothing and tells nobody. It never touches files or sound devices: it reports to its
+// owner through the on… callbacks, any of which may be absent.
+class AudioEditorModel {
+public:
+    AudioEditorModel(Settings &settings, Clipboard &clipboard);
+
+    const AudioEditorState &state() const { return state_; }
+    Clipboard &clipboard() { return clipboard_; }
+    const Clipboard &clipboard() const { return clipboard_; }
+    const UndoHistory &history() const { return history_; }
+    Observers<Changes> observers;
+
+    // Called when a change of the audio is complete, before the observers are told of it.
+    std::function<void(const AudioEditorBuffer &before, const AudioEditorBuffer &now)> onAudioChanged;
+    std::function<void(FrameRange range, bool loop)> onPlayRange;
+    std::function<void(bool)> onLoopChanged;
+
+    // A fresh sound as read from a file, with its marks: no undo, whole file in view. The peaks are built here when not given.
+    void load(AudioEditorBuffer buffer, std::vector<std::int64_t> markers, std::optional<FrameRange> loop,
+              std::optional<AudioEditorPeaks> peaks = {});
+    // The same for a file read again: keeps view, cursor and selection as far as they lie inside the new sound.
+    void reload(AudioEditorBuffer buffer, std::vector<std::int64_t> markers, std::optional<FrameRange> loop,
+                std::optional<AudioEditorPeaks> peaks = {});
+
+    // Selection when there is one, else the whole sound, else nothing.
+    std::optional<FrameRange> activeRange() const;
+    bool canCut() const;  // a selection exists and is shorter than the sound
+    bool canUndo() const { return history_.undoDepth() > 0; }
+    bool canRedo() const { return history_.redoDepth() > 0; }
+
+    // Every change of the sound: an undoable step. Cursor and selection are clamped to the new sound; markers and loop follow
+    // the length change.
+    void commit(AudioEditorBuffer buffer, std::int64_t cursor, std::optional<FrameRange> selection,
+                AudioEditorLengthChange change);
+    // A change of the loop alone: an undoable step without a buffer. A loop that is already so makes none.
+    void commitLoop(std::optional<FrameRange> loop);
+    void undo();
+    void redo();
+
+    // Placing the cursor clears the selection; selecting puts the cursor at its start. Positions are clamped.
+    void placeCursor(std::int64_t frame);
+    void select(FrameRange range);  // empty once clamped: no selection, the cursor at its start
+    void selectAll();
+    void selectNone();
+    // Both as given (clamped), for drags and for what a cancelled drag had at its press.
+    void setCursorAndSelection(std::int64_t cursor, std::optional<FrameRange> selection);
+
+    void setView(AudioEditorZoom view);  // clamped to its limits
+    void zoomBy(double factor);          // around zoomAnchor()
+    void zoomToFit();
+    void zoomToSelection();
+    double zoomAnchor() const;  // the cursor if in view, else the centre
+    void revealFrame(double frame);
+    void verticalZoomIn();
+    void verticalZoomOut();
+    void setVerticalZoomDb(int db);
+
+    void toggleTimeUnit();
+    void setFollowPlayhead(bool follow);
+    void setLoopEnabled(bool enabled);
+    void setPlayheads(std::vector<AudioEditorPlayhead> heads);
+    void setPlaying(bool playing);
+    void setPreviewPlaying(bool playing);
+    void setMaxLevel(std::optional<float> level);
+
+    void openDialog(Dialog dialog);
+    void closeDialog();
+    void setGainDb(double db);       // clamped to −24 … 24, stored
+    void setNormalizeDb(double db);  // clamped to −24 … 0, stored
+    void setMonoSource(AudioEditorMonoSource source);
+    void setDialogText(std::string text, bool typedAhead);
+
+    void setPointerMode(std::optional<PointerMode> mode);
+
+    // Changes made until the returned guard dies are told as one. Guards may nest.
+    class Batch {
+    public:
+        explicit Batch(AudioEditorModel &model) : model_(model) { ++model_.batchDepth_; }
+        Batch(const Batch &) = delete;
+        Batch &operator=(const Batch &) = delete;
+        ~Batch();
+
+    private:
+        AudioEditorModel &model_;
+    };
+
+private:
+    struct Content {
+        AudioEditorBuffer buffer;
+        std::optional<AudioEditorPeaks> peaks;  // built here when not given
+        std::int64_t cursor;
+        std::optional<FrameRange> selection;
+        std::int64_t version;
+    };
+
+    // Whether that was a change.
+    template <class T>
+    bool set(T AudioEditorState::*field, std::type_identity_t<T> value, Change change) {
+        if (state_.*field == value) return false;
+        state_.*field = std::move(value);
+        tell(change);
+        return true;
+    }
+    void setDialogNumber(double AudioEditorState::*field, const NumberSetting &row, double value);
+    void tell(Change change);
+    void flush();
+    void install(Content content);
+    Snapshot currentSnapshot(bool withBuffer) const;
+    void pushHistory(bool withBuffer);
+    void restore(std::optional<Snapshot> snapshot);
+
+    Settings &settings_;
+    Clipboard &clipboard_;
+    AudioEditorState state_;
+    UndoHistory history_;
+    std::int64_t nextVersion_ = 1;
+    std::uint32_t pending_ = 0;
+    int batchDepth_ = 0;
+};
+
+}  // namespace kiv

@@ -1,0 +1,63 @@
+#include <algorithm>
+
+#include "Editor/AudioEditorModel/AudioEditorModel.h"
+
+namespace kiv {
+
+Snapshot AudioEditorModel::currentSnapshot(bool withBuffer) const {
+    Snapshot snapshot{{}, state_.cursorFrame, state_.selection, state_.contentVersion, state_.markerFrames, state_.loopPoints};
+    if (withBuffer) snapshot.buffer = state_.buffer;
+    return snapshot;
+}
+
+void AudioEditorModel::pushHistory(bool withBuffer) {
+    history_.push(currentSnapshot(withBuffer));
+    tell(Change::history);
+}
+
+void AudioEditorModel::commit(AudioEditorBuffer buffer, std::int64_t cursor, std::optional<FrameRange> selection,
+                              AudioEditorLengthChange change) {
+    const Batch batch(*this);
+    pushHistory(true);
+    const std::int64_t frames = buffer.frames();
+    std::vector<std::int64_t> markers = state_.markerFrames;
+    for (std::int64_t &marker : markers) marker = change.map(marker, frames);
+    set(&AudioEditorState::markerFrames, std::move(markers), Change::markers);
+    if (state_.loopPoints) set(&AudioEditorState::loopPoints, change.mapLoop(*state_.loopPoints, frames), Change::loopPoints);
+    install({std::move(buffer), std::nullopt, cursor, selection, nextVersion_++});
+}
+
+void AudioEditorModel::commitLoop(std::optional<FrameRange> loop) {
+    const std::int64_t frames = state_.buffer.frames();
+    if (loop && frames > 0) {
+        loop->lo = std::clamp<std::int64_t>(loop->lo, 0, frames - 1);
+        loop->hi = std::clamp<std::int64_t>(loop->hi, loop->lo + 1, frames);
+    }
+    if (loop == state_.loopPoints || (loop && frames == 0)) return;
+    const Batch batch(*this);
+    pushHistory(false);
+    set(&AudioEditorState::loopPoints, loop, Change::loopPoints);
+    state_.contentVersion = nextVersion_++;
+}
+
+void AudioEditorModel::undo() {
+    restore(history_.undo([this](bool withBuffer) { return currentSnapshot(withBuffer); }));
+}
+
+void AudioEditorModel::redo() {
+    restore(history_.redo([this](bool withBuffer) { return currentSnapshot(withBuffer); }));
+}
+
+void AudioEditorModel::restore(std::optional<Snapshot> snapshot) {
+    if (!snapshot) return;
+    const Batch batch(*this);
+    tell(Change::history);
+    set(&AudioEditorState::markerFrames, std::move(snapshot->markers), Change::markers);
+    set(&AudioEditorState::loopPoints, snapshot->loop, Change::loopPoints);
+    if (snapshot->buffer)
+        install({std::move(*snapshot->buffer), std::nullopt, snapshot->cursor, snapshot->selection, snapshot->version});
+    else
+        state_.contentVersion = snapshot->version;
+}
+
+}  // namespace kiv

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "Support/ByteSource.h"
+
+// The few things a file system does that safe saving is made of, one call each, so that a fake can fail or lose power at any of
+// them. Every call may block and throws std::system_error; any thread but the main and audio threads.
+namespace kiv {
+
+class FileSystem {
+public:
+    virtual ~FileSystem() = default;
+
+    // A file open for writing. It is held for as long as the object lives: nobody else can overwrite() it, and it is not
+    // abandoned. What can go wrong is told by sync(), so that nothing is left for closing to report.
+    class File {
+    public:
+        virtual ~File() = default;
+        virtual void write(std::span<const std::byte> bytes) = 0;  // after what was written before, or from the start on
+        virtual void rewind() = 0;                                 // the next write is at the start again
+        virtual void truncate(std::int64_t size) = 0;
+        virtual void sync() = 0;  // contents, length and attributes to the device
+    };
+
+    enum class Kind { file, folder, other };
+    struct Identity {
+        std::uint64_t device = 0, inode = 0;
+        std::int64_t size = 0, modifiedNs = 0;
+        Kind kind = Kind::file;
+        friend bool operator==(const Identity &, const Identity &) = default;
+    };
+
+    // The file that symbolic links lead to, whether it exists or not, as an absolute path; its folder must exist.
+    virtual std::string resolve(const std::string &path) = 0;
+    virtual std::optional<Identity> identity(const std::string &path) = 0;  // follows links; nothing: no such file
+    virtual std::unique_ptr<ByteSource> open(const std::string &path) = 0;
+
+    enum class Access { owner, usual };  // readable and writable by its owner only · as the folder and the user's mask say
+    // Creates a file that must not exist yet.
+    virtual std::unique_ptr<File> create(const std::string &path, Access access) = 0;
+    // Removes a file that was created by a program which has died since. False: there is none, or it is held, or one cannot tell.
+    virtual bool removeAbandoned(const std::string &path) = 0;
+    // Opens an existing file to be written over from its start; it keeps its length until written or truncated. Throws
+    // std::errc::resource_unavailable_try_again when it is held elsewhere.
+    virtual std::unique_ptr<File> overwrite(const std::string &path) = 0;
+    // Gives `to` the mode, extended attributes and access lists of `from`, and its owner where that is allowed.
+    virtual void copyAttributes(const std::string &from, const std::string &to) = 0;
+    virtual void rename(const std::string &from, const std::string &to) = 0;  // in one step, replacing `to`
+    virtual void remove(const std::string &path) = 0;
+    virtual void makeFolders(const std::string &path) = 0;  // what is missing of it, for the user alone
+    virtual void syncFolder(const std::string &folder) = 0;
+    virtual void requireWritable(const std::string &path) = 0;  // throws what stands against it
+    // The user's own folder for copies kept while a file is written over in place. It need not exist yet.
+    virtual std::string temporaryFolder() = 0;
+};
+
+}  // namespace kiv
