@@ -44,7 +44,8 @@ public:
     enum class Access { owner, usual };  // readable and writable by its owner only · as the folder and the user's mask say
     // Creates a file that must not exist yet.
     virtual std::unique_ptr<File> create(const std::string &path, Access access) = 0;
-    // Removes a file that was created by a program which has died since. False: there is none, or it is held, or one cannot tell.
+    // Removes a file that was created by a program which has died since. False: there is none, or it is held, or one cannot
+    // tell.
     virtual bool removeAbandoned(const std::string &path) = 0;
     // Opens an existing file to be written over from its start; it keeps its length until written or truncated. Throws
     // std::errc::resource_unavailable_try_again when it is held elsewhere.

@@ -1,0 +1,77 @@
+#include "Platform/Qt/QtAppearance.h"
+
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QMap>
+#include <QPalette>
+
+namespace kiv {
+namespace {
+
+const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString settingsInterface = QStringLiteral("org.freedesktop.portal.Settings");
+
+// Where the desktops keep these two wishes: the common place first, then their own.
+const QString common = QStringLiteral("org.freedesktop.appearance");
+const QString gnome = QStringLiteral("org.gnome.desktop.interface");
+const QString kde = QStringLiteral("org.kde.kdeglobals.KDE");
+
+using Namespaces = QMap<QString, QVariantMap>;
+
+bool isDark(const QPalette &palette) {
+    return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+}
+
+}  // namespace
+
+QDBusConnection QtAppearance::sessionBus() {
+    // Without a bus to be found, asking for one would try to start it, which takes long.
+    const bool isThere = qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") ||
+                         QFileInfo::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));
+    return isThere ? QDBusConnection::sessionBus() : QDBusConnection(QStringLiteral("none"));
+}
+
+QtAppearance::QtAppearance(const QDBusConnection &bus) : bus_(bus), paletteIsDark_(kiv::isDark(QGuiApplication::palette())) {
+    if (!bus_.isConnected()) return;
+    askSoon_.setSingleShot(true);
+    askSoon_.setInterval(20);
+    QObject::connect(&askSoon_, &QTimer::timeout, &askSoon_, [this] { ask(); });
+    // From whomever: naming the service would wait for the bus to say who that is. A wrong signal only makes us ask.
+    bus_.connect(QString(), path, settingsInterface, QStringLiteral("SettingChanged"), &askSoon_, SLOT(start()));
+    ask();
+}
+
+void QtAppearance::ask() {
+    auto question = QDBusMessage::createMethodCall(service, path, settingsInterface, QStringLiteral("ReadAll"));
+    question << QStringList{common, gnome, kde};
+    auto *watcher = new QDBusPendingCallWatcher(bus_.asyncCall(question), &askSoon_);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &askSoon_, [this](QDBusPendingCallWatcher *answered) {
+        answered->deleteLater();
+        if (!answered->isError()) take(wishesIn(answered->reply()));
+    });
+}
+
+QtAppearance::Wishes QtAppearance::wishesIn(const QDBusMessage &reply) {
+    Wishes wishes;
+    if (reply.signature() != QStringLiteral("a{sa{sv}}")) return wishes;
+    const auto settings = qdbus_cast<Namespaces>(reply.arguments().value(0));
+    const uint scheme = settings.value(common).value(QStringLiteral("color-scheme")).toUInt();  // 1 dark, 2 light
+    if (scheme == 1 || scheme == 2) wishes.dark = scheme == 1;
+    const auto animations = settings.value(gnome).value(QStringLiteral("enable-animations"));
+    const auto duration = settings.value(kde).value(QStringLiteral("AnimationDurationFactor"), QStringLiteral("1"));
+    wishes.reducesMotion = settings.value(common).value(QStringLiteral("reduced-motion")).toUInt() == 1 ||
+                           (animations.isValid() && !animations.toBool()) || duration.toString() == QStringLiteral("0");
+    return wishes;
+}
+
+void QtAppearance::take(const Wishes &wishes) {
+    const bool same = isDark() == wishes.dark.value_or(paletteIsDark_) && reducesMotion() == wishes.reducesMotion;
+    portal_ = wishes;
+    if (!same) changed.notify(*this);
+}
+
+}  // namespace kiv
