@@ -1,0 +1,91 @@
+#!/usr/bin/env python3
+"""Writes the seed corpus next to this script: small files, each of which shows a reader something that the others do not.
+Files that fuzzing found faults with are kept among them."""
+import struct
+from pathlib import Path
+
+HERE = Path(__file__).parent / "corpus"
+
+
+def chunk(order, name, payload):
+    return name + struct.pack(order + "I", len(payload)) + payload + b"\0" * (len(payload) % 2)
+
+
+def le(name, payload):
+    return chunk("<", name, payload)
+
+
+def be(name, payload):
+    return chunk(">", name, payload)
+
+
+def riff(*chunks):
+    body = b"WAVE" + b"".join(chunks)
+    return b"RIFF" + struct.pack("<I", len(body)) + body
+
+
+def form(kind, *chunks):
+    body = kind + b"".join(chunks)
+    return b"FORM" + struct.pack(">I", len(body)) + body
+
+
+def fmt(tag, channels, bits, more=b""):
+    align = channels * ((bits + 7) // 8)
+    return le(b"fmt ", struct.pack("<HHIIHH", tag, channels, 44100, 44100 * align, align, bits) + more)
+
+
+def extensible(channels, bits, valid):
+    more = struct.pack("<HHIH", 22, valid, 3, 1) + bytes.fromhex("000000001000800000AA00389B71")
+    return fmt(0xFFFE, channels, bits, more)
+
+
+def rate(hertz):
+    exponent = hertz.bit_length() - 1
+    return struct.pack(">HQ", 16383 + exponent, hertz << (63 - exponent))
+
+
+def comm(channels, frames, bits, kind=b""):
+    return be(b"COMM", struct.pack(">HIH", channels, frames, bits) + rate(44100) + kind)
+
+
+def ssnd(samples, offset=0):
+    return be(b"SSND", struct.pack(">II", offset, 0) + samples)
+
+
+def marker(number, position, name):
+    text = bytes([len(name)]) + name
+    return struct.pack(">HI", number, position) + text + b"\0" * (len(text) % 2)
+
+
+def wav_files():
+    data = bytes(range(48))
+    cues = struct.pack("<I", 2) + b"".join(struct.pack("<II4sIII", i, 2 + i, b"data", 0, 0, i * 3) for i in (1, 2))
+    smpl = struct.pack("<9I", 0, 0, 0, 60, 0, 0, 0, 1, 0) + struct.pack("<6I", 0, 0, 2, 5, 0, 0)
+    adtl = b"adtl" + le(b"labl", struct.pack("<I", 1) + b"name") + le(b"ltxt", struct.pack("<II", 1, 4) + b"rgn " + b"\0" * 8)
+    for bits in (8, 16, 24, 32):
+        yield f"int{bits}", riff(fmt(1, 2, bits), le(b"data", data))
+    yield "float32", riff(fmt(3, 1, 32), le(b"fact", struct.pack("<I", 12)), le(b"data", data))
+    yield "float64", riff(fmt(3, 1, 64), le(b"data", data))
+    yield "extensible", riff(extensible(2, 24, 20), le(b"PEAK", b"\0" * 16), le(b"data", data))
+    yield "marks", riff(fmt(1, 1, 16), le(b"data", data), le(b"cue ", cues), le(b"LIST", adtl), le(b"smpl", smpl))
+    yield "stream", riff(fmt(1, 1, 16)) + b"data\xff\xff\xff\xff" + data + b"tail"
+
+
+def aiff_files():
+    data = bytes(range(48))
+    marks = struct.pack(">H", 3) + marker(1, 2, b"begin") + marker(2, 9, b"end") + marker(3, 4, b"")
+    inst = struct.pack(">6bh3H3H", 60, 0, 0, 127, 1, 127, 0, 1, 1, 2, 0, 0, 0)
+    comt = struct.pack(">HIHH", 1, 7, 2, 3) + b"end\0"
+    for bits in (8, 16, 24, 32):
+        yield f"int{bits}", form(b"AIFF", comm(2, 6, bits), ssnd(data))
+    for kind, bits in ((b"sowt", 16), (b"in24", 24), (b"in32", 32), (b"fl32", 32), (b"fl64", 64)):
+        yield kind.decode(), form(b"AIFC", be(b"FVER", struct.pack(">I", 0xA2805140)), comm(1, 6, bits, kind + b"\4name\0"), ssnd(data))
+    yield "marks", form(b"AIFF", comm(1, 24, 16), ssnd(data), be(b"MARK", marks), be(b"INST", inst), be(b"COMT", comt))
+    yield "offset", form(b"AIFF", be(b"MARK", marks), comm(1, 24, 16), ssnd(data, 5)) + b"tail"
+    yield "silent", form(b"AIFF", comm(1, 0, 16))
+
+
+for folder, files in (("wav", wav_files()), ("aiff", aiff_files())):
+    (HERE / folder).mkdir(parents=True, exist_ok=True)
+    for name, content in files:
+        (HERE / folder / f"{name}.{folder}").write_bytes(content)

@@ -1,0 +1,54 @@
+#include "Audio/Files/AiffMetadata.h"
+
+#include "Audio/Files/ByteFields.h"
+#include "Audio/Files/PositionTable.h"
+
+namespace kiv {
+namespace {
+
+constexpr auto order = std::endian::big;
+
+void readMarkers(AudioFileChunk &chunk, PositionTable &table, PositionIds &ids) {
+    for (const AiffMarker &marker : aiffMarkers(chunk.data)) {
+        const std::uint32_t index = table.add(marker.position);
+        chunk.fields.push_back({.offset = std::uint32_t(marker.offset + 2), .index = index, .bigEndian = true});
+        ids.add(marker.id, index);
+    }
+}
+
+void readInstrument(const AudioFileChunk &chunk, PositionTable &table, PositionIds &ids) {
+    using namespace InstChunk;
+    if (chunk.data.size() < InstChunk::size || u16At(chunk.data, sustainLoop + playMode, order) == 0) return;
+    const auto begin = ids.find(u16At(chunk.data, sustainLoop + beginMarker, order));
+    const auto end = ids.find(u16At(chunk.data, sustainLoop + endMarker, order));
+    if (begin && end) table.addLoop(*begin, *end);
+}
+
+}  // namespace
+
+std::vector<AiffMarker> aiffMarkers(std::span<const std::byte> payload) {
+    constexpr std::size_t idAndPosition = 6;
+    std::vector<AiffMarker> markers;
+    if (payload.size() < 2) return markers;
+    const std::size_t count = u16At(payload, 0, order);
+    for (std::size_t at = 2; markers.size() < count && at < payload.size() && payload.size() - at >= idAndPosition;) {
+        const std::size_t name = at + idAndPosition;
+        const std::size_t nameLength = name < payload.size() ? std::to_integer<std::size_t>(payload[name]) : 0;
+        // The name's length byte and its text together take an even number of bytes.
+        const std::size_t length = idAndPosition + (nameLength + 2) / 2 * 2;
+        markers.push_back({at, length, u16At(payload, at, order), u32At(payload, at + 2, order)});
+        at += length;
+    }
+    return markers;
+}
+
+void collectAiffPositions(AudioFileContents &contents, std::int64_t frames) {
+    PositionTable table(contents, frames);
+    PositionIds ids;
+    for (AudioFileChunk &chunk : contents.chunks)
+        if (chunk.id == "MARK") readMarkers(chunk, table, ids);
+    for (const AudioFileChunk &chunk : contents.chunks)
+        if (chunk.id == "INST") readInstrument(chunk, table, ids);
+}
+
+}  // namespace kiv

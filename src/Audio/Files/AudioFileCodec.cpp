@@ -1,0 +1,91 @@
+#include "Audio/Files/AudioFileCodec.h"
+
+#include <algorithm>
+#include <array>
+#include <new>
+#include <system_error>
+
+#include "Audio/Files/AiffReader.h"
+#include "Audio/Files/ByteFields.h"
+#include "Audio/Files/SampleEncoding.h"
+#include "Audio/Files/SourceReader.h"
+#include "Audio/Files/WavReader.h"
+
+namespace kiv::AudioFileCodec {
+namespace {
+
+std::optional<AudioFileContents> readForm(const SourceReader &reader) {
+    std::array<std::byte, 12> head;
+    if (reader.size() < std::int64_t(head.size())) return std::nullopt;
+    reader.read(0, head);
+    const std::string group = idAt(head, 0), form = idAt(head, 8);
+    if (group == "RIFF" && form == "WAVE") return readWav(reader);
+    if (group == "FORM" && form == "AIFF") return readAiff(reader, AudioContainer::aiff);
+    if (group == "FORM" && form == "AIFC") return readAiff(reader, AudioContainer::aifc);
+    return std::nullopt;
+}
+
+std::int64_t fieldValue(const AudioFilePositionField &field, const std::vector<std::int64_t> &positions) {
+    using Kind = AudioFilePositionField::Kind;
+    const std::int64_t position = positions[field.index];
+    if (field.kind == Kind::inclusiveEnd) return position - 1;
+    if (field.kind == Kind::length) return position - (field.from < positions.size() ? positions[field.from] : 0);
+    return position;
+}
+
+}  // namespace
+
+std::optional<AudioFileContents> readNative(const ByteSource &source, Progress *progress) {
+    if (progress) progress->start(source.size());
+    try {
+        return readForm(SourceReader(source, progress));
+    } catch (const AudioFileError &error) {
+        if (error.kind() == AudioFileError::Case::unsupported) return std::nullopt;
+        throw;
+    } catch (const std::system_error &error) {
+        throw AudioFileError::unreadable(error.what());
+    } catch (const std::bad_alloc &) {
+        throw AudioFileError::unreadable("there is not enough memory for it");
+    }
+}
+
+std::optional<AudioFileContents> readNative(std::span<const std::byte> bytes) { return readNative(MemorySource(bytes)); }
+
+AudioFileImage nativeImage(const AudioFileContents &contents) {
+    return contents.format.container == AudioContainer::wav ? wavImage(contents) : aiffImage(contents);
+}
+
+Bytes patched(const AudioFileChunk &chunk, const std::vector<std::int64_t> &positions) {
+    Bytes data = chunk.data;
+    for (const AudioFilePositionField &field : chunk.fields) {
+        if (field.index >= positions.size() || data.size() < 4 || field.offset > data.size() - 4) continue;
+        const std::int64_t value = std::clamp<std::int64_t>(fieldValue(field, positions), 0, 0xFFFFFFFF);
+        putWord(std::span(data), field.offset, field.bigEndian ? std::endian::big : std::endian::little, std::uint32_t(value));
+    }
+    return data;
+}
+
+void encodeSamples(const AudioEditorBuffer &buffer, FrameRange range, const AudioSampleEncoding &encoding,
+                   std::span<std::byte> out) {
+    if (range.isEmpty()) return;
+    buffer.forEachSpan(range, [&](std::span<const float> samples, FrameRange) {
+        const std::size_t bytes = samples.size() * std::size_t(encoding.bytes);
+        kiv::encodeSamples(samples, encoding, out.first(bytes));
+        out = out.subspan(bytes);
+    });
+}
+
+// A second chunk of one of these names is nothing that a reader looks at.
+AudioFileContents bareContents(AudioEditorBuffer buffer, const AudioFileContents &contents) {
+    AudioFileContents bare;
+    bare.format = contents.format;
+    bare.buffer = std::move(buffer);
+    for (const AudioFileChunk &chunk : contents.chunks) {
+        const auto sameId = [&](const AudioFileChunk &kept) { return kept.id == chunk.id; };
+        if (isBareChunkId(chunk.id) && std::none_of(bare.chunks.begin(), bare.chunks.end(), sameId))
+            bare.chunks.push_back(chunk);
+    }
+    return bare;
+}
+
+}  // namespace kiv::AudioFileCodec

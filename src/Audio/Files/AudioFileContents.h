@@ -1,0 +1,121 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Editor/AudioEditorCore/AudioEditorBuffer.h"
+
+// A sound file in memory: its samples, what it is, every chunk that came with them, and every sample position stored in those
+// chunks. The editor changes samples and positions; the chunks are carried so that saving writes the file back whole.
+namespace kiv {
+
+using Bytes = std::vector<std::byte>;
+
+enum class AudioContainer { wav, aiff, aifc, coreAudio };  // coreAudio: read by a decoder that is not our own
+
+struct AudioSampleEncoding {
+    enum class Kind { integer, floating };
+
+    Kind kind = Kind::integer;
+    int bytes = 2;       // per sample: 1 … 4 for integers, 4 or 8 for floats
+    int validBits = 16;  // meaningful bits, at most 8 · bytes
+    bool bigEndian = false;
+    bool unsigned8 = false;  // 8-bit samples stored with 128 as zero
+
+    // "24-bit", "32-bit float".
+    std::string description() const;
+    friend bool operator==(const AudioSampleEncoding &, const AudioSampleEncoding &) = default;
+};
+
+struct AudioFileFormat {
+    AudioContainer container = AudioContainer::wav;
+    std::optional<AudioSampleEncoding> encoding;  // nothing for decoded files
+    double sampleRate = 44100;                    // the file's exact rate, in hertz
+    std::string typeName = "WAV";                 // as the user sees it
+    std::string bitsDescription;
+    std::string fileExtension = "wav";
+
+    friend bool operator==(const AudioFileFormat &, const AudioFileFormat &) = default;
+};
+
+// A place inside a chunk where a 32-bit unsigned sample position is stored. Small, for a file may hold millions.
+struct AudioFilePositionField {
+    enum class Kind : std::uint8_t {
+        frame,         // the position itself
+        inclusiveEnd,  // the last frame inside a range: the position − 1
+        length,        // frames counted from positions[from]
+    };
+
+    std::uint32_t offset = 0;  // bytes into the chunk's data
+    std::uint32_t index = 0;   // into AudioFileContents::positions
+    std::uint32_t from = 0;    // kind length only
+    Kind kind = Kind::frame;
+    bool bigEndian = false;
+
+    friend bool operator==(const AudioFilePositionField &, const AudioFilePositionField &) = default;
+};
+
+struct AudioFileChunk {
+    std::string id;  // four bytes, exactly as in the file
+    Bytes data;      // the payload as in the file; empty for the audio chunk, whose place it marks
+    std::vector<AudioFilePositionField> fields;
+    std::int64_t sizeInFile = 0;  // bytes of payload that the file held, also for the audio chunk
+
+    friend bool operator==(const AudioFileChunk &, const AudioFileChunk &) = default;
+};
+
+// Indices into positions, not frames. Recorded only while positions[start] < positions[end].
+struct AudioFileLoop {
+    std::int64_t start = 0;
+    std::int64_t end = 0;
+    friend bool operator==(const AudioFileLoop &, const AudioFileLoop &) = default;
+};
+
+struct FlacMetadataBlock {
+    int type = 0;
+    Bytes data;
+    friend bool operator==(const FlacMetadataBlock &, const FlacMetadataBlock &) = default;
+};
+
+// The entry of coreAudioSettings that says what the file is, as four characters: ".mp3", "flac".
+inline constexpr const char *formatIdentifierKey = "formatIdentifier";
+
+struct AudioFileContents {
+    AudioFileFormat format;
+    AudioEditorBuffer buffer;
+    // In file order. The first chunk with the audio chunk's id ("data", "SSND") is where the samples go; a later one with that
+    // id is a chunk like any other.
+    std::vector<AudioFileChunk> chunks;
+    std::vector<std::int64_t> positions;  // frames, in the order found, none above the frame count
+    std::optional<AudioFileLoop> loop;
+    std::optional<std::map<std::string, std::string>> coreAudioSettings;
+    std::vector<FlacMetadataBlock> flacMetadata;
+    Bytes trailing;  // what stands behind the last chunk and is none; written back as it is
+
+    bool canSaveInPlace() const;
+};
+
+// What the editor shows of the positions: the loop's frames, and all other positions in their order.
+struct AudioFileEditorPositions {
+    std::vector<std::int64_t> markers;
+    std::optional<FrameRange> loop;
+};
+AudioFileEditorPositions editorPositions(const AudioFileContents &contents);
+// The reverse: the contents with markers and loop put back where editorPositions found them. The numbers of markers must match;
+// a loop is put back only where the contents have one, and without one the stored loop stays as it is.
+AudioFileContents withEditorPositions(AudioFileContents contents, const std::vector<std::int64_t> &markers,
+                                      std::optional<FrameRange> loop);
+
+// Chunk ids: the only ones that a file made from part of another keeps, and those that describe the samples and turn wrong with
+// any edit, so that they are left out when writing.
+bool isBareChunkId(const std::string &id);
+bool isStaleChunkId(const std::string &id);
+
+// The id as text to show: bytes that are not valid UTF-8 become replacement characters.
+std::string displayText(const std::string &chunkId);
+
+}  // namespace kiv

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "Audio/Files/AudioFileContents.h"
+#include "Support/ByteSource.h"
+#include "Support/Progress.h"
+
+namespace kiv::AudioFileCodec {
+
+// A file ready to be written: what stands before and after the samples, made in advance, so that the size is known and every
+// error is out before the first byte is written; the samples are encoded while they are written.
+class AudioFileImage {
+public:
+    struct Piece {
+        Bytes bytes;           // written first
+        bool samples = false;  // then the encoded samples follow
+    };
+
+    AudioFileImage(std::vector<Piece> pieces, AudioEditorBuffer buffer, AudioSampleEncoding encoding);
+
+    std::int64_t size() const;
+    // Encodes on all cores in blocks and writes in order, one write at a time but not all from the calling thread. Counts the
+    // bytes written. Throws what the sink throws, and Cancelled.
+    void writeTo(ByteSink &sink, Progress *progress = nullptr) const;
+    // The whole file at once.
+    Bytes bytes() const;
+
+private:
+    std::vector<Piece> pieces_;
+    AudioEditorBuffer buffer_;
+    AudioSampleEncoding encoding_;
+};
+
+}  // namespace kiv::AudioFileCodec

@@ -1,0 +1,81 @@
+#include "Audio/Files/LoopChunks.h"
+
+#include <algorithm>
+
+#include "Audio/Files/AudioFileCodec.h"
+
+namespace kiv {
+namespace {
+
+// Takes two entries out of the positions, and moves the indices of the others along.
+void removePositions(AudioFileContents &contents, AudioFileLoop entries) {
+    const auto lower = std::uint32_t(std::min(entries.start, entries.end));
+    const auto upper = std::uint32_t(std::max(entries.start, entries.end));
+    const auto moved = [&](std::uint32_t index) { return index - (index > lower) - (index > upper); };
+    const auto isGone = [&](const AudioFilePositionField &field) { return field.index == lower || field.index == upper; };
+    for (AudioFileChunk &chunk : contents.chunks) {
+        std::erase_if(chunk.fields, isGone);
+        for (AudioFilePositionField &field : chunk.fields) {
+            field.index = moved(field.index);
+            field.from = moved(field.from);
+        }
+    }
+    contents.positions.erase(contents.positions.begin() + upper);
+    contents.positions.erase(contents.positions.begin() + lower);
+}
+
+}  // namespace
+
+AudioFileChunk &chunkOrNew(AudioFileContents &contents, std::string_view id, Bytes payload) {
+    const auto found = std::find_if(contents.chunks.begin(), contents.chunks.end(),
+                                    [&](const AudioFileChunk &chunk) { return chunk.id == id; });
+    if (found != contents.chunks.end()) return *found;
+    const auto size = std::int64_t(payload.size());
+    contents.chunks.push_back({.id = std::string(id), .data = std::move(payload), .fields = {}, .sizeInFile = size});
+    return contents.chunks.back();
+}
+
+void openGap(AudioFileChunk &chunk, std::size_t offset, std::size_t size) {
+    chunk.data.insert(chunk.data.begin() + std::ptrdiff_t(offset), size, std::byte{0});
+    for (AudioFilePositionField &field : chunk.fields)
+        if (field.offset >= offset) field.offset += std::uint32_t(size);
+}
+
+void cutOut(AudioFileChunk &chunk, std::size_t offset, std::size_t size) {
+    size = std::min(size, chunk.data.size() - offset);
+    const auto start = chunk.data.begin() + std::ptrdiff_t(offset);
+    chunk.data.erase(start, start + std::ptrdiff_t(size));
+    std::erase_if(chunk.fields, [&](const auto &field) { return field.offset >= offset && field.offset < offset + size; });
+    for (AudioFilePositionField &field : chunk.fields)
+        if (field.offset >= offset + size) field.offset -= std::uint32_t(size);
+}
+
+namespace AudioFileCodec {
+
+AudioFileContents addingLoop(AudioFileContents contents, std::int64_t start, std::int64_t end) {
+    if (contents.loop) {
+        contents.positions.at(std::size_t(contents.loop->start)) = start;
+        contents.positions.at(std::size_t(contents.loop->end)) = end;
+        return contents;
+    }
+    if (contents.format.container == AudioContainer::coreAudio) return contents;
+    const auto index = std::int64_t(contents.positions.size());
+    const AudioFileLoop loop{index, index + 1};
+    const bool isWav = contents.format.container == AudioContainer::wav;
+    if (!(isWav ? addWavLoop(contents, loop) : addAiffLoop(contents, loop))) return contents;
+    contents.positions.insert(contents.positions.end(), {start, end});
+    contents.loop = loop;
+    return contents;
+}
+
+AudioFileContents removingLoop(AudioFileContents contents) {
+    if (!contents.loop) return contents;
+    const AudioFileLoop loop = *contents.loop;
+    contents.format.container == AudioContainer::wav ? removeWavLoop(contents, loop) : removeAiffLoop(contents, loop);
+    removePositions(contents, loop);
+    contents.loop.reset();
+    return contents;
+}
+
+}  // namespace AudioFileCodec
+}  // namespace kiv

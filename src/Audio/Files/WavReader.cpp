@@ -1,0 +1,86 @@
+#include "Audio/Files/WavReader.h"
+
+#include <algorithm>
+
+#include "Audio/Files/AudioFileError.h"
+#include "Audio/Files/ByteFields.h"
+#include "Audio/Files/ChunkScan.h"
+#include "Audio/Files/FileFormats.h"
+#include "Audio/Files/SampleDecoding.h"
+#include "Audio/Files/WavMetadata.h"
+
+namespace kiv {
+namespace {
+
+using namespace FmtChunk;
+
+constexpr auto order = std::endian::little;
+
+struct WavFormat {
+    std::int64_t channels = 0;
+    std::uint32_t sampleRate = 0;
+    AudioSampleEncoding encoding;
+};
+
+// The block align says how many bytes a sample takes in the file. Where it is no multiple of the channels, only the number of
+// bits is left to go by.
+int bytesPerSample(unsigned blockAlign, unsigned channels, unsigned bits) {
+    return int(blockAlign != 0 && blockAlign % channels == 0 ? blockAlign / channels : (bits + 7) / 8);
+}
+
+AudioSampleEncoding encodingOf(unsigned tag, int bytes, unsigned bits, unsigned validBits) {
+    using Kind = AudioSampleEncoding::Kind;
+    if (tag == floatTag && (bytes == 4 || bytes == 8)) return {.kind = Kind::floating, .bytes = bytes, .validBits = bytes * 8};
+    if (tag == integerTag && bytes >= 1 && bytes <= 4)
+        return {.bytes = bytes, .validBits = std::min(bytes * 8, int(validBits)), .unsigned8 = bytes == 1};
+    throw AudioFileError::unsupported("WAV format " + std::to_string(tag) + ", " + std::to_string(bits) + " bits");
+}
+
+WavFormat parsed(std::span<const std::byte> fmt) {
+    const unsigned channels = u16At(fmt, FmtChunk::channels, order), bits = u16At(fmt, bitsPerSample, order);
+    const std::uint32_t rate = u32At(fmt, sampleRate, order);
+    unsigned tag = u16At(fmt, formatTag, order), validBits = bits;
+    if (tag == extensibleTag && fmt.size() >= extensibleSize) {
+        const unsigned stated = u16At(fmt, FmtChunk::validBits, order);
+        validBits = stated != 0 ? stated : bits;
+        tag = u16At(fmt, subFormat, order);
+    }
+    if (channels == 0 || rate == 0) throw AudioFileError::unreadable("bad format chunk");
+    const int bytes = bytesPerSample(u16At(fmt, blockAlign, order), channels, bits);
+    return {channels, rate, encodingOf(tag, bytes, bits, validBits)};
+}
+
+WavFormat readFormat(const SourceReader &reader, const RawChunk *fmt) {
+    if (!fmt || fmt->size < std::int64_t(plainSize)) throw AudioFileError::unreadable("no format chunk");
+    return parsed(reader.bytes(fmt->start, std::min<std::int64_t>(fmt->size, extensibleSize)));
+}
+
+AudioFileFormat described(const WavFormat &format) {
+    return {.container = AudioContainer::wav,
+            .encoding = format.encoding,
+            .sampleRate = double(format.sampleRate),
+            .typeName = "WAV",
+            .bitsDescription = format.encoding.description(),
+            .fileExtension = "wav"};
+}
+
+}  // namespace
+
+AudioFileContents readWav(const SourceReader &reader) {
+    const ChunkScan scan = scanChunks(reader, order, "data");
+    const WavFormat format = readFormat(reader, scan.first("fmt "));
+    const RawChunk *audio = scan.audioChunk();
+    if (!audio) throw AudioFileError::unreadable("no audio data");
+    const std::int64_t frames = audio->size / (format.encoding.bytes * format.channels);
+
+    AudioFileContents contents;
+    contents.format = described(format);
+    contents.chunks = readChunks(reader, scan);
+    contents.trailing = reader.bytes(scan.end, reader.size() - scan.end);
+    collectWavPositions(contents, frames);
+    contents.buffer = {readSamples(reader, audio->start, frames * format.channels, format.encoding), format.channels,
+                       std::int64_t(format.sampleRate)};
+    return contents;
+}
+
+}  // namespace kiv

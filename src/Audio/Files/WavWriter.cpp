@@ -1,0 +1,88 @@
+#include <algorithm>
+#include <bit>
+
+#include "Audio/Files/AudioFileCodec.h"
+#include "Audio/Files/ByteFields.h"
+#include "Audio/Files/FileFormats.h"
+#include "Audio/Files/FormBuilder.h"
+#include "Audio/Files/WavMetadata.h"
+
+namespace kiv::AudioFileCodec {
+namespace {
+
+constexpr auto order = std::endian::little;
+
+// A mask names a speaker for each channel. It is worth nothing any more once there are more or fewer channels than it names;
+// in a file that came with such a mask it stays as it was.
+void updateChannelMask(Bytes &fmt, std::uint16_t channelsBefore, std::int64_t channels) {
+    const bool hasMask = u16At(fmt, FmtChunk::formatTag, order) == FmtChunk::extensibleTag && fmt.size() >= FmtChunk::subFormat;
+    if (!hasMask || channels == channelsBefore) return;
+    if (std::popcount(u32At(fmt, FmtChunk::channelMask, order)) != channels)
+        putWord(std::span(fmt), FmtChunk::channelMask, order, std::uint32_t(0));
+}
+
+Bytes formatPayload(const AudioFileChunk &chunk, const AudioFileContents &contents) {
+    Bytes fmt = chunk.data;
+    if (fmt.size() < FmtChunk::plainSize) return fmt;
+    const std::int64_t channels = contents.buffer.channels(), blockAlign = channels * contents.format.encoding->bytes;
+    const std::int64_t byteRate = std::min<std::int64_t>(contents.buffer.sampleRate() * blockAlign, 0xFFFFFFFF);
+    const std::uint16_t channelsBefore = u16At(fmt, FmtChunk::channels, order);
+    putWord(std::span(fmt), FmtChunk::channels, order, std::uint16_t(channels));
+    putWord(std::span(fmt), FmtChunk::byteRate, order, std::uint32_t(byteRate));
+    // Where it does not fit, 0 leaves a reader the bits per sample to go by; what is left of it might be read as another width.
+    putWord(std::span(fmt), FmtChunk::blockAlign, order, std::uint16_t(blockAlign > 0xFFFF ? 0 : blockAlign));
+    updateChannelMask(fmt, channelsBefore, channels);
+    return fmt;
+}
+
+Bytes factPayload(const AudioFileChunk &chunk, const AudioFileContents &contents) {
+    Bytes fact = chunk.data;
+    if (fact.size() < 4) return fact;
+    putWord(std::span(fact), 0, order, std::uint32_t(std::min<std::int64_t>(contents.buffer.frames(), 0xFFFFFFFF)));
+    return fact;
+}
+
+// A cue that comes to stand at frame 0 must say so in both places, or the first would be read with whatever it holds.
+Bytes cuePayload(const AudioFileChunk &chunk, const std::vector<std::int64_t> &positions) {
+    using namespace CueChunk;
+    Bytes cues = patched(chunk, positions);
+    for (const AudioFilePositionField &field : chunk.fields) {
+        const bool isSampleOffset = field.offset >= header && (field.offset - header) % record == sampleOffset;
+        if (isSampleOffset && field.offset + 4 <= cues.size() && u32At(cues, field.offset, order) == 0)
+            putWord(std::span(cues), field.offset - sampleOffset + position, order, std::uint32_t(0));
+    }
+    return cues;
+}
+
+Bytes payload(const AudioFileChunk &chunk, const std::vector<std::int64_t> &positions) {
+    return chunk.id == "cue " ? cuePayload(chunk, positions) : patched(chunk, positions);
+}
+
+}  // namespace
+
+AudioFileImage wavImage(const AudioFileContents &contents) {
+    FormBuilder form("RIFF", "WAVE", order, contents);
+    const AudioFileChunk *fmt = firstChunk(contents, "fmt "), *fact = firstChunk(contents, "fact"),
+                         *data = firstChunk(contents, "data");
+    // A data chunk of size 0 means "up to the end of the file" to many readers, ours included: nothing may follow it, and no
+    // other of its name may come before.
+    const bool samplesInPlace = data && !contents.buffer.isEmpty();
+    for (const AudioFileChunk &chunk : contents.chunks) {
+        if (isStaleChunkId(chunk.id) || (chunk.id == "data" && !samplesInPlace)) continue;
+        if (&chunk == fmt)
+            form.chunk(chunk.id, formatPayload(chunk, contents));
+        else if (&chunk == fact)
+            form.chunk(chunk.id, factPayload(chunk, contents));
+        else if (&chunk == data)
+            form.audioChunk(chunk.id, {});
+        else
+            form.chunk(chunk.id, payload(chunk, contents.positions));
+    }
+    if (samplesInPlace)
+        form.trailing(contents.trailing);
+    else
+        form.audioChunk("data", {});
+    return form.finish();
+}
+
+}  // namespace kiv::AudioFileCodec
