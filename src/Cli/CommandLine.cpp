@@ -1,0 +1,88 @@
+#include "Cli/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <sstream>
+
+#include "Cli/Steps.h"
+
+namespace kiv::Cli {
+
+namespace {
+
+struct JsonFlags {
+    bool json = false;
+    bool pretty = false;
+
+    JsonLayout layout() const {
+        if (!json) return std::nullopt;
+        return pretty ? JsonWriter::Layout::pretty : JsonWriter::Layout::line;
+    }
+};
+
+// All that the words of a call may set.
+struct Parsed {
+    InfoCall info;
+    EditCall edit;
+    std::string script, out;
+    bool noSave = false;
+    PeaksCall peaks;
+    JsonFlags flags;
+};
+
+CLI::App *addCommand(CLI::App &app, const char *name, const char *description, JsonFlags &flags) {
+    CLI::App *command = app.add_subcommand(name, description);
+    command->set_version_flag("--version", KIV_VERSION);
+    CLI::Option *json = command->add_flag("--json", flags.json, "Print JSON, on one line");
+    command->add_flag("--pretty", flags.pretty, "JSON over several lines")->needs(json);
+    return command;
+}
+
+CLI::App *addEdit(CLI::App &app, Parsed &parsed) {
+    CLI::App *edit = addCommand(app, "edit", "Perform steps on a file and save it", parsed.flags);
+    edit->add_option("FILE", parsed.edit.file, "The sound file")->required();
+    edit->add_option("STEP", parsed.edit.steps, "Steps, one argument each");
+    edit->add_option("--script", parsed.script, "Read steps from a file first, one a line (\"-\": standard input)");
+    CLI::Option *out = edit->add_option("-o", parsed.out, "Save there, in the file's own format");
+    edit->add_flag("--no-save", parsed.noSave, "Do not save")->excludes(out);
+    edit->footer("Steps:\n" + stepsHelp());
+    return edit;
+}
+
+std::optional<std::string> given(const CLI::App &command, const char *option, const std::string &value) {
+    return command.count(option) ? std::optional(value) : std::nullopt;
+}
+
+}  // namespace
+
+Call parseCommandLine(int argc, const char *const *argv) {
+    Parsed parsed;
+    CLI::App app("Edits sound files.", "kiv");
+    app.set_version_flag("--version", KIV_VERSION);
+    app.require_subcommand(1);
+    CLI::App *info = addCommand(app, "info", "What a file is and holds", parsed.flags);
+    info->add_option("FILE", parsed.info.file, "The sound file")->required();
+    CLI::App *edit = addEdit(app, parsed);
+    CLI::App *peaks = addCommand(app, "peaks", "The extremes of every 256 frames", parsed.flags);
+    peaks->add_option("FILE", parsed.peaks.file, "The sound file")->required();
+    addCommand(app, "commands", "The editor's commands", parsed.flags);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        std::ostringstream text, ignored;
+        if (error.get_exit_code() != 0) return Answered{2, error.what()};
+        app.exit(error, text, ignored);
+        return Answered{0, text.str()};
+    }
+    const JsonLayout json = parsed.flags.layout();
+    if (*info) return InfoCall{parsed.info.file, json};
+    if (*peaks) return PeaksCall{parsed.peaks.file, json};
+    if (!*edit) return CommandsCall{json};
+    return EditCall{parsed.edit.file,
+                    parsed.edit.steps,
+                    given(*edit, "--script", parsed.script),
+                    given(*edit, "-o", parsed.out),
+                    !parsed.noSave,
+                    json};
+}
+
+}  // namespace kiv::Cli

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "Cli/JsonWriter.h"
+
+// The words of a call, as values.
+namespace kiv::Cli {
+
+// How the result is printed; nothing: as plain text.
+using JsonLayout = std::optional<JsonWriter::Layout>;
+
+struct InfoCall {
+    std::string file;
+    JsonLayout json;
+};
+
+struct EditCall {
+    std::string file;
+    std::vector<std::string> steps;
+    std::optional<std::string> script;  // "-": standard input
+    std::optional<std::string> out;     // nothing: over the file
+    bool saves = true;
+    JsonLayout json;
+};
+
+struct PeaksCall {
+    std::string file;
+    JsonLayout json;
+};
+
+struct CommandsCall {
+    JsonLayout json;
+};
+
+// The call is answered already: by a help text or the version (status 0), or with what is wrong with it (2).
+struct Answered {
+    int status = 0;
+    std::string text;
+};
+
+using Call = std::variant<Answered, InfoCall, EditCall, PeaksCall, CommandsCall>;
+
+Call parseCommandLine(int argc, const char *const *argv);
+
+}  // namespace kiv::Cli

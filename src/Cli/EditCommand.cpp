@@ -1,0 +1,141 @@
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "Cli/Commands.h"
+#include "Cli/Interrupt.h"
+#include "Cli/Reading.h"
+#include "Cli/Steps.h"
+#include "Editor/AudioEditorCore/AudioEditorOps.h"
+
+namespace kiv::Cli {
+
+namespace {
+
+// Nobody is there to ask: a question is answered by not doing what it asks about.
+class CallUi : public DocumentUi {
+public:
+    void ask(const Question &question, std::function<void(std::size_t)> answer) override {
+        error = question.message + ".";
+        answer(question.buttons.size() - 1);
+    }
+    void showError(const std::string &, const std::string &informative) override { error = informative; }
+    void showNotice(const std::string &text) override { notices.push_back(text); }
+
+    std::string error;
+    std::vector<std::string> notices;
+};
+
+struct Outcome {
+    const AudioDocument &document;
+    bool edited;
+    std::vector<std::string> notices;
+    std::optional<std::string> saved;
+};
+
+std::string readAll(std::FILE &file, const std::string &name) {
+    std::string text;
+    std::array<char, 4096> block;
+    while (const std::size_t count = std::fread(block.data(), 1, block.size(), &file)) text.append(block.data(), count);
+    if (std::ferror(&file)) throw FileFailure(name, std::strerror(errno));
+    return text;
+}
+
+std::string readScript(const std::string &path) {
+    if (path == "-") return readAll(*stdin, "standard input");
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (!file) throw FileFailure(path, std::strerror(errno));
+    return readAll(*file, path);
+}
+
+std::vector<Step> parseSteps(const EditCall &call) {
+    std::vector<Words> words;
+    if (call.script) words = scriptSteps(readScript(*call.script));
+    for (const std::string &step : call.steps) words.push_back(splitWords(step));
+    std::vector<Step> steps;
+    for (const Words &step : words) steps.push_back(parseStep(step));
+    return steps;
+}
+
+void openDocument(AudioDocument &document, const std::string &path) {
+    std::string failed;
+    document.open(path, [&](const std::string &error) { failed = error; });
+    Interrupt::throwIfRequested();
+    if (!failed.empty()) throw FileFailure(path, failed);
+}
+
+void saveDocument(AudioDocument &document, const EditCall &call, CallUi &ui) {
+    bool saved = false;
+    const auto done = [&](bool ok) { saved = ok; };
+    if (call.out) {
+        document.saveTo(*call.out, done);
+    } else {
+        document.save(done);
+    }
+    if (saved) return;
+    Interrupt::throwIfRequested();
+    throw FileFailure(call.out.value_or(call.file), ui.error);
+}
+
+void writeRange(JsonWriter &json, std::string_view name, std::optional<FrameRange> range) {
+    json.key(name);
+    if (range) {
+        json.beginList().value(range->lo).value(range->hi).endList();
+    } else {
+        json.value(nullptr);
+    }
+}
+
+// Slices, loop candidates, a loop crossfade and a stretch's cycle: no step makes any, so there are none.
+void writeWhatNoStepMakes(JsonWriter &json) {
+    json.key("slices").beginList().endList().key("loopCandidates").beginList().endList();
+    json.key("loopCrossfade").beginObject().field("frames", 0).field("limited", false).endObject();
+    json.field("cycle", nullptr);
+}
+
+double peakOf(const AudioEditorBuffer &buffer) { return AudioEditorOps::peak(buffer, {0, buffer.frames()}); }
+
+std::string asJson(const Outcome &outcome, JsonWriter::Layout layout) {
+    const AudioEditorModel &model = outcome.document.model();
+    const AudioEditorState &state = model.state();
+    JsonWriter json(layout);
+    json.beginObject().field("frames", state.buffer.frames()).field("channels", state.buffer.channels());
+    json.field("sampleRate", state.buffer.sampleRate()).field("cursor", state.cursorFrame);
+    writeRange(json, "selection", state.selection);
+    json.key("markers").beginList();
+    for (const std::int64_t frame : state.markerFrames) json.value(frame);
+    json.endList();
+    writeRange(json, "loop", state.loopPoints);
+    writeWhatNoStepMakes(json);
+    json.field("undo", model.history().undoDepth()).field("redo", model.history().redoDepth());
+    json.field("edited", outcome.edited).field("peak", peakOf(state.buffer));
+    json.key("notices").beginList();
+    for (const std::string &notice : outcome.notices) json.value(notice);
+    return json.endList().field("saved", outcome.saved).endObject().take();
+}
+
+}  // namespace
+
+std::string edit(const EditCall &call, const DocumentServices &services) {
+    const std::vector<Step> steps = parseSteps(call);
+    Interrupt::install();  // until here there is nothing to be left whole
+    CallUi ui;
+    AudioDocument document(services, ui);
+    openDocument(document, call.file);
+    StepContext context{document, services};
+    for (const Step &step : steps) {
+        step(context);
+        Interrupt::throwIfRequested();
+    }
+    Outcome outcome{document, document.isEdited(), {}, std::nullopt};
+    if (call.saves) {
+        saveDocument(document, call, ui);
+        outcome.saved = call.out.value_or(call.file);
+    }
+    outcome.notices = ui.notices;
+    return call.json ? asJson(outcome, *call.json) : "";
+}
+
+}  // namespace kiv::Cli

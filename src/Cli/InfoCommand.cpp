@@ -1,0 +1,140 @@
+#include "Cli/Commands.h"
+#include "Cli/Interrupt.h"
+#include "Cli/Reading.h"
+#include "Editor/AudioEditorCore/AudioEditorTimeUnit.h"
+#include "Support/DecimalText.h"
+
+namespace kiv::Cli {
+
+namespace {
+
+const char *containerName(AudioContainer container) {
+    switch (container) {
+        case AudioContainer::wav:
+            return "wav";
+        case AudioContainer::aiff:
+            return "aiff";
+        case AudioContainer::aifc:
+            return "aifc";
+        case AudioContainer::coreAudio:
+            return "coreAudio";
+    }
+    return "";
+}
+
+const char *kindName(AudioFilePositionField::Kind kind) {
+    switch (kind) {
+        case AudioFilePositionField::Kind::frame:
+            return "frame";
+        case AudioFilePositionField::Kind::inclusiveEnd:
+            return "inclusiveEnd";
+        case AudioFilePositionField::Kind::length:
+            return "length";
+    }
+    return "";
+}
+
+void writeEncoding(JsonWriter &json, const std::optional<AudioSampleEncoding> &encoding) {
+    json.key("encoding");
+    if (!encoding) {
+        json.value(nullptr);
+        return;
+    }
+    json.beginObject();
+    json.field("kind", encoding->kind == AudioSampleEncoding::Kind::integer ? "int" : "float");
+    json.field("bytes", encoding->bytes).field("validBits", encoding->validBits);
+    json.field("bigEndian", encoding->bigEndian).field("unsigned8", encoding->unsigned8);
+    json.endObject();
+}
+
+void writeField(JsonWriter &json, const AudioFilePositionField &field) {
+    json.beginObject().field("offset", field.offset).field("index", field.index).field("kind", kindName(field.kind));
+    if (field.kind == AudioFilePositionField::Kind::length) json.field("from", field.from);
+    json.field("bigEndian", field.bigEndian).endObject();
+}
+
+void writeChunks(JsonWriter &json, const std::vector<AudioFileChunk> &chunks) {
+    json.key("chunks").beginList();
+    for (const AudioFileChunk &chunk : chunks) {
+        json.beginObject().field("id", displayText(chunk.id)).field("size", chunk.sizeInFile).key("fields").beginList();
+        for (const AudioFilePositionField &field : chunk.fields) writeField(json, field);
+        json.endList().endObject();
+    }
+    json.endList();
+}
+
+void writeFrames(JsonWriter &json, std::string_view name, const std::vector<std::int64_t> &frames) {
+    json.key(name).beginList();
+    for (const std::int64_t frame : frames) json.value(frame);
+    json.endList();
+}
+
+void writeLoop(JsonWriter &json, const AudioFileContents &contents, std::optional<FrameRange> range) {
+    json.key("loop");
+    if (contents.loop) {
+        json.beginObject().field("start", contents.loop->start).field("end", contents.loop->end).endObject();
+    } else {
+        json.value(nullptr);
+    }
+    json.key("loopRange");
+    if (range) {
+        json.beginList().value(range->lo).value(range->hi).endList();
+    } else {
+        json.value(nullptr);
+    }
+}
+
+std::string asJson(const std::string &path, const AudioFileContents &contents, JsonWriter::Layout layout) {
+    const AudioFileFormat &format = contents.format;
+    const AudioFileEditorPositions shown = editorPositions(contents);
+    JsonWriter json(layout);
+    json.beginObject().field("path", path).field("container", containerName(format.container));
+    json.field("typeName", format.typeName).field("bitsDescription", format.bitsDescription);
+    json.field("fileExtension", format.fileExtension).field("sampleRate", format.sampleRate);
+    writeEncoding(json, format.encoding);
+    json.field("channels", contents.buffer.channels()).field("frames", contents.buffer.frames());
+    json.field("bufferRate", contents.buffer.sampleRate());
+    writeChunks(json, contents.chunks);
+    writeFrames(json, "positions", contents.positions);
+    writeFrames(json, "markers", shown.markers);
+    writeLoop(json, contents, shown.loop);
+    json.field("canSaveInPlace", contents.canSaveInPlace());
+    json.key("flacMetadata").beginList();
+    for (const FlacMetadataBlock &block : contents.flacMetadata)
+        json.beginObject().field("type", block.type).field("size", block.data.size()).endObject();
+    return json.endList().endObject().take();
+}
+
+std::string rateText(double rate) {
+    const bool isWhole = rate == double(std::int64_t(rate));
+    return decimalText(rate, isWhole ? 0 : 3) + " Hz";
+}
+
+std::string asText(const std::string &path, const AudioFileContents &contents) {
+    const AudioEditorBuffer &buffer = contents.buffer;
+    const AudioFileEditorPositions shown = editorPositions(contents);
+    std::string text = path + "\n  " + contents.format.typeName + ", " + contents.format.bitsDescription + ", " +
+                       rateText(contents.format.sampleRate) + ", " + std::to_string(buffer.channels()) +
+                       (buffer.channels() == 1 ? " channel\n" : " channels\n");
+    text += "  length   " + std::to_string(buffer.frames()) + " frames, " +
+            format(AudioEditorTimeUnit::seconds, double(buffer.frames()), buffer.sampleRate()) + "\n";
+    if (shown.loop) text += "  loop     " + std::to_string(shown.loop->lo) + " " + std::to_string(shown.loop->hi) + "\n";
+    if (!shown.markers.empty()) {
+        text += "  markers ";
+        for (const std::int64_t frame : shown.markers) text += " " + std::to_string(frame);
+        text += "\n";
+    }
+    for (const AudioFileChunk &chunk : contents.chunks)
+        text += "  chunk    " + displayText(chunk.id) + " " + std::to_string(chunk.sizeInFile) + "\n";
+    return text;
+}
+
+}  // namespace
+
+std::string info(const InfoCall &call, const DocumentServices &services) {
+    Interrupt::install();
+    const AudioFileContents contents = readNow(services, call.file);
+    return call.json ? asJson(call.file, contents, *call.json) : asText(call.file, contents);
+}
+
+}  // namespace kiv::Cli

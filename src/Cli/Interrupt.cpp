@@ -1,0 +1,43 @@
+#include "Cli/Interrupt.h"
+
+#include <signal.h>
+
+#include <atomic>
+
+namespace kiv::Cli::Interrupt {
+
+namespace {
+
+// A signal handler can reach nothing but what is global, and of that only atomics without locks.
+std::atomic<bool> requested{false};
+std::atomic<Progress *> watched{nullptr};
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<Progress *>::is_always_lock_free);
+
+extern "C" void interrupted(int) {
+    requested = true;
+    if (Progress *progress = watched) progress->cancel();
+}
+
+}  // namespace
+
+void install() {
+    struct sigaction action = {};
+    action.sa_handler = interrupted;
+    action.sa_flags = int(SA_RESETHAND) | SA_RESTART;
+    sigaction(SIGINT, &action, nullptr);
+}
+
+bool wasRequested() { return requested; }
+
+void throwIfRequested() {
+    if (requested) throw Cancelled();
+}
+
+Watch::Watch(Progress &progress) {
+    watched = &progress;
+    if (requested) progress.cancel();
+}
+
+Watch::~Watch() { watched = nullptr; }
+
+}  // namespace kiv::Cli::Interrupt

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include "Document/AudioDocument.h"
+
+namespace kiv::Cli {
+
+// A file that could not be read or written; what() is the reason.
+struct FileFailure : std::runtime_error {
+    FileFailure(std::string path, const std::string &text) : std::runtime_error(text), file(std::move(path)) {}
+    std::string file;
+};
+
+// The sound file at a path, with the progress bar of a job. Throws FileFailure and Cancelled.
+AudioFileContents readNow(const DocumentServices &services, const std::string &path);
+
+}  // namespace kiv::Cli

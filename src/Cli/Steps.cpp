@@ -1,0 +1,172 @@
+#include "Cli/Steps.h"
+
+#include <algorithm>
+#include <array>
+
+#include "Cli/Reading.h"
+#include "Document/CommandActions.h"
+#include "Support/DecimalText.h"
+
+namespace kiv::Cli {
+
+namespace {
+
+enum class ParameterKind { position, number, choice, path };
+
+struct Parameter {
+    std::string_view name;
+    ParameterKind kind = ParameterKind::path;
+    double lo = 0, hi = 0;          // number
+    std::string_view choices = "";  // parted by blanks
+};
+
+struct Argument {
+    std::string text;
+    Position position;
+    double number = 0;
+};
+using Arguments = std::vector<Argument>;
+
+// One form of a step; a step that takes different words has several.
+struct StepForm {
+    std::string_view name;
+    std::vector<Parameter> parameters;
+    void (*run)(StepContext &, const Arguments &);
+    bool (*isRight)(const Arguments &) = nullptr;  // what no single word can tell
+    const char *fault = "";
+};
+
+std::int64_t frame(const StepContext &context, const Argument &argument) {
+    return argument.position.frame(context.document.model().state().buffer.sampleRate());
+}
+
+void setLoop(StepContext &context, const Arguments &arguments) {
+    const FrameRange loop{frame(context, arguments[0]), frame(context, arguments[1])};
+    if (!loop.isEmpty()) context.document.model().commitLoop(loop);
+}
+
+// The words may compare only once the rate is known: then the step does nothing, as one that cannot apply.
+bool isAscending(const Arguments &arguments) {
+    return Position::isBelow(arguments[0].position, arguments[1].position).value_or(true);
+}
+
+void loadToClipboard(StepContext &context, const Arguments &arguments) {
+    const std::string &path = arguments[0].text;
+    context.services.clipboard.buffer = readNow(context.services, path).buffer;
+    context.services.clipboard.changed.notify(context.services.clipboard);
+}
+
+const std::vector<StepForm> &stepForms() {
+    constexpr auto position = ParameterKind::position;
+    const Parameter gainDb{"DB", ParameterKind::number, Setting::gainDb.lo, Setting::gainDb.hi};
+    const Parameter normalizeDb{"DB", ParameterKind::number, Setting::normalizeDb.lo, Setting::normalizeDb.hi};
+    const Parameter monoSource{"left|right|mix", ParameterKind::choice, 0, 0, "left right mix"};
+    const Parameter none{"none", ParameterKind::choice, 0, 0, "none"};
+    // clang-format off
+    static const std::vector<StepForm> forms{
+        {"select", {{"LO", position}, {"HI", position}},
+         [](StepContext &c, const Arguments &a) { c.document.model().select({frame(c, a[0]), frame(c, a[1])}); }},
+        {"cursor", {{"F", position}},
+         [](StepContext &c, const Arguments &a) { c.document.model().placeCursor(frame(c, a[0])); }},
+        {"load", {{"FILE2"}}, loadToClipboard},
+        {"gain", {gainDb},
+         [](StepContext &c, const Arguments &a) { AudioEditorEdits::gain(c.document.model(), a[0].number); }},
+        {"normalize", {normalizeDb},
+         [](StepContext &c, const Arguments &a) { AudioEditorEdits::normalize(c.document.model(), a[0].number); }},
+        {"mono", {monoSource},
+         [](StepContext &c, const Arguments &a) { AudioEditorEdits::mono(c.document.model(), *monoSourceFromText(a[0].text)); }},
+        {"loop", {{"LO", position}, {"HI", position}}, setLoop, isAscending, "LO must be below HI"},
+        {"loop", {none}, [](StepContext &c, const Arguments &) { c.document.model().commitLoop(std::nullopt); }},
+    };
+    // clang-format on
+    return forms;
+}
+
+// Steps without parameters are the commands of the same name.
+constexpr std::array plainSteps{
+    EditorCommand::selectAll, EditorCommand::selectNone, EditorCommand::goToStart, EditorCommand::goToEnd,
+    EditorCommand::undo,      EditorCommand::redo,       EditorCommand::cut,       EditorCommand::copy,
+    EditorCommand::paste,     EditorCommand::delete_,    EditorCommand::trim,      EditorCommand::fadeIn,
+    EditorCommand::fadeOut,   EditorCommand::silence,    EditorCommand::reverse,   EditorCommand::stereo,
+};
+
+bool isOneOf(std::string_view word, std::string_view choices) {
+    const std::string padded = " " + std::string(choices) + " ";
+    return word.find(' ') == word.npos && padded.find(" " + std::string(word) + " ") != padded.npos;
+}
+
+[[noreturn]] void fail(const std::string &word, const std::string &why) { throw WrongWords("“" + word + "” is " + why); }
+
+Argument parseArgument(const Parameter &parameter, const std::string &word) {
+    Argument argument{word, {}, 0};
+    if (parameter.kind == ParameterKind::position) {
+        const auto position = Position::parse(word);
+        if (!position) fail(word, "no position: a frame (4800) or a time (1.5s, 20ms, 1:05.250)");
+        argument.position = *position;
+    } else if (parameter.kind == ParameterKind::number) {
+        const auto number = parseNumber(word);
+        const bool isIn = number && *number >= parameter.lo && *number <= parameter.hi;
+        if (!isIn) fail(word, "no number from " + decimalText(parameter.lo, 0) + " to " + decimalText(parameter.hi, 0));
+        argument.number = *number;
+    } else if (parameter.kind == ParameterKind::choice && !isOneOf(word, parameter.choices)) {
+        fail(word, "not one of: " + std::string(parameter.choices));
+    } else if (word.empty()) {
+        throw WrongWords("a file name is missing");
+    }
+    return argument;
+}
+
+Step parseForm(const StepForm &form, const Words &words) {
+    Arguments arguments;
+    for (std::size_t i = 0; i < form.parameters.size(); ++i)
+        arguments.push_back(parseArgument(form.parameters[i], words[i + 1]));
+    if (form.isRight && !form.isRight(arguments)) throw WrongWords(form.fault);
+    return [run = form.run, arguments = std::move(arguments)](StepContext &context) { run(context, arguments); };
+}
+
+std::string formText(const StepForm &form) {
+    std::string text(form.name);
+    for (const Parameter &parameter : form.parameters) text += " " + std::string(parameter.name);
+    return text;
+}
+
+std::string formTexts(std::string_view name, std::string_view between) {
+    std::string text;
+    for (const StepForm &form : stepForms())
+        if (name.empty() || form.name == name) text += (text.empty() ? "" : std::string(between)) + formText(form);
+    return text;
+}
+
+Step parseWords(const Words &words) {
+    if (words.empty()) throw WrongWords("a step without words");
+    bool isKnown = false;
+    for (const StepForm &form : stepForms()) {
+        isKnown = isKnown || form.name == words[0];
+        if (form.name == words[0] && form.parameters.size() + 1 == words.size()) return parseForm(form, words);
+    }
+    if (isKnown) throw WrongWords("the words are: " + formTexts(words[0], ", or "));
+    const auto command = editorCommandFromRaw(words[0]);
+    if (!command || std::ranges::find(plainSteps, *command) == plainSteps.end()) throw WrongWords("there is no such step");
+    if (words.size() > 1) throw WrongWords("the step takes no words");
+    return [command](StepContext &context) { perform(*command, context.document); };
+}
+
+}  // namespace
+
+Step parseStep(const Words &words) {
+    try {
+        return parseWords(words);
+    } catch (const WrongWords &error) {
+        std::string step;
+        for (const std::string &word : words) step += (step.empty() ? "" : " ") + word;
+        throw WrongWords("step “" + step + "”: " + error.what());
+    }
+}
+
+std::string stepsHelp() {
+    std::string text = formTexts("", "\n");
+    for (const EditorCommand command : plainSteps) text += "\n" + std::string(row(command).raw);
+    return text;
+}
+
+}  // namespace kiv::Cli

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <functional>
+#include <span>
+#include <string_view>
+
+#include "Cli/Words.h"
+#include "Document/AudioDocument.h"
+
+// The steps of `kiv edit`, a row each.
+namespace kiv::Cli {
+
+struct StepContext {
+    AudioDocument &document;
+    DocumentServices services;
+};
+
+// Applies a step; one that cannot apply does nothing. Throws FileFailure and Cancelled.
+using Step = std::function<void(StepContext &)>;
+
+// Throws WrongWords.
+Step parseStep(const Words &words);
+
+// All forms of all steps for the help text, one a line.
+std::string stepsHelp();
+
+}  // namespace kiv::Cli

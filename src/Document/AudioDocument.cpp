@@ -1,0 +1,279 @@
+#include "Document/AudioDocument.h"
+
+#include <utility>
+
+#include "Document/AudioFileReading.h"
+
+namespace kiv {
+
+struct AudioDocument::Loaded {
+    AudioFileOnDisk file;
+    AudioEditorPeaks peaks;
+};
+
+// A save's own copy of everything, so that edits may go on.
+struct AudioDocument::Saving {
+    std::string path;
+    std::optional<FileSystem::Identity> expected;  // of the file that is to be replaced; nothing: whatever is there
+    std::int64_t version = 0;
+    AudioFileContents contents;
+    std::vector<std::int64_t> markers;
+    std::optional<FrameRange> loop;
+    std::optional<FileSystem::Identity> written;
+};
+
+namespace {
+
+struct ChangedOnDisk : std::exception {};
+
+std::string quoted(const std::string &name) { return "“" + name + "”"; }
+
+AudioFileContents withLoop(AudioFileContents contents, std::optional<FrameRange> loop) {
+    if (contents.loop && !loop) return AudioFileCodec::removingLoop(std::move(contents));
+    if (!contents.loop && loop) return AudioFileCodec::addingLoop(std::move(contents), loop->lo, loop->hi);
+    return contents;
+}
+
+// The file as it stands on the disk, for the next save; the samples are the model's.
+AudioFileContents asWritten(AudioFileContents contents) {
+    contents.buffer = AudioEditorBuffer(contents.buffer.channels(), contents.buffer.sampleRate());
+    std::erase_if(contents.chunks, [](const AudioFileChunk &chunk) { return isStaleChunkId(chunk.id); });
+    return contents;
+}
+
+// A file that is gone is no change to ask about: saving brings it back.
+bool hasChanged(Files &files, const std::string &path, const std::optional<FileSystem::Identity> &expected) {
+    const auto now = files.identity(path);
+    return expected && now && now != expected;
+}
+
+// After a save has succeeded its success is not to be lost again.
+std::optional<FileSystem::Identity> identityIfKnown(Files &files, const std::string &path) {
+    try {
+        return files.identity(path);
+    } catch (const std::exception &) {
+        return std::nullopt;
+    }
+}
+
+template <class Error>
+bool is(std::exception_ptr failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const Error &) {
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+}  // namespace
+
+AudioDocument::AudioDocument(DocumentServices services, DocumentUi &ui)
+    : services_(services), ui_(ui), model_(services.settings, services.clipboard) {
+    modelChanges_ = model_.observers.add([this](const Changes &changes) { modelChanged(changes); });
+    model_.onAudioChanged = [this](const AudioEditorBuffer &, const AudioEditorBuffer &now) {
+        if (isPlaying()) services_.playback->setBuffer(now);
+    };
+    model_.onLoopChanged = [this](bool loop) {
+        if (isPlaying()) services_.playback->setLoop(loop);
+    };
+    model_.onPlayRange = [this](FrameRange range, bool loop) { play(range, range.lo, loop); };
+}
+
+AudioDocument::~AudioDocument() {
+    cancelWork();
+    stop();
+}
+
+std::string AudioDocument::name() const { return path_.substr(path_.find_last_of('/') + 1); }
+
+bool AudioDocument::isEdited() const { return contents_ && model_.state().contentVersion != savedVersion_; }
+
+void AudioDocument::cancelWork() {
+    if (progress_) progress_->cancel();
+}
+
+// Wraps a call that may come after this document is gone.
+template <class Call>
+auto AudioDocument::whileAlive(Call call) {
+    return [alive = std::weak_ptr(alive_), call = std::move(call)](auto &&...arguments) {
+        if (!alive.expired()) call(std::forward<decltype(arguments)>(arguments)...);
+    };
+}
+
+void AudioDocument::startWork(Work kind, std::function<void(Progress &)> work, std::function<void(std::exception_ptr)> done) {
+    work_ = kind;
+    progress_ = std::make_shared<Progress>();
+    observers.notify(*this);
+    const std::weak_ptr<int> alive = alive_;
+    services_.jobs.run(progress_, std::move(work), [this, alive, done = std::move(done)](std::exception_ptr failure) {
+        if (alive.expired()) return;
+        work_ = Work::none;
+        progress_.reset();
+        done(failure);
+        if (!alive.expired()) considerClosing();
+    });
+}
+
+void AudioDocument::load(const std::string &path, std::function<void(std::shared_ptr<Loaded>, const std::string &error)> done) {
+    const auto loaded = std::make_shared<Loaded>();
+    startWork(
+        Work::reading,
+        [&files = services_.files, path, loaded](Progress &progress) {
+            loaded->file = readAudioFile(files, path, progress);
+            loaded->peaks = AudioEditorPeaks(loaded->file.contents.buffer);
+        },
+        [this, loaded, done = std::move(done)](std::exception_ptr failure) {
+            if (!failure) return done(loaded, {});
+            observers.notify(*this);
+            done(nullptr, is<Cancelled>(failure) ? cancelledText : errorText(failure));
+        });
+}
+
+void AudioDocument::install(Loaded loaded, Install how) {
+    stop();
+    const AudioFileEditorPositions positions = editorPositions(loaded.file.contents);
+    AudioEditorBuffer buffer = loaded.file.contents.buffer;
+    contents_ = std::move(loaded.file.contents);
+    contents_->buffer = AudioEditorBuffer(buffer.channels(), buffer.sampleRate());
+    identity_ = loaded.file.identity;
+    {
+        const AudioEditorModel::Batch batch(model_);
+        const auto give = how == Install::fresh ? &AudioEditorModel::load : &AudioEditorModel::reload;
+        (model_.*give)(std::move(buffer), positions.markers, positions.loop, std::move(loaded.peaks));
+        savedVersion_ = model_.state().contentVersion;
+    }
+    toldEdited_ = isEdited();
+    observers.notify(*this);
+    if (loaded.file.recovery == Files::Recovery::restored)
+        ui_.showNotice("A save had been interrupted: " + quoted(name()) + " is as it was before.");
+}
+
+void AudioDocument::open(const std::string &path, std::function<void(const std::string &error)> done) {
+    path_ = path;
+    load(path, [this, done = std::move(done)](std::shared_ptr<Loaded> loaded, const std::string &error) {
+        if (loaded) install(std::move(*loaded), Install::fresh);
+        done(error);
+    });
+}
+
+void AudioDocument::revert() {
+    if (isBusy() || !contents_) return;
+    if (!isEdited()) return readAgain();
+    const DocumentUi::Question question{"Revert to the saved version of " + quoted(name()) + "?",
+                                        "All changes since the last save will be lost. This cannot be undone.",
+                                        {"Revert", "Cancel"}};
+    ui_.ask(question, whileAlive([this](std::size_t button) {
+                if (button == 0) readAgain();
+            }));
+}
+
+void AudioDocument::readAgain() {
+    if (isBusy()) return;
+    load(path_, [this](std::shared_ptr<Loaded> loaded, const std::string &error) {
+        if (loaded) return install(std::move(*loaded), Install::again);
+        if (error != cancelledText) ui_.showError(quoted(name()) + " could not be read", error);
+    });
+}
+
+void AudioDocument::save(std::function<void(bool)> done) { runSave(path_, IfChanged::ask, std::move(done)); }
+
+void AudioDocument::saveTo(const std::string &path, std::function<void(bool)> done) {
+    runSave(path, IfChanged::overwrite, std::move(done));
+}
+
+void AudioDocument::runSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done) {
+    if (!done) done = [](bool) {};
+    if (isBusy()) return done(false);
+    const auto saving = std::make_shared<Saving>();
+    saving->path = path;
+    if (!contents_) return saveEnded(*saving, std::make_exception_ptr(AudioFileError::unreadable("nothing to save")), done);
+    const AudioEditorState &state = model_.state();
+    if (ifChanged == IfChanged::ask) saving->expected = identity_;
+    saving->version = state.contentVersion;
+    saving->contents = *contents_;
+    saving->contents.buffer = state.buffer;
+    saving->markers = state.markerFrames;
+    saving->loop = state.loopPoints;
+    startWork(
+        Work::saving,
+        [&files = services_.files, saving](Progress &progress) {
+            Saving &s = *saving;
+            if (hasChanged(files, s.path, s.expected)) throw ChangedOnDisk();
+            s.contents = withLoop(withEditorPositions(std::move(s.contents), s.markers, s.loop), s.loop);
+            const auto image = AudioFileCodec::nativeImage(s.contents);
+            files.replace(s.path, [&](ByteSink &sink) { image.writeTo(sink, &progress); });
+            s.written = identityIfKnown(files, s.path);
+            s.contents = asWritten(std::move(s.contents));
+        },
+        [this, saving, done](std::exception_ptr failure) { saveEnded(*saving, failure, done); });
+}
+
+void AudioDocument::saveEnded(Saving &saving, std::exception_ptr failure, const std::function<void(bool)> &done) {
+    if (!failure) {
+        path_ = saving.path;
+        contents_ = std::move(saving.contents);
+        identity_ = saving.written;
+        savedVersion_ = saving.version;
+    }
+    toldEdited_ = isEdited();
+    const std::weak_ptr<int> alive = alive_;
+    observers.notify(*this);
+    if (alive.expired()) return;
+    if (failure && is<ChangedOnDisk>(failure)) return askOverChanges(saving.path, done);
+    if (failure && !is<Cancelled>(failure)) ui_.showError(quoted(name()) + " could not be saved", errorText(failure));
+    done(!failure);
+}
+
+void AudioDocument::askOverChanges(const std::string &path, std::function<void(bool)> done) {
+    const DocumentUi::Question question{quoted(name()) + " has been changed by another program",
+                                        "Saving replaces what the other program has written.",
+                                        {"Save Anyway", "Cancel"}};
+    ui_.ask(question, whileAlive([this, path, done = std::move(done)](std::size_t button) {
+                if (button != 0) return done(false);
+                runSave(path, IfChanged::overwrite, done);
+            }));
+}
+
+void AudioDocument::confirmClose(std::function<void()> close) {
+    closers_.push_back(std::move(close));
+    considerClosing();
+}
+
+void AudioDocument::considerClosing() {
+    if (closers_.empty() || closeAsked_ || work_ == Work::saving) return;
+    if (!isEdited()) {
+        for (const auto &close : std::exchange(closers_, {})) close();  // the first may be the end of this document
+        return;
+    }
+    cancelWork();  // a file being read again for a revert
+    closeAsked_ = true;
+    const DocumentUi::Question question{"Save changes to " + quoted(name()) + " before closing?",
+                                        "Your changes will be lost if you don’t save them.",
+                                        {"Save", "Don’t Save", "Cancel"}};
+    ui_.ask(question, whileAlive([this](std::size_t button) { closeAnswered(button); }));
+}
+
+void AudioDocument::closeAnswered(std::size_t button) {
+    enum : std::size_t { saveFirst, dontSave };
+    if (button == saveFirst)
+        return save([this](bool saved) {
+            closeAsked_ = false;
+            if (!saved) closers_.clear();  // else the end of the save looks again: there may be newer edits
+        });
+    closeAsked_ = false;
+    for (const auto &close : std::exchange(closers_, {}))
+        if (button == dontSave) close();
+}
+
+void AudioDocument::modelChanged(const Changes &changes) {
+    if (changes.contains(Change::view) && !revealing_ && isPlaying()) noteUserView();
+    tellIfEditedChanged();
+}
+
+void AudioDocument::tellIfEditedChanged() {
+    if (std::exchange(toldEdited_, isEdited()) != isEdited()) observers.notify(*this);
+}
+
+}  // namespace kiv

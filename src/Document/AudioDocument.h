@@ -1,0 +1,121 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Audio/Files/AudioFileCodec.h"
+#include "Audio/Playback/PlaybackEngine.h"
+#include "Document/DocumentUi.h"
+#include "Editor/AudioEditorModel/AudioEditorEdits.h"
+#include "Editor/AudioEditorModel/AudioEditorModel.h"
+#include "Platform/Files.h"
+#include "Platform/Jobs.h"
+
+namespace kiv {
+
+// What a document works with; made in main, borrowed by all documents.
+struct DocumentServices {
+    Files &files;
+    Jobs &jobs;
+    Settings &settings;
+    Clipboard &clipboard;
+    PlaybackEngine *playback = nullptr;  // none: nothing is played
+};
+
+// One open sound file: reads it, owns its model, plays it and saves it over itself. Main thread only; reading and writing run
+// as jobs on values.
+class AudioDocument : public PlaybackEngine::Client {
+public:
+    AudioDocument(DocumentServices services, DocumentUi &ui);
+    ~AudioDocument() override;
+
+    AudioEditorModel &model() { return model_; }
+    const AudioEditorModel &model() const { return model_; }
+    const std::string &path() const { return path_; }
+    std::string name() const;                                                       // the path's last part
+    const std::optional<AudioFileContents> &contents() const { return contents_; }  // as read; the buffer is the model's
+    const AudioFileFormat *format() const { return contents_ ? &contents_->format : nullptr; }
+
+    bool isEdited() const;
+    // Work going on. At most one at a time: what is asked for meanwhile is not done. The sound may be edited while it is saved,
+    // not while it is read.
+    enum class Work { none, reading, saving };
+    Work work() const { return work_; }
+    bool isBusy() const { return work_ != Work::none; }
+    double progressFraction() const { return progress_ ? progress_->fraction() : 0; }
+    void cancelWork();
+
+    // The error that `open` ends with when the user has cancelled it.
+    static constexpr const char *cancelledText = "Cancelled.";
+    // Reads the file; then `done` with the error's text, empty when all is well.
+    void open(const std::string &path, std::function<void(const std::string &error)> done);
+    // Saves over the file, after asking when another program has changed it meanwhile, or elsewhere in the file's own format,
+    // where the document then lives; a failure is shown, and `done` is told false, as it is when the user has cancelled.
+    void save(std::function<void(bool)> done = {});
+    void saveTo(const std::string &path, std::function<void(bool)> done);
+    // Reads the file again, after asking when there are edits.
+    void revert();
+    // Calls `close` when the document may go: at once when it has no edits, else as the user decides (save, discard, cancel).
+    // Waits for a save under way.
+    void confirmClose(std::function<void()> close);
+
+    bool canPlay() const;
+    void togglePlay();  // the selection, or from the cursor (at the sound's end: from its start); stops what plays
+    void play(FrameRange range, std::int64_t start, bool loop);
+    void stop();
+    bool isPlaying() const;
+    // Place the cursor there and show it. While playing, playback goes on from the start, and stops at the end.
+    void goToStart();
+    void goToEnd();
+
+    // Told when the name, the format, isEdited or isBusy has changed. Progress itself is to be polled while busy.
+    Observers<AudioDocument> observers;
+
+    void playbackPeak(float level) override;
+    void playbackMoved(double frame) override;
+    void playbackStopped() override;
+
+private:
+    // What a job reads and what it writes; in AudioDocument.cpp.
+    struct Loaded;
+    struct Saving;
+    enum class IfChanged { ask, overwrite };
+
+    void startWork(Work kind, std::function<void(Progress &)> work, std::function<void(std::exception_ptr)> done);
+    void load(const std::string &path, std::function<void(std::shared_ptr<Loaded>, const std::string &error)> done);
+    enum class Install { fresh, again };
+    void install(Loaded loaded, Install how);
+    void readAgain();
+    void runSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done);
+    void saveEnded(Saving &saving, std::exception_ptr failure, const std::function<void(bool)> &done);
+    void askOverChanges(const std::string &path, std::function<void(bool)> done);
+    void considerClosing();
+    void closeAnswered(std::size_t button);
+    void noteUserView();
+    template <class Call>
+    auto whileAlive(Call call);
+    void modelChanged(const Changes &changes);
+    void tellIfEditedChanged();
+
+    DocumentServices services_;
+    DocumentUi &ui_;
+    AudioEditorModel model_;
+    std::string path_;
+    std::optional<AudioFileContents> contents_;
+    std::optional<FileSystem::Identity> identity_;  // of the file as last read or written
+    Work work_ = Work::none;
+    std::shared_ptr<Progress> progress_;
+    std::vector<std::function<void()>> closers_;  // wait for a save to end, or for the answer to one question
+    bool closeAsked_ = false;                     // that question stands, or its answer is being carried out
+    std::int64_t savedVersion_ = 0;
+    bool toldEdited_ = false;
+    bool revealing_ = false;        // the view moves because the playhead does
+    bool followSuspended_ = false;  // the user has moved the view off the playhead
+    Subscription modelChanges_;
+    std::shared_ptr<int> alive_ = std::make_shared<int>();  // jobs and questions hold it weakly
+};
+
+}  // namespace kiv

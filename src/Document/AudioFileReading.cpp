@@ -1,0 +1,81 @@
+#include "Document/AudioFileReading.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <new>
+#include <string_view>
+
+#include "Audio/Files/AudioFileCodec.h"
+
+namespace kiv {
+
+namespace {
+
+struct Signature {
+    std::size_t offset;
+    std::string_view bytes;
+    const char *name;
+};
+
+constexpr std::array signatures{
+    Signature{0, "fLaC", "FLAC"},
+    Signature{0, "caff", "CAF"},
+    Signature{0, "OggS", "Ogg"},
+    Signature{0, "ID3", "MP3"},
+    Signature{0, "RF64", "RF64"},
+    Signature{0, "BW64", "BW64"},
+    Signature{0, "riff", "Wave64"},
+    Signature{0, ".snd", "AU"},
+    Signature{0, "MThd", "MIDI"},
+    Signature{0, "\x1A\x45\xDF\xA3", "Matroska"},
+    Signature{4, "ftyp", "MPEG-4"},
+    Signature{8, "WAVE", "WAV with this kind of samples"},
+    Signature{8, "AIFF", "AIFF with this kind of samples"},
+    Signature{8, "AIFC", "AIFC with this kind of samples"},
+};
+
+// An MPEG audio frame without a tag before it: eleven bits set, a layer, and a bit rate that is none of the forbidden ones.
+bool isMpegFrame(std::string_view head) {
+    if (head.size() < 3 || head[0] != '\xFF') return false;
+    const auto second = std::uint8_t(head[1]), third = std::uint8_t(head[2]);
+    return (second & 0xE0) == 0xE0 && (second & 0x06) != 0 && (third & 0xF0) != 0xF0;
+}
+
+// Names what stands in a file that we have no reader for, from its first bytes.
+std::string describe(const ByteSource &source) {
+    std::array<char, 12> bytes{};
+    const std::string_view head(bytes.data(), source.read(0, std::as_writable_bytes(std::span(bytes))));
+    const auto known = std::find_if(signatures.begin(), signatures.end(), [&](const Signature &signature) {
+        return head.size() > signature.offset && head.substr(signature.offset).starts_with(signature.bytes);
+    });
+    if (known != signatures.end()) return known->name;
+    return isMpegFrame(head) ? "MP3" : "unknown kind of file";
+}
+
+}  // namespace
+
+AudioFileOnDisk readAudioFile(Files &files, const std::string &path, Progress &progress) {
+    const auto recovery = files.recoverInterrupted(path);
+    // The identity comes first: a file that changes while it is read then counts as changed.
+    const auto identity = files.identity(path);
+    const auto source = files.open(path);
+    if (source->size() == 0) throw AudioFileError::unreadable("the file is empty");
+    auto contents = AudioFileCodec::readNative(*source, &progress);
+    if (!contents) throw AudioFileError::unsupported(describe(*source));
+    return {std::move(*contents), identity, recovery};
+}
+
+std::string errorText(std::exception_ptr failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const std::bad_alloc &) {
+        return "There is not enough memory.";
+    } catch (const std::exception &error) {
+        return error.what();
+    } catch (...) {
+        return "An unknown error occurred.";
+    }
+}
+
+}  // namespace kiv

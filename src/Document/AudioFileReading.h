@@ -1,0 +1,26 @@
+#pragma once
+
+#include <exception>
+#include <optional>
+#include <string>
+
+#include "Audio/Files/AudioFileContents.h"
+#include "Platform/Files.h"
+#include "Support/Progress.h"
+
+namespace kiv {
+
+struct AudioFileOnDisk {
+    AudioFileContents contents;
+    std::optional<FileSystem::Identity> identity;  // of the file when reading began
+    Files::Recovery recovery = Files::Recovery::notNeeded;
+};
+
+// The sound file at a path, put back before where a save was interrupted. Blocks; any thread but the main and audio threads.
+// Throws AudioFileError, std::system_error and Cancelled.
+AudioFileOnDisk readAudioFile(Files &files, const std::string &path, Progress &progress);
+
+// What the user is told of a failed reading or writing: one line.
+std::string errorText(std::exception_ptr failure);
+
+}  // namespace kiv

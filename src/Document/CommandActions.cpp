@@ -1,0 +1,107 @@
+#include "Document/CommandActions.h"
+
+#include <algorithm>
+
+namespace kiv {
+
+namespace {
+
+using Document = const AudioDocument &;
+
+const AudioEditorState &state(Document document) { return document.model().state(); }
+
+bool isOpen(Document document) { return document.contents().has_value(); }
+bool hasSound(Document document) { return isOpen(document) && !state(document).buffer.isEmpty(); }
+
+// Nothing else is going on that would have to end first: no reading, and no dialog waiting for its answer.
+bool isFree(Document document) {
+    return isOpen(document) && document.work() != AudioDocument::Work::reading && !state(document).dialog;
+}
+bool isFreeAndIdle(Document document) { return isFree(document) && !document.isBusy(); }
+bool canEdit(Document document) { return isFree(document) && document.model().activeRange(); }
+bool canCut(Document document) { return isFree(document) && document.model().canCut(); }
+
+bool canPaste(Document document) {
+    const auto &clip = document.model().clipboard().buffer;
+    return isFree(document) && clip && !clip->isEmpty();
+}
+bool canReverse(Document document) { return canEdit(document) && document.model().activeRange()->count() > 1; }
+bool hasChannels(Document document) { return isFree(document) && state(document).buffer.channels() >= 2; }
+bool isNotStereo(Document document) { return isFree(document) && state(document).buffer.channels() != 2; }
+bool hasSelection(Document document) { return isFree(document) && state(document).selection; }
+bool canPlay(Document document) {
+    return isOpen(document) && document.work() != AudioDocument::Work::reading && document.canPlay();
+}
+
+bool canZoomIn(Document document) {
+    return hasSound(document) && state(document).view.zoom < maximumZoom(state(document).buffer.frames());
+}
+bool isZoomed(Document document) { return hasSound(document) && state(document).view.zoom > 1; }
+
+using Command = EditorCommand;
+namespace Edits = AudioEditorEdits;
+
+// clang-format off
+constexpr CommandAction actions[] = {
+    {Command::save, isFreeAndIdle, [](AudioDocument &d) { d.save(); }},
+    {Command::revert, isFreeAndIdle, [](AudioDocument &d) { d.revert(); }},
+
+    {Command::undo, [](Document d) { return isFree(d) && d.model().canUndo(); }, [](AudioDocument &d) { d.model().undo(); }},
+    {Command::redo, [](Document d) { return isFree(d) && d.model().canRedo(); }, [](AudioDocument &d) { d.model().redo(); }},
+    {Command::cut, canCut, [](AudioDocument &d) { Edits::cut(d.model()); }},
+    {Command::copy, hasSelection, [](AudioDocument &d) { Edits::copy(d.model()); }},
+    {Command::paste, canPaste, [](AudioDocument &d) { Edits::paste(d.model()); }},
+    {Command::delete_, canCut, [](AudioDocument &d) { Edits::deleteSelection(d.model()); }},
+    {Command::selectAll, canEdit, [](AudioDocument &d) { d.model().selectAll(); }},
+    {Command::selectNone, hasSelection, [](AudioDocument &d) { d.model().selectNone(); }},
+
+    {Command::playStop, canPlay, [](AudioDocument &d) { d.togglePlay(); }},
+    {Command::loop, isFree, [](AudioDocument &d) { d.model().setLoopEnabled(!state(d).loopEnabled); },
+     [](Document d) { return state(d).loopEnabled; }},
+    {Command::goToStart, isFree, [](AudioDocument &d) { d.goToStart(); }},
+    {Command::goToEnd, isFree, [](AudioDocument &d) { d.goToEnd(); }},
+
+    {Command::gain, canEdit, [](AudioDocument &d) { d.model().openDialog(Dialog::gain); }},
+    {Command::normalize, canEdit, [](AudioDocument &d) { d.model().openDialog(Dialog::normalize); }},
+    {Command::fadeIn, canEdit, [](AudioDocument &d) { Edits::fadeIn(d.model()); }},
+    {Command::fadeOut, canEdit, [](AudioDocument &d) { Edits::fadeOut(d.model()); }},
+    {Command::silence, canEdit, [](AudioDocument &d) { Edits::silence(d.model()); }},
+    {Command::reverse, canReverse, [](AudioDocument &d) { Edits::reverse(d.model()); }},
+    {Command::trim, canCut, [](AudioDocument &d) { Edits::trim(d.model()); }},
+    {Command::mono, hasChannels, [](AudioDocument &d) { d.model().openDialog(Dialog::mono); }},
+    {Command::stereo, isNotStereo, [](AudioDocument &d) { Edits::stereo(d.model()); }},
+
+    {Command::zoomIn, canZoomIn, [](AudioDocument &d) { d.model().zoomBy(zoomStep); }},
+    {Command::zoomOut, isZoomed, [](AudioDocument &d) { d.model().zoomBy(1 / zoomStep); }},
+    {Command::zoomFit, isZoomed, [](AudioDocument &d) { d.model().zoomToFit(); }},
+    {Command::zoomSelection, [](Document d) { return hasSound(d) && state(d).selection; },
+     [](AudioDocument &d) { d.model().zoomToSelection(); }},
+    {Command::verticalZoomIn, [](Document d) { return isOpen(d) && state(d).verticalZoomDb < verticalZoomMaxDb; },
+     [](AudioDocument &d) { d.model().verticalZoomIn(); }},
+    {Command::verticalZoomOut, [](Document d) { return isOpen(d) && state(d).verticalZoomDb > verticalZoomMinDb; },
+     [](AudioDocument &d) { d.model().verticalZoomOut(); }},
+    {Command::verticalZoomReset, [](Document d) { return isOpen(d) && state(d).verticalZoomDb != 0; },
+     [](AudioDocument &d) { d.model().setVerticalZoomDb(0); }},
+    {Command::toggleTimeUnit, isFree, [](AudioDocument &d) { d.model().toggleTimeUnit(); }},
+    {Command::followPlayhead, isFree, [](AudioDocument &d) { d.model().setFollowPlayhead(!state(d).followPlayhead); },
+     [](Document d) { return state(d).followPlayhead; }},
+};
+// clang-format on
+
+}  // namespace
+
+const CommandAction *action(EditorCommand command) {
+    const auto row = std::ranges::find(actions, command, &CommandAction::command);
+    return row == std::end(actions) ? nullptr : row;
+}
+
+bool isEnabled(EditorCommand command, const AudioDocument &document) {
+    const CommandAction *row = action(command);
+    return row && row->enabled(document);
+}
+
+void perform(EditorCommand command, AudioDocument &document) {
+    if (isEnabled(command, document)) action(command)->perform(document);
+}
+
+}  // namespace kiv

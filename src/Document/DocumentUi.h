@@ -1,0 +1,27 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kiv {
+
+// What the document asks and tells its user. Windows answer with sheets, tests from a script, `kiv` from its options. Main
+// thread only; an answer may come at once or much later, and not at all once the document is gone.
+class DocumentUi {
+public:
+    virtual ~DocumentUi() = default;
+
+    struct Question {
+        std::string message;
+        std::string informative;
+        std::vector<std::string> buttons;  // the first is the default, "Cancel" the one that Esc means
+    };
+    // The answer is the index of the button.
+    virtual void ask(const Question &question, std::function<void(std::size_t)> answer) = 0;
+    virtual void showError(const std::string &message, const std::string &informative) = 0;
+    virtual void showNotice(const std::string &text) = 0;
+};
+
+}  // namespace kiv

@@ -1,0 +1,58 @@
+#include "Cli/Steps.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace kiv::Cli {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(Steps, ThatAreWrongAreToldSo) {
+    const std::pair<const char *, const char *> cases[] = {
+        {"", "a step without words"},
+        {"fadein", "there is no such step"},
+        {"open", "there is no such step"},
+        {"save", "there is no such step"},
+        {"timeStretch", "there is no such step"},
+        {"fadeIn 3", "the step takes no words"},
+        {"select 1", "the words are: select LO HI"},
+        {"select 1 2 3", "the words are: select LO HI"},
+        {"select 1 x", "“x” is no position"},
+        {"cursor 1.5", "“1.5” is no position"},
+        {"gain", "the words are: gain DB"},
+        {"gain x", "“x” is no number from -24 to 24"},
+        {"gain nan", "“nan” is no number from -24 to 24"},
+        {"gain -24.01", "“-24.01” is no number from -24 to 24"},
+        {"normalize 0.1", "“0.1” is no number from -24 to 0"},
+        {"mono centre", "“centre” is not one of: left right mix"},
+        {"mono \"left right\"", "“left right” is not one of: left right mix"},
+        {"loop", "the words are: loop LO HI, or loop none"},
+        {"loop 5 5", "LO must be below HI"},
+        {"loop 2s 1500ms", "LO must be below HI"},
+        {"loop all", "“all” is not one of: none"},
+        {"load \"\"", "a file name is missing"},
+    };
+    for (const auto &[step, fault] : cases) {
+        try {
+            parseStep(splitWords(step));
+            ADD_FAILURE() << step;
+        } catch (const WrongWords &error) {
+            EXPECT_THAT(error.what(), HasSubstr(fault));
+        }
+    }
+}
+
+TEST(Steps, AreRightAtTheLimits) {
+    for (const char *step : {"gain -24", "gain 24", "normalize -24", "normalize 0", "loop 0 1", "loop 5 1s", "loop none",
+                             "delete", "select -10 1:00", "select 10 5", "mono left", "load \"a b.wav\""})
+        EXPECT_NO_THROW(parseStep(splitWords(step))) << step;
+}
+
+TEST(Steps, AreAllInTheHelp) {
+    for (const char *line : {"select LO HI\n", "mono left|right|mix\n", "loop none\n", "\ndelete\n", "\nstereo"})
+        EXPECT_THAT(stepsHelp(), HasSubstr(line));
+}
+
+}  // namespace
+}  // namespace kiv::Cli

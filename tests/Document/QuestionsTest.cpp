@@ -1,0 +1,144 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Document/DocumentWorld.h"
+
+namespace kiv {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+const std::string file = Wav::file(Wav::ramp(1000));
+
+TEST(Revert, ReadsAgainAndAsksOnlyWhenThereAreEdits) {
+    const struct {
+        bool edits;
+        const char *answer;
+        bool reads;
+    } cases[] = {{false, nullptr, true}, {true, "Revert", true}, {true, "Cancel", false}};
+    for (const auto &[edits, answer, reads] : cases) {
+        DocumentWorld world;
+        world.open(file);
+        if (edits) AudioEditorEdits::reverse(world.model);
+        if (answer) world.ui.answers = {answer};
+        world.put(Wav::file({7, 8}));
+        world.document->revert();
+        world.jobs.runAll();
+        EXPECT_EQ(world.ui.asked.size(), edits ? 1u : 0u);
+        EXPECT_EQ(world.model.state().buffer.frames(), reads ? 2 : 1000);
+        EXPECT_EQ(world.document->isEdited(), !reads);
+        EXPECT_EQ(world.model.canUndo(), !reads);
+    }
+}
+
+TEST(Revert, FailsWithAnErrorAndKeepsTheSound) {
+    DocumentWorld world;
+    world.open(file);
+    AudioEditorEdits::reverse(world.model);
+    world.ui.answers = {"Revert"};
+    world.disk.vanish(world.path);
+    world.document->revert();
+    world.jobs.runAll();
+    EXPECT_THAT(world.ui.errors, ElementsAre(HasSubstr("“drum.wav” could not be read: ")));
+    EXPECT_EQ(world.model.state().buffer.frames(), 1000);
+    EXPECT_TRUE(world.document->isEdited());
+}
+
+TEST(Closing, AsksOnlyWhenThereAreEdits) {
+    const struct {
+        const char *answer;  // null: no edits
+        bool closes, saves;
+    } cases[] = {{nullptr, true, false}, {"Save", true, true}, {"Don’t Save", true, false}, {"Cancel", false, false}};
+    for (const auto &[answer, closes, saves] : cases) {
+        DocumentWorld world;
+        world.open(file);
+        if (answer) {
+            AudioEditorEdits::reverse(world.model);
+            world.ui.answers = {answer};
+        }
+        int closed = 0;
+        world.document->confirmClose([&] { ++closed; });
+        world.jobs.runAll();
+        EXPECT_EQ(closed, closes);
+        EXPECT_EQ(world.ui.asked.size(), answer ? 1u : 0u);
+        EXPECT_EQ(world.onDisk() != file, saves);
+    }
+}
+
+TEST(Closing, IsCalledOffWhenTheSaveFails) {
+    DocumentWorld world;
+    world.open(file);
+    AudioEditorEdits::reverse(world.model);
+    world.ui.answers = {"Save"};
+    world.disk.failAt(1, std::errc::io_error, FakeFileSystem::Lasting::on);
+    int closed = 0;
+    world.document->confirmClose([&] { ++closed; });
+    world.jobs.runAll();
+    EXPECT_EQ(closed, 0);
+    EXPECT_EQ(world.ui.errors.size(), 1u);
+    EXPECT_EQ(world.ui.asked.size(), 1u);
+    world.disk.heal();
+    EXPECT_TRUE(world.save());
+    EXPECT_EQ(closed, 0) << "a later save is no answer to the question";
+}
+
+TEST(Closing, WaitsForASaveAndAsksAboutLaterEdits) {
+    DocumentWorld world;
+    world.open(file);
+    AudioEditorEdits::reverse(world.model);
+    world.document->save();
+    int closed = 0;
+    world.document->confirmClose([&] { ++closed; });
+    EXPECT_THAT(world.ui.asked, IsEmpty());
+    AudioEditorEdits::silence(world.model);
+    world.ui.answers = {"Save"};
+    world.jobs.runAll();
+    EXPECT_EQ(world.ui.asked.size(), 1u);
+    EXPECT_EQ(closed, 1);
+    EXPECT_TRUE(world.onDisk() == Wav::file(std::vector<int>(1000, 0)));
+}
+
+TEST(Closing, AsksAgainAboutEditsMadeWhileItsOwnSaveRan) {
+    DocumentWorld world;
+    world.open(file);
+    AudioEditorEdits::reverse(world.model);
+    world.ui.answers = {"Save", "Don’t Save"};
+    int closed = 0;
+    world.document->confirmClose([&] { ++closed; });
+    AudioEditorEdits::silence(world.model);
+    world.jobs.runAll();
+    EXPECT_EQ(world.ui.asked.size(), 2u);
+    EXPECT_EQ(closed, 1);
+}
+
+TEST(Closing, AskedForTwiceIsOneQuestionForBoth) {
+    DocumentWorld world;
+    world.open(file);
+    AudioEditorEdits::reverse(world.model);
+    int closed = 0;
+    world.document->confirmClose([&] {
+        ++closed;
+        world.document.reset();
+    });
+    world.document->confirmClose([&] { ++closed; });
+    EXPECT_EQ(world.ui.asked.size(), 1u);
+    world.ui.press("Save");
+    world.jobs.runAll();
+    EXPECT_EQ(closed, 2);
+}
+
+TEST(Closing, AnAnswerAfterTheDocumentIsGoneIsIgnored) {
+    DocumentWorld world;
+    world.open(file);
+    AudioEditorEdits::reverse(world.model);
+    int closed = 0;
+    world.document->confirmClose([&] { ++closed; });
+    world.document.reset();
+    world.ui.press("Don’t Save");
+    EXPECT_EQ(closed, 0);
+}
+
+}  // namespace
+}  // namespace kiv
