@@ -3,6 +3,8 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 packaging/install.sh build run test
+# What was compiled in one clone serves the next.
+export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1
 for preset in "${@:-dev}"; do
   cmake --preset "$preset" >/dev/null
   cmake --build --preset "$preset"

@@ -1,0 +1,183 @@
+#include "App/Application.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QEventLoopLocker>
+#include <QFileDialog>
+#include <QScreen>
+#include <QTimer>
+#include <algorithm>
+#include <csignal>
+
+#include "App/MainMenu.h"
+#include "App/Translucency.h"
+#include "Document/Windows/AboutWindow.h"
+#include "Document/Windows/AudioDrag.h"
+#include "Document/Windows/MessageWindow.h"
+#include "Editor/Views/Accessible.h"
+#include "Editor/Views/CrispPainting.h"
+#include "Editor/Views/Icons.h"
+
+namespace kiv {
+
+namespace {
+
+int signalPipe[2] = {-1, -1};
+
+// Only what a signal handler may do: the rest happens when the loop reads the byte.
+extern "C" void writeSignal(int) {
+    const char byte = 1;
+    [[maybe_unused]] const auto written = ::write(signalPipe[0], &byte, 1);
+}
+
+Box toBox(const QRect &rect) { return {rect.x(), rect.y(), rect.width(), rect.height()}; }
+
+std::vector<Box> freeScreens() {
+    std::vector<Box> boxes;
+    for (const QScreen *screen : QGuiApplication::screens()) boxes.push_back(toBox(screen->availableGeometry()));
+    return boxes;
+}
+
+// The stored choice; anything else means the one that follows the desktop.
+const AudioEditorTheme &chosenTheme(const Settings &settings, const Appearance &appearance) {
+    const std::string choice = settings.get(Setting::theme);
+    const bool isDark = choice == "dark" || (choice != "light" && appearance.isDark());
+    return isDark ? AudioEditorTheme::dark() : AudioEditorTheme::light();
+}
+
+}  // namespace
+
+Application::Application(const LaunchOptions &options, double millisecondsAtMain)
+    : defaults_(FileDefaults::usualPath()),
+      settings_(defaults_),
+      shortcuts_(defaults_),
+      recorder_(shortcuts_),
+      files_(makeFiles(fileSystem_)),
+      jobs_(mainLoop_),
+      output_(mainLoop_),
+      playback_(output_, mainLoop_, log_),
+      appearance_(QtAppearance::sessionBus()),
+      style_(chosenTheme(settings_, appearance_)),
+      tips_(style_),
+      keys_(shortcuts_, recorder_, makeKeyboard()) {
+    if (options.reportsPainting) paintReport_ = std::make_unique<PaintReport>(millisecondsAtMain);
+    installAccessibility();
+    style_.setReducesMotion(appearance_.reducesMotion());
+    style_.setTranslucency(windowsMayBeTranslucent());
+    appearanceChanges_ = appearance_.changed.add([this](const Appearance &) { applyAppearance(); });
+    catchSignals();
+    for (const std::string &file : options.files) openFile(file);
+    if (options.files.empty()) showDropWindow();
+    // Not before the first window is painted.
+    QTimer::singleShot(0, &keys_, [] { QGuiApplication::setWindowIcon(QIcon(applicationIcon(64, 1))); });
+}
+
+Application::~Application() {
+    for (const auto &document : documents_) document->saveFrame();
+}
+
+void Application::applyAppearance() {
+    style_.setReducesMotion(appearance_.reducesMotion());
+    style_.setTheme(chosenTheme(settings_, appearance_));
+}
+
+void Application::catchSignals() {
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, signalPipe) != 0) return;
+    signals_ = std::make_unique<QSocketNotifier>(signalPipe[1], QSocketNotifier::Read);
+    // There is no time to ask about unsaved changes: whoever sends these wants the process to end.
+    QObject::connect(signals_.get(), &QSocketNotifier::activated, signals_.get(), [] { QCoreApplication::exit(0); });
+    for (int number : {SIGTERM, SIGINT, SIGHUP}) std::signal(number, writeSignal);
+}
+
+void Application::connectController(DocumentWindowController &controller) {
+    controller.onOpenCommand = [this] { chooseFiles(); };
+    controller.onPlacing = [this] { return placeForNextWindow(); };
+    controller.onClosed = [this, &controller] { forget(&controller); };
+    controller.view().onQuit = [this] { quit(); };
+    controller.view().onDropped = [this](const std::vector<std::string> &paths) {
+        for (const std::string &path : paths) openFile(path);
+    };
+    fillMainMenu(controller.view().menuBar(), controller, shortcuts_, {[this] { quit(); }, [this] { showAbout(); }});
+}
+
+void Application::openFile(const std::string &path) {
+    const WindowServices services{{*files_, jobs_, settings_, clipboard_, &playback_}, style_, shortcuts_};
+    auto *controller = documents_.emplace_back(std::make_unique<DocumentWindowController>(services)).get();
+    connectController(*controller);
+    // The program may not end with another window before this one is there.
+    controller->onComplete = [this, running = std::make_shared<QEventLoopLocker>()] { documentShown(); };
+    controller->open(path, [this, controller, path](const std::string &error) { fileFailed(controller, path, error); });
+    if (paintReport_)
+        paintReport_->watch(&controller->view().waveform(), [controller] { return controller->view().isSoundComplete(); });
+}
+
+void Application::fileFailed(DocumentWindowController *controller, const std::string &path, const std::string &error) {
+    const std::string name = path.substr(path.find_last_of('/') + 1);
+    forget(controller);
+    if (error == AudioDocument::cancelledText) return;
+    if (documents_.size() == 1) showDropWindow();
+    showMessageWindow(style_, "“" + name + "” could not be opened", error);
+}
+
+void Application::documentShown() {
+    if (dropWindow_) dropWindow_->close();
+    dropWindow_.reset();
+}
+
+// Not at once: it is one of the controller's own calls that leads here.
+void Application::forget(DocumentWindowController *controller) {
+    QTimer::singleShot(0, &keys_, [this, controller] {
+        std::erase_if(documents_, [&](const auto &document) { return document.get() == controller; });
+    });
+}
+
+void Application::showDropWindow() {
+    if (dropWindow_) return;
+    if (!settings_.get(Setting::emptyWindowAtLaunch)) return chooseFiles();
+    dropWindow_ = std::make_unique<DropWindowController>(style_, shortcuts_);
+    dropWindow_->onOpenCommand = [this] { chooseFiles(); };
+    dropWindow_->onQuit = [this] { quit(); };
+    dropWindow_->onDropped = [this](const std::vector<std::string> &paths) {
+        for (const std::string &path : paths) openFile(path);
+    };
+    dropWindow_->show();
+}
+
+void Application::chooseFiles() {
+    auto *dialog = new QFileDialog(QApplication::activeWindow());
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::ExistingFiles);
+    dialog->setNameFilters({"Audio files (*." + audioExtensions().join(" *.") + ")", "All files (*)"});
+    QObject::connect(dialog, &QFileDialog::filesSelected, &keys_, [this](const QStringList &paths) {
+        for (const QString &path : paths) openFile(path.toStdString());
+    });
+    QObject::connect(dialog, &QFileDialog::finished, &keys_, [this] { QTimer::singleShot(0, &keys_, [this] { quitIfAlone(); }); });
+    dialog->open();
+}
+
+// The desktop's own file dialog is no window of ours whose closing would end the program.
+void Application::quitIfAlone() {
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const bool hasWindow = std::any_of(windows.begin(), windows.end(), [](QWidget *window) { return window->isVisible(); });
+    if (documents_.empty() && !hasWindow) QCoreApplication::quit();
+}
+
+Box Application::placeForNextWindow() const {
+    const Box frame = openingFrame(parseFrame(settings_.get(Setting::documentWindowFrame)), freeScreens());
+    std::vector<Box> others;
+    for (const auto &document : documents_)
+        if (document->view().isVisible()) others.push_back(toBox(document->view().geometry()));
+    return cascaded(frame, others);
+}
+
+void Application::showAbout() { showAboutWindow(style_); }
+
+// Documents without changes close; each of the others asks in its own window. The program ends with its last window.
+void Application::quit() {
+    if (dropWindow_) dropWindow_->close();
+    for (std::size_t i = 0; i < documents_.size(); ++i) documents_[i]->requestClose();
+}
+
+}  // namespace kiv

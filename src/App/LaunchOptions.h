@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kiv {
+
+// What the program was called with.
+struct LaunchOptions {
+    std::vector<std::string> files;
+    bool showsHelp = false, showsVersion = false;
+    bool reportsPainting = false;  // --paint-report, for measuring
+    std::string unknown;           // an option that there is not
+};
+
+// `arguments` without the program's name. "--" ends the options. A file: URL counts as the path it means.
+LaunchOptions parseArguments(const std::vector<std::string> &arguments);
+const char *helpText();
+
+}  // namespace kiv

@@ -1,0 +1,73 @@
+#include "Document/Windows/AboutWindow.h"
+
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QWidget>
+
+#include "Editor/Views/Button.h"
+#include "Editor/Views/CrispPainting.h"
+#include "Editor/Views/Icons.h"
+
+namespace kiv {
+
+namespace {
+
+using Role = AudioEditorThemeColor;
+
+constexpr QSize windowSize(400, 260);
+constexpr int iconSize = 72;
+constexpr int padding = 24;
+
+class AboutWindow : public QWidget {
+public:
+    explicit AboutWindow(ViewStyle &style) : style_(style), ok_(new Button(style, ButtonKind::sheetDefault, this)) {
+        setWindowTitle("Kiv Audio Editor");
+        setAttribute(Qt::WA_DeleteOnClose);
+        setFixedSize(windowSize);
+        ok_->setLabelAndText({}, "OK");
+        const QSize size = ok_->sizeHint();
+        ok_->setGeometry(width() - padding - size.width(), height() - padding - size.height(), size.width(), size.height());
+        ok_->setFocus();
+        connect(ok_, &QPushButton::clicked, this, [this] { close(); });
+        setAccessibleName("Kiv Audio Editor " + QCoreApplication::applicationVersion());
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override {
+        QPainter painter(this);
+        const ThemeColors &colors = style_.colors();
+        painter.fillRect(rect(), toColor(colors[Role::dialogBg]));
+        painter.drawPixmap(QPointF((width() - iconSize) / 2.0, padding), applicationIcon(iconSize, devicePixelRatioF()));
+        line(painter, 108, 24, style_.font(17, QFont::DemiBold), colors[Role::dialogText], "Kiv Audio Editor");
+        line(painter, 136, 16, style_.font(13), colors.dialogDim, "Version " + QCoreApplication::applicationVersion());
+        line(painter, 160, 16, style_.font(12), colors.dialogDim, "Free software under the GNU General Public License 3");
+    }
+
+    void keyPressEvent(QKeyEvent *event) override {
+        const int key = event->key();
+        if (key == Qt::Key_Escape || key == Qt::Key_Return || key == Qt::Key_Enter) close();
+    }
+
+private:
+    void line(QPainter &painter, int top, int height, const QFont &font, Rgba color, const QString &text) const {
+        painter.setFont(font);
+        painter.setPen(toColor(color));
+        painter.drawText(QRect(0, top, width(), height), Qt::AlignCenter | Qt::TextDontClip, text);
+    }
+
+    ViewStyle &style_;
+    Button *ok_;
+};
+
+}  // namespace
+
+QWidget *showAboutWindow(ViewStyle &style) {
+    auto *window = new AboutWindow(style);
+    window->move(window->screen()->availableGeometry().center() - window->rect().center());
+    window->show();
+    return window;
+}
+
+}  // namespace kiv

@@ -1,0 +1,190 @@
+#include "Document/Windows/DocumentWindowController.h"
+
+#include <QApplication>
+#include <QTimer>
+#include <algorithm>
+#include <chrono>
+
+#include "Editor/Views/AlertSheet.h"
+#include "Editor/Views/CrispPainting.h"
+#include "Editor/Views/LevelSheet.h"
+#include "Editor/Views/MonoSheet.h"
+
+namespace kiv {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// A small file is read within this time, and its window then appears with the sound in it.
+constexpr auto showAfter = 30ms;
+
+// What may be heard and looked at while a sheet is open.
+constexpr EditorCommand actUnderSheets[] = {
+    EditorCommand::playStop,       EditorCommand::zoomIn,          EditorCommand::zoomOut,           EditorCommand::zoomFit,
+    EditorCommand::zoomSelection,  EditorCommand::verticalZoomIn,  EditorCommand::verticalZoomOut,   EditorCommand::verticalZoomReset,
+};
+
+// "[*]" is where the mark of unsaved changes goes; in a name it stands for itself.
+QString windowTitle(const std::string &name) {
+    return QString::fromStdString(name).replace("[*]", "[*][*]") + "[*] — Kiv Audio Editor";
+}
+
+FileFacts factsOf(const AudioFileFormat *format) {
+    return format ? FileFacts{format->typeName, format->bitsDescription, format->sampleRate} : FileFacts{};
+}
+
+}  // namespace
+
+DocumentWindowController::DocumentWindowController(const WindowServices &services)
+    : services_(services),
+      document_(std::make_unique<AudioDocument>(services.document, *this)) {
+    // Not before the body: the view asks what can act while it is made.
+    view_ = std::make_unique<DocumentHostingView>(document_->model(), services.document.jobs, services.style, *this);
+    view_->onClosing = [this] { return mayClose(); };
+    view_->onStop = [this] { document_->stop(); };
+    documentChanges_ = document_->observers.add([this](const AudioDocument &) { documentChanged(); });
+    modelChanges_ = document_->model().observers.add([this](const Changes &changes) {
+        if (changes.contains(Change::dialog)) dialogChanged();
+    });
+    shortcutChanges_ = services.shortcuts.didChange.add([this](const ShortcutStore &) { view_->topBar().refreshTips(); });
+}
+
+DocumentWindowController::~DocumentWindowController() = default;
+
+void DocumentWindowController::open(const std::string &path, std::function<void(const std::string &)> failed) {
+    document_->open(path, [this, failed = std::move(failed)](const std::string &error) {
+        wasFailed_ = !error.empty();
+        if (wasFailed_) {
+            isClosed_ = true;
+            view_->hide();
+            return failed(error);
+        }
+        showWindow();
+        if (onComplete) onComplete();
+    });
+    documentChanged();
+    QTimer::singleShot(showAfter, view_.get(), [this] {
+        if (!wasFailed_) showWindow();
+    });
+}
+
+void DocumentWindowController::showWindow() {
+    if (view_->isVisible() || isClosed_) return;
+    if (onPlacing) view_->setGeometry(toRect(onPlacing()));
+    view_->show();
+}
+
+void DocumentWindowController::saveFrame() {
+    const QRect frame = view_->isMaximized() || view_->isFullScreen() ? view_->normalGeometry() : view_->geometry();
+    if (frame.isValid() && view_->isVisible())
+        services_.document.settings.set(Setting::documentWindowFrame,
+                                        frameText({frame.x(), frame.y(), frame.width(), frame.height()}));
+}
+
+void DocumentWindowController::documentChanged() {
+    view_->setWindowTitle(windowTitle(document_->name()));
+    view_->setWindowModified(document_->isEdited());
+    view_->infoLine().setFacts(factsOf(document_->format()));
+    view_->busyLine().setBusy(document_->isBusy(), [this] { return document_->progressFraction(); });
+    view_->topBar().refreshCommands();
+}
+
+void DocumentWindowController::dialogChanged() {
+    const std::optional<Dialog> dialog = document_->model().state().dialog;
+    if (dialog == shownDialog_) return;
+    const bool hadSheet = shownDialog_.has_value();
+    shownDialog_ = dialog;
+    if (hadSheet) view_->sheets().dismiss();
+    if (!dialog) return;
+    if (*dialog == Dialog::mono)
+        view_->sheets().show(std::make_unique<MonoSheet>(document_->model(), services_.style));
+    else
+        view_->sheets().show(std::make_unique<LevelSheet>(document_->model(), *dialog, services_.style));
+}
+
+void DocumentWindowController::showAlert(AlertTone tone, const Question &question, std::function<void(std::size_t)> answer) {
+    auto answered = [this, answer = std::move(answer)](std::size_t button) {
+        view_->sheets().dismiss();
+        if (answer) answer(button);
+    };
+    view_->sheets().show(std::make_unique<AlertSheet>(services_.style, tone, question, std::move(answered)));
+}
+
+void DocumentWindowController::ask(const Question &question, std::function<void(std::size_t)> answer) {
+    ++questionsOpen_;
+    showWindow();
+    view_->raise();
+    view_->activateWindow();
+    showAlert(AlertTone::warning, question, [this, answer = std::move(answer)](std::size_t button) {
+        --questionsOpen_;
+        answer(button);
+    });
+}
+
+void DocumentWindowController::showError(const std::string &message, const std::string &informative) {
+    showAlert(AlertTone::error, {message, informative, {"OK"}}, {});
+}
+
+void DocumentWindowController::showNotice(const std::string &text) { view_->notice().tell(onScreen(text)); }
+
+bool DocumentWindowController::isEnabled(EditorCommand command) const {
+    if (isWaiting(command)) return false;
+    if (command == EditorCommand::open || command == EditorCommand::close) return true;
+    return kiv::isEnabled(command, *document_);
+}
+
+bool DocumentWindowController::isWaiting(EditorCommand command) const {
+    const bool hasSheet = (view_ && view_->openSheet()) || document_->model().state().dialog;
+    return hasSheet && std::ranges::find(actUnderSheets, command) == std::end(actUnderSheets);
+}
+
+bool DocumentWindowController::isChecked(EditorCommand command) const {
+    const CommandAction *row = action(command);
+    return row && row->checked && row->checked(*document_);
+}
+
+bool DocumentWindowController::isToggle(EditorCommand command) const {
+    using enum EditorCommand;
+    const CommandAction *row = action(command);
+    return row ? row->checked != nullptr : command == slicer || command == eq || command == editLoop || command == spectral;
+}
+
+void DocumentWindowController::perform(EditorCommand command) {
+    if (!isEnabled(command)) return;
+    if (command == EditorCommand::open) return onOpenCommand ? onOpenCommand() : void();
+    if (command == EditorCommand::close) return requestClose();
+    kiv::perform(command, *document_);
+}
+
+QString DocumentWindowController::shortcutText(EditorCommand command) const {
+    const auto shortcut = services_.shortcuts.shortcut(command);
+    return shortcut ? onScreen(shortcut->displayString()) : QString();
+}
+
+void DocumentWindowController::requestClose() { view_->close(); }
+
+// The first time it asks the document, which may want an answer from the user; what closes the window in the end is the
+// document's word.
+bool DocumentWindowController::mayClose() {
+    if (isClosed_) return true;
+    if (questionsOpen_ > 0) {
+        view_->raise();
+        view_->activateWindow();
+        return false;
+    }
+    document_->model().closeDialog();
+    view_->sheets().dismissAll();
+    saveFrame();
+    document_->confirmClose([this] {
+        if (std::exchange(isClosed_, true)) return;
+        document_->stop();
+        QTimer::singleShot(0, view_.get(), [this] {
+            view_->close();
+            if (onClosed) onClosed();
+        });
+    });
+    return false;
+}
+
+}  // namespace kiv

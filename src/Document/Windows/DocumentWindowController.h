@@ -1,0 +1,74 @@
+#pragma once
+
+#include <QPointer>
+#include <memory>
+
+#include "App/Commands/ShortcutStore.h"
+#include "Document/AudioDocument.h"
+#include "Document/CommandActions.h"
+#include "Document/Windows/DocumentHostingView.h"
+#include "Editor/Surfaces/EditorWindowLayout.h"
+#include "Editor/Views/AlertSheet.h"
+
+namespace kiv {
+
+// What every document window works with; made once, borrowed.
+struct WindowServices {
+    DocumentServices document;
+    ViewStyle &style;
+    ShortcutStore &shortcuts;
+};
+
+// One open document and its window: shows what the document asks and tells as sheets and notices, hands commands on to it, and
+// closes when the document may go.
+class DocumentWindowController : public DocumentUi, public CommandTarget {
+public:
+    explicit DocumentWindowController(const WindowServices &services);
+    ~DocumentWindowController() override;
+
+    AudioDocument &document() { return *document_; }
+    DocumentHostingView &view() { return *view_; }
+
+    // Reads the file and shows the window: when it is read, or a moment later when that takes longer. `failed` is told when it
+    // cannot be opened; there is no window then.
+    void open(const std::string &path, std::function<void(const std::string &error)> failed);
+    // Where the window opens if there is no remembered place, or other windows stand at it.
+    std::function<Box()> onPlacing;
+
+    // As a click on the window's close button.
+    void requestClose();
+    void saveFrame();
+
+    std::function<void()> onOpenCommand;
+    std::function<void()> onClosed;  // the window has gone; the controller may be destroyed soon after
+    std::function<void()> onComplete;  // the sound is read and shown
+
+    void ask(const Question &question, std::function<void(std::size_t)> answer) override;
+    void showError(const std::string &message, const std::string &informative) override;
+    void showNotice(const std::string &text) override;
+
+    bool isEnabled(EditorCommand command) const override;
+    bool isWaiting(EditorCommand command) const override;
+    bool isChecked(EditorCommand command) const override;
+    bool isToggle(EditorCommand command) const override;
+    void perform(EditorCommand command) override;
+    QString shortcutText(EditorCommand command) const override;
+
+private:
+    void showAlert(AlertTone tone, const Question &question, std::function<void(std::size_t)> answer);
+    void documentChanged();
+    void dialogChanged();
+    void showWindow();
+    bool mayClose();
+
+    WindowServices services_;
+    std::unique_ptr<AudioDocument> document_;
+    std::unique_ptr<DocumentHostingView> view_;
+    std::optional<Dialog> shownDialog_;
+    int questionsOpen_ = 0;
+    bool isClosed_ = false;
+    bool wasFailed_ = false;
+    Subscription documentChanges_, modelChanges_, shortcutChanges_;
+};
+
+}  // namespace kiv

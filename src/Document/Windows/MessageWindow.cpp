@@ -1,0 +1,44 @@
+#include "Document/Windows/MessageWindow.h"
+
+#include <QScreen>
+#include <QWidget>
+
+#include "Editor/Views/AlertSheet.h"
+
+namespace kiv {
+
+namespace {
+
+constexpr int widest = 576;
+
+class MessageWindow : public QWidget {
+public:
+    MessageWindow(ViewStyle &style, const std::string &message, const std::string &informative)
+        : sheet_(style, AlertTone::error, {message, informative, {"OK"}}, [this](std::size_t) { close(); }, this) {
+        setWindowTitle("Kiv Audio Editor");
+        setAttribute(Qt::WA_DeleteOnClose);
+        setAccessibleName(QString::fromStdString(message));
+        sheet_.setInWindow();
+        setFixedSize(sheet_.sizeFor(widest));
+        sheet_.resize(size());
+        QPalette colors = palette();
+        colors.setColor(QPalette::Window, style.color(AudioEditorThemeColor::dialogBg));
+        setPalette(colors);
+        sheet_.takeFocus();
+    }
+
+private:
+    AlertSheet sheet_;
+};
+
+}  // namespace
+
+QWidget *showMessageWindow(ViewStyle &style, const std::string &message, const std::string &informative) {
+    auto *window = new MessageWindow(style, message, informative);
+    window->move(window->screen()->availableGeometry().center() - window->rect().center());
+    window->show();
+    window->raise();
+    return window;
+}
+
+}  // namespace kiv

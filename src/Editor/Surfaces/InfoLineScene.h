@@ -1,0 +1,68 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Editor/AudioEditorModel/AudioEditorModel.h"
+#include "Editor/Surfaces/WaveformHover.h"
+
+namespace kiv {
+
+// What the info line tells of the file itself.
+struct FileFacts {
+    std::string typeName;
+    std::string bits;
+    double sampleRate = 0;
+
+    friend bool operator==(const FileFacts &, const FileFacts &) = default;
+};
+
+// The values that turn into a field when clicked.
+enum class InfoField { cursor, selectionStart, selectionEnd, selectionLength };
+
+struct InfoText {
+    std::string text;
+    bool isLabel = false;
+    std::optional<InfoField> field;
+
+    friend bool operator==(const InfoText &, const InfoText &) = default;
+};
+
+// In the order in which they go when room is short; the places themselves never do.
+enum class InfoGroupKind { pointer, mode, format, place };
+
+struct InfoGroup {
+    InfoGroupKind kind;
+    std::vector<InfoText> texts;
+
+    friend bool operator==(const InfoGroup &, const InfoGroup &) = default;
+};
+
+struct InfoLineScene {
+    std::vector<InfoGroup> left, right;
+
+    friend bool operator==(const InfoLineScene &, const InfoLineScene &) = default;
+};
+
+InfoLineScene infoLineScene(const AudioEditorState &state, const std::optional<WaveformHover> &pointer, const FileFacts &facts);
+// The places at the left as one sentence, for a screen reader.
+std::string spokenPlaces(const InfoLineScene &scene);
+// "44.1 kHz"; "Mono", "Stereo", "6 channels".
+std::string rateText(double sampleRate);
+std::string channelsText(std::int64_t channels);
+
+struct PlacedInfoText {
+    InfoText text;
+    int x = 0, width = 0;
+};
+// Where the texts that find room stand in a line of the given width. `measure` gives a text's width.
+std::vector<PlacedInfoText> placedInfoTexts(const InfoLineScene &scene, int width,
+                                            const std::function<int(const InfoText &)> &measure);
+
+// The frame or length that a field shows, and what setting it does. Values are clamped as the model clamps them.
+std::int64_t infoFieldValue(const AudioEditorState &state, InfoField field);
+void setInfoField(AudioEditorModel &model, InfoField field, std::int64_t frames);
+
+}  // namespace kiv

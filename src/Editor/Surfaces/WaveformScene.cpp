@@ -1,0 +1,101 @@
+#include "Editor/Surfaces/WaveformScene.h"
+
+#include <cmath>
+
+#include "Editor/Surfaces/LevelSheetScene.h"
+#include "Editor/Surfaces/TimeMarks.h"
+
+namespace kiv {
+namespace {
+
+constexpr double stripReach = 7;  // logical pixels to both sides of a mark that has moved
+constexpr double playheadWidth = 2;
+
+// The factor by which an open dialog would scale the active range; none when it would not change it.
+std::optional<double> dialogFactor(const AudioEditorState &state, FrameRange active) {
+    double factor = 1;
+    if (state.dialog == Dialog::gain) factor = std::pow(10.0, state.gainDb / 20);
+    if (state.dialog == Dialog::normalize) {
+        const auto peak = double(peakOfRange(state.buffer, state.peaks, active));
+        if (peak > 0 && std::isfinite(peak)) factor = std::pow(10.0, state.normalizeDb / 20) / peak;
+    }
+    return factor == 1 ? std::nullopt : std::optional(factor);
+}
+
+std::optional<WaveformPreview> previewOf(const AudioEditorState &state, const WaveformGeometry &geometry) {
+    if (!state.dialog || state.buffer.isEmpty()) return std::nullopt;
+    const FrameRange active = state.selection.value_or(FrameRange{0, state.buffer.frames()});
+    const auto factor = dialogFactor(state, active);
+    if (!factor) return std::nullopt;
+    const PixelSpan columns{geometry.axis.columnOf(double(active.lo)), geometry.axis.columnOf(double(active.hi))};
+    return WaveformPreview{*factor, intersected(columns, {0, geometry.columns()})};
+}
+
+void addPreview(Damage &damage, const std::optional<WaveformPreview> &preview) {
+    if (preview && !preview->columns.isEmpty()) damage.strips.push_back(preview->columns);
+}
+
+void addHover(Damage &damage, const std::optional<int> &hover, int reach) {
+    if (hover) damage.add(*hover, reach);
+}
+
+PixelSpan lineAt(int column, int width) { return {column, column + width}; }
+
+}  // namespace
+
+WaveformScene waveformScene(const AudioEditorState &state, ViewSize size, const WaveformViewState &view) {
+    WaveformScene scene;
+    scene.geometry = waveformGeometry(state, size);
+    scene.generation = state.generation;
+    scene.powersRevision = view.powersRevision;
+    scene.isEmpty = state.buffer.isEmpty();
+    scene.timeLines = timeLines(state, scene.geometry.axis, scene.geometry.columns(), size.scale);
+    scene.marks = viewMarks(state, scene.geometry.axis, scene.geometry.columns());
+    scene.preview = previewOf(state, scene.geometry);
+    if (view.pointer) scene.pointed = hoverAt(scene.geometry, view.pointer->x, view.pointer->y, state.buffer.frames());
+    if (view.pointer && !view.isDragging) scene.hover = pixelAt(view.pointer->x);
+    scene.dropFrame = view.dropFrame;
+    return scene;
+}
+
+Damage waveformDamage(const WaveformScene &before, const WaveformScene &now) {
+    Damage damage;
+    damage.everything = before.geometry != now.geometry || before.generation != now.generation ||
+                        before.powersRevision != now.powersRevision || before.timeLines != now.timeLines ||
+                        before.dropFrame != now.dropFrame;
+    if (damage.everything || before == now) return damage;
+    const int reach = devicePixels(stripReach, now.geometry.size.scale);
+    addMarksDamage(damage, before.marks, now.marks, reach);
+    if (before.preview != now.preview) {
+        addPreview(damage, before.preview);
+        addPreview(damage, now.preview);
+    }
+    if (before.hover != now.hover) {
+        addHover(damage, before.hover, reach);
+        addHover(damage, now.hover, reach);
+    }
+    return damage;
+}
+
+std::vector<OverlayLine> overlayLines(const WaveformScene &scene) {
+    using Kind = OverlayLine::Kind;
+    const double scale = scene.geometry.size.scale;
+    const int hair = hairline(scale), thick = devicePixels(playheadWidth, scale);
+    const ViewMarks &marks = scene.marks;
+    std::vector<OverlayLine> lines;
+    if (marks.loop) {
+        lines.push_back({Kind::loop, lineAt(marks.loop->lo, hair)});
+        lines.push_back({Kind::loop, lineAt(marks.loop->hi, hair)});
+    }
+    for (const int marker : marks.markers) lines.push_back({Kind::marker, lineAt(marker, hair)});
+    if (marks.selection) {
+        lines.push_back({Kind::selectionEdge, lineAt(marks.selection->lo, hair)});
+        lines.push_back({Kind::selectionEdge, lineAt(marks.selection->hi - hair, hair)});
+    }
+    lines.push_back({Kind::cursor, lineAt(marks.cursor, hair)});
+    for (const int head : marks.playheads) lines.push_back({Kind::playhead, lineAt(head - thick / 2, thick)});
+    if (scene.hover) lines.push_back({Kind::hover, lineAt(*scene.hover, hair)});
+    return lines;
+}
+
+}  // namespace kiv

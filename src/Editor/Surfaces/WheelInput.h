@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Editor/AudioEditorModel/AudioEditorModel.h"
+#include "Editor/Surfaces/Pointer.h"
+
+namespace kiv {
+
+// Wheel, touchpad and pinch, the same over waveform, ruler and overview: zoom at the pointer, scroll, vertical zoom.
+class WheelInput {
+public:
+    explicit WheelInput(AudioEditorModel &model) : model_(model) {}
+
+    // Over the waveform and its ruler: x of width is the place that zooming keeps.
+    void turn(const WheelTurn &turn, double x, double width);
+    void pinch(double factor, double x, double width);
+    // Over the overview: zooming is around the frame there.
+    void turnAround(const WheelTurn &turn, double frame);
+    void pinchAround(double factor, double frame);
+    // Whatever is held: over the level gutter.
+    void turnVertical(double notches);
+
+private:
+    template <class Zoom>
+    void apply(const WheelTurn &turn, Zoom zoom);
+    void scroll(double notches);
+
+    AudioEditorModel &model_;
+    double verticalRest_ = 0;  // parts of a notch not yet acted upon
+};
+
+}  // namespace kiv

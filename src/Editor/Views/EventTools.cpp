@@ -1,0 +1,93 @@
+#include "Editor/Views/EventTools.h"
+
+#include <QBasicTimer>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QNativeGestureEvent>
+#include <QStyleHints>
+#include <QWheelEvent>
+#include <QWidget>
+
+namespace kiv {
+namespace {
+
+constexpr double unitsPerNotch = 120;
+
+Qt::CursorShape cursorShape(PointerShape shape) {
+    switch (shape) {
+        case PointerShape::textBeam:
+            return Qt::IBeamCursor;
+        case PointerShape::horizontalSize:
+            return Qt::SizeHorCursor;
+        case PointerShape::openHand:
+            return Qt::OpenHandCursor;
+        case PointerShape::closedHand:
+            return Qt::ClosedHandCursor;
+        case PointerShape::arrow:
+            break;
+    }
+    return Qt::ArrowCursor;
+}
+
+}  // namespace
+
+Modifiers modifiersOf(Qt::KeyboardModifiers modifiers) {
+    return {modifiers.testFlag(Qt::ShiftModifier), modifiers.testFlag(Qt::ControlModifier)};
+}
+
+PointerEvent pointerEvent(const QMouseEvent &event, double scale) {
+    return {event.position().x() * scale, event.position().y() * scale, modifiersOf(event.modifiers())};
+}
+
+WheelTurn wheelTurn(const QWheelEvent &event) {
+    return {event.angleDelta().y() / unitsPerNotch, event.angleDelta().x() / unitsPerNotch, modifiersOf(event.modifiers())};
+}
+
+int clicks(ClickCounter &counter, const QMouseEvent &event, double scale) {
+    const QStyleHints *hints = QGuiApplication::styleHints();
+    return counter.press(double(event.timestamp()), event.position().x() * scale, event.position().y() * scale,
+                         hints->mouseDoubleClickInterval(), hints->mouseDoubleClickDistance() * scale);
+}
+
+std::optional<ViewKey> viewKey(const QKeyEvent &event) {
+    switch (event.key()) {
+        case Qt::Key_Left:
+            return ViewKey::left;
+        case Qt::Key_Right:
+            return ViewKey::right;
+        case Qt::Key_Home:
+            return ViewKey::home;
+        case Qt::Key_End:
+            return ViewKey::end;
+        case Qt::Key_PageUp:
+            return ViewKey::pageUp;
+        case Qt::Key_PageDown:
+            return ViewKey::pageDown;
+        case Qt::Key_Up:
+            return ViewKey::up;
+        case Qt::Key_Down:
+            return ViewKey::down;
+        default:
+            return std::nullopt;
+    }
+}
+
+double pinchFactor(const QEvent &event) {
+    if (event.type() != QEvent::NativeGesture) return 1;
+    const auto &gesture = static_cast<const QNativeGestureEvent &>(event);
+    return gesture.gestureType() == Qt::ZoomNativeGesture ? 1 + gesture.value() : 1;
+}
+
+void runWhile(bool wanted, QBasicTimer &timer, int milliseconds, QObject &receiver) {
+    if (!wanted)
+        timer.stop();
+    else if (!timer.isActive())
+        timer.start(milliseconds, &receiver);
+}
+
+void setShape(QWidget &widget, PointerShape shape) {
+    if (widget.cursor().shape() != cursorShape(shape)) widget.setCursor(cursorShape(shape));
+}
+
+}  // namespace kiv

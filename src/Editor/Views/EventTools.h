@@ -1,0 +1,32 @@
+#pragma once
+
+#include <Qt>
+#include <optional>
+
+#include "Editor/Surfaces/Pointer.h"
+
+class QBasicTimer;
+class QKeyEvent;
+class QMouseEvent;
+class QWheelEvent;
+class QEvent;
+class QObject;
+class QWidget;
+
+// Events as the plain values that surfaces take.
+namespace kiv {
+
+Modifiers modifiersOf(Qt::KeyboardModifiers modifiers);
+PointerEvent pointerEvent(const QMouseEvent &event, double scale);
+WheelTurn wheelTurn(const QWheelEvent &event);
+// Which of quick successive presses this is.
+int clicks(ClickCounter &counter, const QMouseEvent &event, double scale);
+std::optional<ViewKey> viewKey(const QKeyEvent &event);
+// The factor of a pinch, or none: 1.
+double pinchFactor(const QEvent &event);
+// Starts or stops a timer, whichever it is not doing yet.
+void runWhile(bool wanted, QBasicTimer &timer, int milliseconds, QObject &receiver);
+// Sets the shape if it is not the widget's already.
+void setShape(QWidget &widget, PointerShape shape);
+
+}  // namespace kiv

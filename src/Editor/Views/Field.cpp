@@ -1,0 +1,134 @@
+#include "Editor/Views/Field.h"
+
+#include <QFontMetricsF>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPalette>
+#include <cmath>
+
+#include "Editor/Views/CrispPainting.h"
+#include "Editor/Views/Menu.h"
+
+namespace kiv {
+
+namespace {
+
+using Role = AudioEditorThemeColor;
+
+constexpr int beforeUnit = 6;
+constexpr double boxRadius = 6;
+constexpr int notch = 120;  // of a wheel, in eighths of a degree
+
+}  // namespace
+
+Field::Field(ViewStyle &style, FieldContent content, QWidget *parent) : QLineEdit(parent), style_(style), content_(content) {
+    setFrame(false);
+    setAttribute(Qt::WA_MacShowFocusRect, false);
+    setAlignment((isNumber() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+    styleChanges_ = style.changed.add([this](const ViewStyle &) { applyStyle(); });
+    applyStyle();
+}
+
+void Field::setUnit(const QString &unit) {
+    unit_ = unit;
+    applyStyle();
+}
+
+void Field::setType(int pixels, QFont::Weight weight) {
+    pixels_ = pixels;
+    weight_ = weight;
+    applyStyle();
+}
+
+void Field::setPadding(int padding) {
+    padding_ = padding;
+    applyStyle();
+}
+
+void Field::setBackground(Rgba background) {
+    background_ = background;
+    applyStyle();
+}
+
+void Field::setReadable(bool isReadable) {
+    if (isReadable == isReadable_) return;
+    isReadable_ = isReadable;
+    update();
+}
+
+void Field::applyStyle() {
+    setFont(style_.font(pixels_, weight_));
+    const double unit = unit_.isEmpty() ? 0 : QFontMetricsF(style_.font(pixels_)).horizontalAdvance(unit_) + beforeUnit;
+    setTextMargins(frame + padding_ - 2, frame, frame + padding_ - 2 + int(std::lround(unit)), frame);
+    QPalette colors = palette();
+    colors.setColor(QPalette::Base, Qt::transparent);
+    colors.setColor(QPalette::Text, style_.color(background_ ? Role::topbarButtonText : Role::dialogText));
+    colors.setColor(QPalette::Highlight, style_.color(Role::accentBg));
+    colors.setColor(QPalette::HighlightedText, style_.color(Role::accentFg));
+    setPalette(colors);
+}
+
+void Field::paintEvent(QPaintEvent *event) {
+    {
+        QPainter painter(this);
+        const ThemeColors &colors = style_.colors();
+        const QColor fill = toColor(background_.value_or(colors.field));
+        const QRectF box = QRectF(rect()).adjusted(frame, frame, -frame, -frame);
+        const Rgba edge = !isReadable_ ? colors.over : hasFocus() ? colors[Role::accentBg] : colors.fieldBorder;
+        if (hasFocus()) {
+            paintBox(painter, rect(), boxRadius + frame, toColor(edge));
+            paintBox(painter, box, boxRadius, fill);
+        } else {
+            paintBox(painter, box, boxRadius, fill, toColor(edge));
+        }
+        painter.setFont(style_.font(pixels_));
+        painter.setPen(toColor(background_ ? colors.dim : colors.dialogDim));
+        painter.drawText(box.adjusted(padding_, 0, -padding_, 0), Qt::AlignRight | Qt::AlignVCenter, unit_);
+    }
+    QLineEdit::paintEvent(event);
+}
+
+void Field::keyPressEvent(QKeyEvent *event) {
+    const bool isSmall = event->modifiers() & Qt::ShiftModifier;
+    switch (event->key()) {
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            if (onEnter) return onEnter();
+            break;
+        case Qt::Key_Escape:
+            if (onEscape) return onEscape();
+            break;
+        case Qt::Key_Up:
+        case Qt::Key_Down:
+            if (onStep) return onStep(event->key() == Qt::Key_Up ? 1 : -1, isSmall);
+            break;
+        default: break;
+    }
+    QLineEdit::keyPressEvent(event);
+}
+
+void Field::wheelEvent(QWheelEvent *event) {
+    if (!onStep) return QLineEdit::wheelEvent(event);
+    // Some desktops turn Shift and wheel into a sideways one.
+    wheelRest_ += event->angleDelta().y() != 0 ? event->angleDelta().y() : event->angleDelta().x();
+    const bool isSmall = event->modifiers() & Qt::ShiftModifier;
+    for (; wheelRest_ >= notch; wheelRest_ -= notch) onStep(1, isSmall);
+    for (; wheelRest_ <= -notch; wheelRest_ += notch) onStep(-1, isSmall);
+    event->accept();
+}
+
+void Field::contextMenuEvent(QContextMenuEvent *event) {
+    auto *menu = new Menu(style_, this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const auto add = [&](const QString &text, bool isEnabled, auto act) {
+        menu->addAction(text, this, act)->setEnabled(isEnabled);
+    };
+    add("Cut", hasSelectedText(), [this] { cut(); });
+    add("Copy", hasSelectedText(), [this] { copy(); });
+    add("Paste", true, [this] { paste(); });
+    menu->addSeparator();
+    add("Select All", !text().isEmpty(), [this] { selectAll(); });
+    menu->popup(event->globalPos());
+}
+
+}  // namespace kiv

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QLineEdit>
+#include <functional>
+
+#include "Editor/Views/ViewStyle.h"
+
+namespace kiv {
+
+enum class FieldContent { number, text };
+
+// A text field of our own look: numbers stand at the right with their unit after them, texts at the left. It is two pixels
+// larger on every side than the box one sees, for the frame that it wears while it is edited.
+class Field : public QLineEdit {
+public:
+    Field(ViewStyle &style, FieldContent content, QWidget *parent = nullptr);
+
+    static constexpr int frame = 2;
+
+    bool isNumber() const { return content_ == FieldContent::number; }
+    void setUnit(const QString &unit);
+    // The type of what is typed, 13 medium unless told otherwise.
+    void setType(int pixels, QFont::Weight weight);
+    // What stays free before a text and after a unit; 10 unless told otherwise.
+    void setPadding(int padding);
+    // On the bar and not in a sheet.
+    void setBackground(Rgba background);
+    // Whether what is typed makes sense; if not, the frame says so.
+    void setReadable(bool isReadable);
+
+    // Keys that are not text; a step is +1 or −1, small with Shift.
+    std::function<void()> onEnter, onEscape;
+    std::function<void(int step, bool isSmall)> onStep;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+
+private:
+    void applyStyle();
+
+    ViewStyle &style_;
+    FieldContent content_;
+    QString unit_;
+    int pixels_ = 13;
+    int padding_ = 10;
+    QFont::Weight weight_ = QFont::Medium;
+    std::optional<Rgba> background_;
+    bool isReadable_ = true;
+    int wheelRest_ = 0;
+    Subscription styleChanges_;
+};
+
+}  // namespace kiv

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QWidget>
+#include <map>
+
+#include "Editor/Surfaces/InfoLineScene.h"
+#include "Editor/Views/ValueButton.h"
+
+namespace kiv {
+
+// The line at the foot of the window: cursor or selection, what is under the pointer, and what kind of file it is.
+class InfoLine : public QWidget {
+public:
+    InfoLine(AudioEditorModel &model, ViewStyle &style, QWidget *parent);
+
+    void setPointer(std::optional<WaveformHover> pointer);
+    void setFacts(const FileFacts &facts);
+    int lineHeight() const { return style_.grown(28); }
+    const InfoLineScene &scene() const { return scene_; }
+    ValueButton *value(InfoField field) const { return values_.at(field); }
+
+    std::function<void()> onLeft;                       // a field of the line has closed
+    std::function<void(const QString &)> onSpokenText;  // the places in words, when they have changed
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void makeValues();
+    void refresh();
+    void layOut();
+    bool enter(InfoField field, const std::string &typed);
+    QFont fontOf(const InfoText &text) const;
+
+    AudioEditorModel &model_;
+    ViewStyle &style_;
+    std::optional<WaveformHover> pointer_;
+    FileFacts facts_;
+    InfoLineScene scene_;
+    std::vector<PlacedInfoText> placed_;
+    std::map<InfoField, ValueButton *> values_;
+    Subscription modelChanges_, styleChanges_;
+};
+
+}  // namespace kiv

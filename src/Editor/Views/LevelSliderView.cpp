@@ -1,0 +1,131 @@
+#include "Editor/Views/LevelSliderView.h"
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QSignalBlocker>
+#include <QWheelEvent>
+#include <cmath>
+
+#include "Editor/Surfaces/DecibelText.h"
+#include "Editor/Views/CrispPainting.h"
+
+namespace kiv {
+
+namespace {
+
+using Role = AudioEditorThemeColor;
+
+constexpr double trackY = 15;  // the middle of the track, from the top
+constexpr double trackHalf = 2;
+constexpr double thumbRadius = 8, thumbHole = 2.75;
+constexpr double tickTop = 23, tickHeight = 4;
+constexpr double labelMiddle = 34;
+constexpr int notch = 120;
+
+int tenths(double db) { return int(std::lround(db * 10)); }
+
+void paintTrack(QPainter &painter, const QRectF &rect, const LevelSlider &slider, double value, const ViewStyle &style) {
+    const ThemeColors &colors = style.colors();
+    const double y = rect.top() + trackY - trackHalf;
+    const QColor track = toColor(mix(colors[Role::dialogBg], colors[Role::dialogText], 0.224));
+    const double from = rect.left() + slider.left - trackHalf;
+    paintBox(painter, QRectF(from, y, slider.width + 2 * trackHalf, 2 * trackHalf), trackHalf, track);
+    const double origin = rect.left() + (slider.origin == slider.lo ? slider.left - trackHalf : slider.x(slider.origin));
+    const double at = rect.left() + slider.x(value);
+    if (at != origin)
+        paintBox(painter, QRectF(QPointF(std::min(at, origin), y), QPointF(std::max(at, origin), y + 2 * trackHalf)),
+                 slider.origin == slider.lo ? trackHalf : 0, toColor(colors[Role::accentBg]));
+    painter.setFont(style.font(11));
+    for (int tick = 0; tick < slider.ticks; ++tick) {
+        const double x = rect.left() + slider.x(slider.tickValue(tick));
+        fillCrisp(painter, QRectF(x - 1, rect.top() + tickTop, 2, tickHeight), track);
+        painter.setPen(toColor(colors.dialogDim));
+        painter.drawText(QRectF(x - 30, rect.top() + labelMiddle - 10, 60, 20), Qt::AlignCenter,
+                         QString::fromStdString(slider.tickLabel(tick)));
+    }
+}
+
+}  // namespace
+
+void paintLevelSlider(QPainter &painter, const QRectF &rect, const LevelSlider &slider, double value, const ViewStyle &style) {
+    paintTrack(painter, rect, slider, value, style);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    const QPointF thumb(rect.left() + slider.x(value), rect.top() + trackY);
+    painter.setBrush(style.color(Role::dialogText));
+    painter.drawEllipse(thumb, thumbRadius, thumbRadius);
+    painter.setBrush(style.color(Role::dialogBg));
+    painter.drawEllipse(thumb, thumbHole, thumbHole);
+}
+
+LevelSliderView::LevelSliderView(ViewStyle &style, const LevelSlider &slider, QWidget *parent)
+    : QSlider(Qt::Horizontal, parent), style_(style), slider_(slider) {
+    setRange(tenths(slider.lo), tenths(slider.hi));
+    setSingleStep(tenths(levelStepDb));
+    setFocusPolicy(Qt::TabFocus);
+    // From an assistive tool; our own changes come through setLevel.
+    connect(this, &QSlider::valueChanged, this, [this](int value) { choose(value / 10.0); });
+}
+
+void LevelSliderView::setLevel(double db) {
+    if (db == level_) return;
+    level_ = db;
+    {
+        const QSignalBlocker quiet(this);
+        setValue(tenths(db));
+    }
+    setAccessibleDescription(QString::fromStdString(decibelText(db)));
+    update();
+}
+
+void LevelSliderView::choose(double db) {
+    if (onLevel) onLevel(db);
+}
+
+void LevelSliderView::resizeEvent(QResizeEvent *) {
+    slider_.left = beside;
+    slider_.width = std::max(1, width() - 2 * beside);
+}
+
+void LevelSliderView::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    paintLevelSlider(painter, rect(), slider_, level_, style_);
+}
+
+void LevelSliderView::mousePressEvent(QMouseEvent *event) {
+    if (event->button() != Qt::LeftButton) return;
+    setSliderDown(true);
+    choose(slider_.value(event->position().x()));
+}
+
+void LevelSliderView::mouseMoveEvent(QMouseEvent *event) {
+    if (isSliderDown()) choose(slider_.value(event->position().x()));
+}
+
+void LevelSliderView::mouseReleaseEvent(QMouseEvent *) { setSliderDown(false); }
+
+void LevelSliderView::mouseDoubleClickEvent(QMouseEvent *) { choose(0); }
+
+void LevelSliderView::wheelEvent(QWheelEvent *event) {
+    const bool isSmall = event->modifiers() & Qt::ShiftModifier;
+    wheelRest_ += event->angleDelta().y() != 0 ? event->angleDelta().y() : event->angleDelta().x();
+    for (; std::abs(wheelRest_) >= notch; wheelRest_ -= wheelRest_ > 0 ? notch : -notch)
+        if (onStep) onStep(wheelRest_ > 0 ? 1 : -1, isSmall);
+    event->accept();
+}
+
+void LevelSliderView::keyPressEvent(QKeyEvent *event) {
+    const bool isSmall = event->modifiers() & Qt::ShiftModifier;
+    switch (event->key()) {
+        case Qt::Key_Left:
+        case Qt::Key_Down: return onStep ? onStep(-1, isSmall) : void();
+        case Qt::Key_Right:
+        case Qt::Key_Up: return onStep ? onStep(1, isSmall) : void();
+        case Qt::Key_Home: return choose(slider_.lo);
+        case Qt::Key_End: return choose(slider_.hi);
+        default: event->ignore();
+    }
+}
+
+}  // namespace kiv

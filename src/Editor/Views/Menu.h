@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QMenu>
+#include <QMenuBar>
+
+#include "Editor/Views/ViewStyle.h"
+
+namespace kiv {
+
+// A menu of our own look: rows with the shortcut at the right, a check mark before what is on. Needs KivStyle for its measures.
+class Menu : public QMenu {
+public:
+    explicit Menu(const ViewStyle &style, QWidget *parent = nullptr);
+    Menu(const ViewStyle &style, const QString &title, QWidget *parent);
+
+    static constexpr int padding = 6;
+
+    // What stands at the right of an action; nothing is bound to it.
+    void setShortcutText(QAction *action, const QString &text);
+    int rowHeight(bool isSeparator) const;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void actionEvent(QActionEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+
+private:
+    QRect panel() const;
+    void updateWidth();
+    void paintSurroundings(QPainter &painter, const QRect &changed) const;
+    void paintRow(QPainter &painter, const QRectF &row, QAction *action) const;
+
+    const ViewStyle &style_;
+};
+
+class MenuBar : public QMenuBar {
+public:
+    explicit MenuBar(const ViewStyle &style, QWidget *parent = nullptr);
+
+    static constexpr int padding = 6;
+
+    Menu *addOwnMenu(const QString &title);
+    QSize itemSize(const QString &text) const;
+    // Drops the first menu down, for F10.
+    void open();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    const ViewStyle &style_;
+};
+
+}  // namespace kiv

@@ -1,0 +1,101 @@
+#include "Editor/Views/RulerView.h"
+
+#include <QMouseEvent>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QWheelEvent>
+
+#include "Editor/Surfaces/RulerInput.h"
+#include "Editor/Surfaces/WheelInput.h"
+#include "Editor/Views/EventTools.h"
+#include "Editor/Views/RulerPainter.h"
+
+namespace kiv {
+
+struct RulerView::Parts {
+    Parts(AudioEditorModel &aModel, ViewStyle &aStyle) : model(aModel), style(aStyle), input(aModel), wheel(aModel) {}
+
+    AudioEditorModel &model;
+    ViewStyle &style;
+    RulerInput input;
+    WheelInput wheel;
+    ClickCounter clicks;
+    RulerScene scene;
+    TextCache texts;
+    Subscription modelChanges, styleChanges;
+};
+
+RulerView::RulerView(AudioEditorModel &model, ViewStyle &style, QWidget *parent)
+    : QWidget(parent), parts_(std::make_unique<Parts>(model, style)) {
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setAccessibleName("Time ruler");
+    takeStyle();
+    parts_->modelChanges = model.observers.add([this](const Changes &) { refresh(); });
+    parts_->styleChanges = style.changed.add([this](const ViewStyle &) { takeStyle(); });
+}
+
+RulerView::~RulerView() = default;
+
+void RulerView::takeStyle() {
+    setFixedHeight(parts_->style.grown(rulerHeight) + markerLaneHeight);
+    update();
+}
+
+void RulerView::refresh() {
+    const ViewSize size{double(width()), double(height()), devicePixelRatioF()};
+    RulerScene scene = rulerScene(parts_->model.state(), size, parts_->scene);
+    const Damage damage = rulerDamage(parts_->scene, scene);
+    parts_->scene = std::move(scene);
+    const int left = parts_->scene.geometry.left;
+    if (damage.everything) update();
+    for (const PixelSpan &strip : damage.strips) update(toLogical({strip.lo + left, strip.hi + left}, height(), size.scale));
+}
+
+void RulerView::paintEvent(QPaintEvent *event) {
+    if (parts_->scene.geometry.size.scale != devicePixelRatioF()) refresh();
+    QPainter painter(this);
+    useDevicePixels(painter);
+    for (const QRect &rect : event->region())
+        paintRuler(painter, parts_->scene, parts_->style, parts_->texts, toDevice(rect, parts_->scene.geometry.size.scale));
+}
+
+void RulerView::resizeEvent(QResizeEvent *) { refresh(); }
+
+void RulerView::mousePressEvent(QMouseEvent *event) {
+    if (event->button() != Qt::LeftButton) return;
+    const double scale = devicePixelRatioF();
+    parts_->input.press(pointerEvent(*event, scale), clicks(parts_->clicks, *event, scale), parts_->scene.geometry);
+}
+
+void RulerView::mouseDoubleClickEvent(QMouseEvent *event) { mousePressEvent(event); }
+
+void RulerView::mouseMoveEvent(QMouseEvent *event) {
+    parts_->input.move(pointerEvent(*event, devicePixelRatioF()), parts_->scene.geometry);
+    setShape(*this, parts_->input.shape());
+}
+
+void RulerView::mouseReleaseEvent(QMouseEvent *event) {
+    if (event->button() == Qt::LeftButton) parts_->input.release();
+    setShape(*this, parts_->input.shape());
+}
+
+void RulerView::wheelEvent(QWheelEvent *event) {
+    parts_->wheel.turn(wheelTurn(*event), event->position().x() - gutterWidth, width() - gutterWidth);
+}
+
+bool RulerView::event(QEvent *event) {
+    if (const double factor = pinchFactor(*event); factor != 1) {
+        const double x = static_cast<QSinglePointEvent *>(event)->position().x();
+        parts_->wheel.pinch(factor, x - gutterWidth, width() - gutterWidth);
+        return true;
+    }
+    return QWidget::event(event);
+}
+
+bool RulerView::cancelDrag() {
+    const bool dragged = parts_->input.cancel();
+    setShape(*this, parts_->input.shape());
+    return dragged;
+}
+
+}  // namespace kiv

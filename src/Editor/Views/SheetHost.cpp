@@ -1,0 +1,88 @@
+#include "Editor/Views/SheetHost.h"
+
+#include <QEasingCurve>
+#include <cmath>
+
+namespace kiv {
+
+namespace {
+
+constexpr int slideMs = 120;
+constexpr double sheetRadius = 10;
+constexpr int beside = 16;  // kept free at both sides
+
+}  // namespace
+
+SheetHost::SheetHost(ViewStyle &style, QWidget *window)
+    : style_(style), clip_(new QWidget(window)), shadow_(new FloatShadow(style, sheetRadius, Corners::bottom, window)) {
+    clip_->hide();
+    shadow_->hide();
+    slide_.setDuration(slideMs);
+    slide_.setStartValue(0.0);
+    slide_.setEndValue(1.0);
+    slide_.setEasingCurve(QEasingCurve::OutCubic);
+    QObject::connect(&slide_, &QVariantAnimation::valueChanged, clip_,
+                     [this](const QVariant &value) { place(value.toDouble()); });
+}
+
+SheetHost::~SheetHost() = default;
+
+void SheetHost::show(std::unique_ptr<Sheet> sheet) {
+    waiting_.push_back(std::move(sheet));
+    if (!sheet_) showNext();
+}
+
+void SheetHost::showNext() {
+    sheet_ = waiting_.front().release();
+    waiting_.pop_front();
+    sheet_->setParent(clip_);
+    sheet_->onWheel = onWheel;
+    sheet_->show();
+    shadow_->show();
+    shadow_->raise();
+    clip_->show();
+    clip_->raise();
+    if (style_.reducesMotion() || !clip_->window()->isVisible()) {
+        place(1);
+    } else {
+        place(0);
+        slide_.start();
+    }
+    sheet_->takeFocus();
+    if (onShown) onShown(*sheet_);
+}
+
+void SheetHost::dismiss() {
+    if (!sheet_) return;
+    slide_.stop();
+    sheet_->hide();
+    sheet_->deleteLater();
+    sheet_ = nullptr;
+    if (!waiting_.empty()) return showNext();
+    clip_->hide();
+    shadow_->hide();
+    if (onGone) onGone();
+}
+
+void SheetHost::dismissAll() {
+    waiting_.clear();
+    dismiss();
+}
+
+void SheetHost::setRoom(int top, int width) {
+    top_ = top;
+    width_ = width;
+    if (sheet_) place(shown_);
+}
+
+void SheetHost::place(double progress) {
+    shown_ = progress;
+    const QSize size = sheet_->sizeFor(width_ - 2 * beside);
+    const int visible = int(std::lround(size.height() * progress));
+    const QRect box((width_ - size.width()) / 2, top_, size.width(), visible);
+    clip_->setGeometry(box);
+    sheet_->setGeometry(0, visible - size.height(), size.width(), size.height());
+    shadow_->surround(box, top_ - 1);  // its edge lies on the bar's last row
+}
+
+}  // namespace kiv

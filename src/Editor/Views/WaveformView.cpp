@@ -1,0 +1,148 @@
+#include "Editor/Views/WaveformView.h"
+
+#include <QBasicTimer>
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QTimerEvent>
+#include <QWheelEvent>
+#include <utility>
+
+#include "Editor/Surfaces/PlayheadFollower.h"
+#include "Editor/Surfaces/WaveformInput.h"
+#include "Editor/Surfaces/WheelInput.h"
+#include "Editor/Views/EventTools.h"
+#include "Editor/Views/WaveformPainter.h"
+
+namespace kiv {
+namespace {
+
+constexpr int scrollInterval = 16;  // milliseconds
+
+}  // namespace
+
+struct WaveformView::Parts {
+    Parts(AudioEditorModel &aModel, ViewStyle &aStyle, WaveformRms &aRms)
+        : model(aModel), style(aStyle), rms(aRms), input(aModel), wheel(aModel), follower(aModel) {}
+
+    AudioEditorModel &model;
+    ViewStyle &style;
+    WaveformRms &rms;
+    WaveformInput input;
+    WheelInput wheel;
+    PlayheadFollower follower;
+    ClickCounter clicks;
+    QBasicTimer scrolling;  // runs only while a selection is dragged past a side
+    WaveformViewState view;
+    WaveformScene scene;
+    WaveformPixels pixels;
+    TextCache texts;
+    Subscription modelChanges, rmsChanges, styleChanges;
+};
+
+WaveformView::WaveformView(AudioEditorModel &model, ViewStyle &style, WaveformRms &rms, QWidget *parent)
+    : QWidget(parent), parts_(std::make_unique<Parts>(model, style, rms)) {
+    setFocusPolicy(Qt::StrongFocus);
+    setMouseTracking(true);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setAccessibleName("Waveform");
+    setShape(*this, PointerShape::textBeam);
+    parts_->modelChanges = model.observers.add([this](const Changes &) { refresh(); });
+    parts_->rmsChanges = rms.completed.add([this](const WaveformRms &) { refresh(); });
+    parts_->styleChanges = style.changed.add([this](const ViewStyle &) { update(); });
+}
+
+WaveformView::~WaveformView() = default;
+
+void WaveformView::refresh() {
+    const double scale = devicePixelRatioF();
+    parts_->view.powersRevision = parts_->rms.revision();
+    parts_->view.isDragging = parts_->input.isDragging();
+    const WaveformScene before = std::exchange(
+        parts_->scene, waveformScene(parts_->model.state(), {double(width()), double(height()), scale}, parts_->view));
+    const Damage damage = waveformDamage(before, parts_->scene);
+    if (damage.everything) update();
+    for (const PixelSpan &strip : damage.strips) update(toLogical(strip, height(), scale));
+    if (onHover && before.pointed != parts_->scene.pointed) onHover(parts_->scene.pointed);
+}
+
+void WaveformView::paintEvent(QPaintEvent *event) {
+    if (parts_->scene.geometry.size.scale != devicePixelRatioF()) refresh();
+    parts_->pixels.update(soundSource(parts_->model.state(), parts_->rms), parts_->scene, parts_->style.colors());
+    QPainter painter(this);
+    useDevicePixels(painter);
+    for (const QRect &rect : event->region())
+        paintWaveform(painter, parts_->scene, parts_->pixels, parts_->style, parts_->texts,
+                      toDevice(rect, parts_->scene.geometry.size.scale));
+}
+
+void WaveformView::mousePressEvent(QMouseEvent *event) {
+    const PointerEvent at = pointerEvent(*event, devicePixelRatioF());
+    WaveformInput &input = parts_->input;
+    if (event->button() == Qt::LeftButton && !input.isDragging())
+        input.press(at, clicks(parts_->clicks, *event, devicePixelRatioF()), parts_->scene.geometry);
+    if (event->button() == Qt::MiddleButton) input.pressMiddle(at, parts_->scene.geometry);
+    if (event->button() == Qt::RightButton) input.pressRight(at, parts_->scene.geometry);
+    setShape(*this, parts_->input.shape(at, parts_->scene.geometry));
+}
+
+void WaveformView::mouseMoveEvent(QMouseEvent *event) {
+    const PointerEvent at = pointerEvent(*event, devicePixelRatioF());
+    parts_->input.move(at, parts_->scene.geometry);
+    setShape(*this, parts_->input.shape(at, parts_->scene.geometry));
+    runWhile(parts_->input.scrollSpeed(parts_->scene.geometry) != 0, parts_->scrolling, scrollInterval, *this);
+    const bool isOver = rect().contains(event->position().toPoint());
+    parts_->view.pointer = isOver ? std::optional(at) : std::nullopt;
+    refresh();
+}
+
+void WaveformView::mouseReleaseEvent(QMouseEvent *event) {
+    if (event->buttons() & (Qt::LeftButton | Qt::MiddleButton)) return;
+    parts_->scrolling.stop();
+    parts_->input.release();
+    refresh();
+    setShape(*this, parts_->input.shape(pointerEvent(*event, devicePixelRatioF()), parts_->scene.geometry));
+}
+
+void WaveformView::timerEvent(QTimerEvent *) { parts_->input.scroll(scrollInterval / 1000.0, parts_->scene.geometry); }
+
+void WaveformView::contextMenuEvent(QContextMenuEvent *event) {
+    if (onContextMenu && !parts_->input.isDragging()) onContextMenu(event->globalPos());
+}
+
+void WaveformView::leaveEvent(QEvent *) {
+    parts_->view.pointer.reset();
+    refresh();
+}
+
+void WaveformView::wheelEvent(QWheelEvent *event) { parts_->wheel.turn(wheelTurn(*event), event->position().x(), width()); }
+
+void WaveformView::keyPressEvent(QKeyEvent *event) {
+    if (const auto key = viewKey(*event))
+        parts_->input.key(*key, modifiersOf(event->modifiers()), parts_->scene.geometry);
+    else
+        QWidget::keyPressEvent(event);
+}
+
+bool WaveformView::event(QEvent *event) {
+    if (const double factor = pinchFactor(*event); factor != 1) {
+        const auto place = static_cast<QSinglePointEvent *>(event)->position();
+        parts_->wheel.pinch(factor, place.x(), width());
+        return true;
+    }
+    return QWidget::event(event);
+}
+
+bool WaveformView::cancelDrag() {
+    parts_->scrolling.stop();
+    return parts_->input.cancel();
+}
+
+void WaveformView::setDropFrame(bool shown) {
+    parts_->view.dropFrame = shown;
+    refresh();
+}
+
+}  // namespace kiv

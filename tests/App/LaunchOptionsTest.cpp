@@ -1,0 +1,20 @@
+#include "App/LaunchOptions.h"
+
+#include <gtest/gtest.h>
+
+namespace kiv {
+namespace {
+
+TEST(LaunchOptions, FilesAndOptions) {
+    const LaunchOptions options = parseArguments({"a.wav", "--paint-report", "file:///music/b%20c.wav", "-", "--", "--help"});
+    EXPECT_EQ(options.files, (std::vector<std::string>{"a.wav", "/music/b c.wav", "-", "--help"}));
+    EXPECT_TRUE(options.reportsPainting);
+    EXPECT_FALSE(options.showsHelp);
+    EXPECT_EQ(options.unknown, "");
+    EXPECT_TRUE(parseArguments({"--version"}).showsVersion);
+    EXPECT_TRUE(parseArguments({"-h"}).showsHelp);
+    EXPECT_EQ(parseArguments({"--loud", "x.wav"}).unknown, "--loud");
+}
+
+}  // namespace
+}  // namespace kiv

@@ -1,0 +1,340 @@
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QDragEnterEvent>
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPushButton>
+#include <QUrl>
+#include <algorithm>
+
+#include "Document/DocumentWorld.h"
+#include "Document/Windows/AudioDrag.h"
+#include "Document/Windows/DocumentWindowController.h"
+#include "Document/Windows/DropWindowController.h"
+#include "Document/Windows/MessageWindow.h"
+#include "Editor/Views/KivStyle.h"
+#include "Editor/Views/TestApplication.h"
+
+namespace kiv {
+namespace {
+
+using enum EditorCommand;
+
+// A document in its window, everything around it fake.
+struct DocumentWindowTest : testing::Test {
+    QApplication &application = testApplication();
+    DocumentWorld world;
+    ViewStyle style{AudioEditorTheme::dark()};
+    ShortcutStore shortcuts{world.defaults};
+    std::unique_ptr<DocumentWindowController> controller;
+    std::vector<std::string> failures;
+    int closed = 0;
+
+    DocumentWindowTest() {
+        QApplication::setQuitOnLastWindowClosed(false);
+        QApplication::setStyle(new KivStyle);
+        style.setReducesMotion(true);
+        controller = std::make_unique<DocumentWindowController>(WindowServices{
+            {*world.files, world.jobs, world.settings, world.clipboard, &world.playback}, style, shortcuts});
+        controller->onClosed = [this] { ++closed; };
+        view().menuBar().addOwnMenu("File");
+    }
+
+    void open(const std::string &bytes = Wav::file(Wav::ramp(8000))) {
+        world.put(bytes);
+        controller->open(DocumentWorld::path, [this](const std::string &error) { failures.push_back(error); });
+        world.jobs.runAll();
+        view().resize(1280, 800);
+        view().activateWindow();
+        settle();
+    }
+    DocumentHostingView &view() { return controller->view(); }
+    AudioEditorModel &model() { return controller->document().model(); }
+    static void settle() {
+        for (int i = 0; i < 4; ++i) QApplication::processEvents();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    // The open sheet, by the name it tells assistive tools.
+    std::string sheet() { return view().openSheet() ? view().openSheet()->accessibleName().toStdString() : "none"; }
+    void press(const char *label) {
+        for (QPushButton *button : view().openSheet()->findChildren<QPushButton *>())
+            if (button->text() == label) return button->click();
+        FAIL() << "no button " << label;
+    }
+    void key(int code, Qt::KeyboardModifiers modifiers = {}) {
+        QKeyEvent event(QEvent::KeyPress, code, modifiers);
+        QApplication::sendEvent(view().focusWidget(), &event);
+    }
+};
+
+TEST_F(DocumentWindowTest, OpensWithTheSoundAndItsFacts) {
+    bool isComplete = false;
+    controller->onComplete = [&] { isComplete = true; };
+    open();
+    EXPECT_TRUE(view().isVisible() && isComplete);
+    EXPECT_TRUE(failures.empty());
+    EXPECT_EQ(view().windowTitle(), "drum.wav[*] — Kiv Audio Editor");
+    const auto &right = view().infoLine().scene().right;
+    EXPECT_EQ(right.front().texts.front().text, "WAV · 16-bit · 8 kHz · Mono");
+    EXPECT_EQ(right.back().texts.front().text, "1.000 s");
+    EXPECT_EQ(view().focusWidget(), &view().waveform());
+    EXPECT_EQ(view().waveform().geometry(), QRect(44, 156, 1236, 616));
+}
+
+TEST_F(DocumentWindowTest, StaysAwayWhenTheFileCannotBeRead) {
+    open("no sound at all");
+    EXPECT_FALSE(view().isVisible());
+    ASSERT_EQ(failures.size(), 1u);
+    EXPECT_NE(failures[0], "");
+}
+
+TEST_F(DocumentWindowTest, AppearsWhileALongFileIsRead) {
+    world.put(Wav::file(Wav::ramp(10)));
+    controller->open(DocumentWorld::path, [](const std::string &) {});
+    EXPECT_FALSE(view().isVisible());
+    QElapsedTimer clock;
+    clock.start();
+    while (!view().isVisible() && clock.elapsed() < 5000) QApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
+    EXPECT_TRUE(view().isVisible());
+    EXPECT_FALSE(controller->isEnabled(playStop));
+    world.jobs.runAll();
+    EXPECT_TRUE(controller->isEnabled(playStop));
+}
+
+TEST_F(DocumentWindowTest, MarksUnsavedChanges) {
+    open();
+    EXPECT_FALSE(view().isWindowModified());
+    controller->perform(reverse);
+    EXPECT_TRUE(view().isWindowModified());
+    controller->perform(undo);
+    EXPECT_FALSE(view().isWindowModified());
+    controller->perform(reverse);
+    controller->perform(save);
+    world.jobs.runAll();
+    EXPECT_FALSE(view().isWindowModified());
+}
+
+TEST_F(DocumentWindowTest, ANameWithTheMarkInItIsShownAsItIs) {
+    const std::string odd = "/music/a[*]b.wav";
+    const auto bytes = Wav::file(Wav::ramp(10));
+    const auto raw = std::as_bytes(std::span(bytes));
+    world.disk.put(odd, {raw.begin(), raw.end()});
+    controller->open(odd, [](const std::string &) {});
+    EXPECT_EQ(view().windowTitle(), "a[*][*]b.wav[*] — Kiv Audio Editor");
+}
+
+TEST_F(DocumentWindowTest, EditDialogsAreSheets) {
+    open();
+    for (const auto &[command, name] : {std::pair{gain, "Gain"}, {normalize, "Normalize"}}) {
+        controller->perform(command);
+        EXPECT_EQ(sheet(), name);
+        key(Qt::Key_Escape);
+        EXPECT_EQ(sheet(), "none");
+        EXPECT_EQ(model().state().dialog, std::nullopt);
+    }
+    controller->perform(mono);
+    EXPECT_EQ(sheet(), "none") << "a mono file";
+    EXPECT_EQ(view().focusWidget(), &view().waveform()) << "the keyboard is back with the sound";
+}
+
+TEST_F(DocumentWindowTest, OtherCommandsWaitForTheSheet) {
+    open();
+    controller->perform(gain);
+    for (EditorCommand command : {reverse, save, undo, goToEnd, EditorCommand::open, EditorCommand::close, normalize, selectAll}) {
+        EXPECT_FALSE(controller->isEnabled(command)) << row(command).raw;
+        EXPECT_TRUE(controller->isWaiting(command));
+        controller->perform(command);
+    }
+    EXPECT_EQ(sheet(), "Gain");
+    EXPECT_FALSE(model().canUndo());
+    EXPECT_TRUE(controller->isEnabled(playStop));
+    EXPECT_TRUE(controller->isEnabled(zoomIn));
+    EXPECT_TRUE(view().topBar().button(TopBarItem::goToStart)->isEnabled()) << "the bar does not grey out";
+    model().setGainDb(-6);
+    press("Apply");
+    EXPECT_TRUE(model().canUndo());
+    EXPECT_TRUE(controller->isEnabled(reverse));
+}
+
+TEST_F(DocumentWindowTest, ClosesAtOnceWithoutChanges) {
+    open();
+    controller->requestClose();
+    settle();
+    EXPECT_EQ(closed, 1);
+    EXPECT_FALSE(view().isVisible());
+}
+
+TEST_F(DocumentWindowTest, AsksBeforeChangesAreLost) {
+    open();
+    controller->perform(reverse);
+    controller->perform(EditorCommand::close);
+    EXPECT_EQ(sheet(), "Save changes to “drum.wav” before closing?");
+    controller->requestClose();
+    EXPECT_EQ(view().openSheet()->accessibleName(), "Save changes to “drum.wav” before closing?") << "asked once";
+    key(Qt::Key_Escape);
+    settle();
+    EXPECT_EQ(closed, 0);
+    EXPECT_EQ(sheet(), "none");
+
+    controller->requestClose();
+    press("Save");
+    EXPECT_EQ(closed, 0);
+    const std::string before = world.onDisk();
+    world.jobs.runAll();
+    settle();
+    EXPECT_EQ(closed, 1);
+    EXPECT_NE(world.onDisk(), before);
+}
+
+TEST_F(DocumentWindowTest, DiscardsWhenToldTo) {
+    open();
+    const std::string before = world.onDisk();
+    controller->perform(reverse);
+    controller->requestClose();
+    press("Don’t Save");
+    settle();
+    EXPECT_EQ(closed, 1);
+    EXPECT_EQ(world.onDisk(), before);
+}
+
+TEST_F(DocumentWindowTest, ClosingGivesUpAnOpenDialog) {
+    open();
+    controller->perform(gain);
+    controller->requestClose();
+    settle();
+    EXPECT_EQ(closed, 1);
+    EXPECT_FALSE(model().canUndo());
+}
+
+TEST_F(DocumentWindowTest, AFailedSaveIsShownAndKeepsTheWindow) {
+    open();
+    controller->perform(reverse);
+    world.disk.setWritable("/music", false);
+    world.disk.failAt(1, std::errc::no_space_on_device, FakeFileSystem::Lasting::on);
+    controller->requestClose();
+    press("Save");
+    world.jobs.runAll();
+    settle();
+    EXPECT_EQ(closed, 0);
+    EXPECT_EQ(sheet(), "“drum.wav” could not be saved");
+    key(Qt::Key_Return);
+    EXPECT_EQ(sheet(), "none");
+    EXPECT_TRUE(view().isWindowModified());
+}
+
+TEST_F(DocumentWindowTest, RemembersItsFrame) {
+    controller->onPlacing = [] { return Box{30, 40, 900, 500}; };
+    open();
+    EXPECT_EQ(view().geometry().topLeft(), QPoint(30, 40));
+    view().setGeometry(50, 60, 1000, 700);
+    controller->requestClose();
+    EXPECT_EQ(parseFrame(world.settings.get(Setting::documentWindowFrame)), (Box{50, 60, 1000, 700}));
+}
+
+TEST_F(DocumentWindowTest, EscapeStopsPlaybackOnceNothingElseIsToBeEnded) {
+    open();
+    controller->perform(playStop);
+    ASSERT_TRUE(controller->document().isPlaying());
+    controller->perform(gain);
+    key(Qt::Key_Escape);
+    EXPECT_TRUE(controller->document().isPlaying());
+    key(Qt::Key_Escape);
+    EXPECT_FALSE(controller->document().isPlaying());
+}
+
+TEST_F(DocumentWindowTest, F6GoesFromPartToPart) {
+    open();
+    key(Qt::Key_F6);
+    EXPECT_EQ(view().focusWidget(), view().topBar().button(TopBarItem::goToStart));
+    key(Qt::Key_F6);
+    key(Qt::Key_F6);
+    EXPECT_EQ(view().focusWidget(), view().infoLine().value(InfoField::cursor));
+    key(Qt::Key_F6);
+    EXPECT_EQ(view().focusWidget(), &view().waveform());
+    key(Qt::Key_F6, Qt::ShiftModifier);
+    EXPECT_EQ(view().focusWidget(), view().infoLine().value(InfoField::cursor));
+}
+
+TEST_F(DocumentWindowTest, TabFollowsTheOrderOfTheScreen) {
+    open();
+    std::vector<QWidget *> stops;
+    for (QWidget *next = view().waveform().nextInFocusChain(); next != &view().waveform(); next = next->nextInFocusChain())
+        if (next->focusPolicy() & Qt::TabFocus && next->isVisible() && next->isEnabled()) stops.push_back(next);
+    const auto place = [&](QWidget *widget) { return std::find(stops.begin(), stops.end(), widget) - stops.begin(); };
+    const auto &bar = view().topBar();
+    EXPECT_EQ(place(bar.button(TopBarItem::goToStart)), 0);
+    EXPECT_LT(place(bar.button(TopBarItem::loop)), place(&bar.position()));
+    EXPECT_LT(place(&bar.position()), place(bar.button(TopBarItem::maxLevel)));
+    EXPECT_EQ(place(view().infoLine().value(InfoField::cursor)), std::ptrdiff_t(stops.size()) - 1);
+}
+
+TEST_F(DocumentWindowTest, FilesDroppedOnItAreHandedOn) {
+    open();
+    std::vector<std::string> dropped;
+    view().onDropped = [&](const std::vector<std::string> &paths) { dropped = paths; };
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile("/a/x.WAV"), QUrl::fromLocalFile("/a/y.txt"), QUrl("http://host/z.wav"),
+                  QUrl::fromLocalFile("/a/b c.aiff")});
+    QDragEnterEvent enter({10, 10}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&view(), &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&view(), &drop);
+    EXPECT_EQ(dropped, (std::vector<std::string>{"/a/x.WAV", "/a/b c.aiff"}));
+    data.setUrls({QUrl::fromLocalFile("/a/y.txt")});
+    QDragEnterEvent other({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    other.ignore();
+    QApplication::sendEvent(&view(), &other);
+    EXPECT_FALSE(other.isAccepted());
+}
+
+bool isVisibleOverview(const QWidget *widget) { return dynamic_cast<const OverviewView *>(widget) && widget->isVisible(); }
+
+TEST_F(DocumentWindowTest, LowWindowsHideTheOverview) {
+    open();
+    view().resize(640, 440);
+    settle();
+    EXPECT_EQ(std::ranges::count_if(view().findChildren<QWidget *>(), isVisibleOverview), 1);
+    view().resize(640, 400);
+    settle();
+    EXPECT_EQ(std::ranges::count_if(view().findChildren<QWidget *>(), isVisibleOverview), 0);
+    EXPECT_EQ(view().infoLine().geometry().bottom(), 399);
+}
+
+TEST(DropWindow, OffersToOpen) {
+    testApplication();
+    ViewStyle style(AudioEditorTheme::light());
+    FakeDefaults defaults;
+    ShortcutStore shortcuts(defaults);
+    DropWindowController controller(style, shortcuts);
+    int opened = 0;
+    controller.onOpenCommand = [&] { ++opened; };
+    controller.show();
+    auto *button = controller.window().findChild<QPushButton *>();
+    EXPECT_EQ(button->text(), "Choose a file (Ctrl+O)");
+    button->click();
+    QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, {});
+    QApplication::sendEvent(&controller.window(), &enter);
+    EXPECT_EQ(opened, 2);
+    shortcuts.store(std::nullopt, EditorCommand::open);
+    shortcuts.save();
+    EXPECT_EQ(button->text(), "Choose a file");
+}
+
+TEST(MessageWindow, IsClosedByEnter) {
+    testApplication();
+    QApplication::setQuitOnLastWindowClosed(false);
+    ViewStyle style(AudioEditorTheme::dark());
+    QPointer<QWidget> window = showMessageWindow(style, "“x.wav” could not be opened", "No.");
+    EXPECT_EQ(window->size(), QSize(480, 172));
+    QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, {});
+    QApplication::sendEvent(window->findChild<QPushButton *>(), &enter);
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(window.isNull());
+}
+
+}  // namespace
+}  // namespace kiv

@@ -1,0 +1,228 @@
+#include <gtest/gtest.h>
+
+#include <QImage>
+#include <QPainter>
+
+#include "Editor/Views/ButtonPainter.h"
+#include "Editor/Views/CrispPainting.h"
+#include "Editor/Views/DigitText.h"
+#include "Editor/Views/LevelSliderView.h"
+#include "Editor/Views/TestApplication.h"
+
+namespace kiv {
+namespace {
+
+using Role = AudioEditorThemeColor;
+
+// A picture of `logical` size at a scale, probed in logical pixels.
+class Picture {
+public:
+    Picture(QSize logical, double scale, const QColor &background) : image_(logical * scale, QImage::Format_ARGB32_Premultiplied) {
+        image_.setDevicePixelRatio(scale);
+        image_.fill(background);
+    }
+    template <class Paint>
+    Picture &paint(Paint call) {
+        QPainter painter(&image_);
+        call(painter);
+        return *this;
+    }
+    QColor at(double x, double y) const {
+        const double scale = image_.devicePixelRatio();
+        return image_.pixelColor(int(x * scale), int(y * scale));
+    }
+    QColor device(int x, int y) const { return image_.pixelColor(x, y); }
+    // How many pixels of a device row have exactly this colour.
+    int count(int row, const QColor &color) const {
+        int found = 0;
+        for (int x = 0; x < image_.width(); ++x) found += image_.pixelColor(x, row) == color;
+        return found;
+    }
+    bool contains(const QRect &logical, const QColor &color) const {
+        const double scale = image_.devicePixelRatio();
+        for (int y = int(logical.top() * scale); y < (logical.bottom() + 1) * scale; ++y)
+            for (int x = int(logical.left() * scale); x < (logical.right() + 1) * scale; ++x)
+                if (image_.pixelColor(x, y) == color) return true;
+        return false;
+    }
+
+private:
+    QImage image_;
+};
+
+struct ControlPaintersTest : testing::TestWithParam<double> {
+    QApplication &application = testApplication();
+    ViewStyle style{AudioEditorTheme::dark()};
+    const ThemeColors &colors = style.colors();
+    double scale = GetParam();
+
+    QColor color(Role role) const { return style.color(role); }
+    Picture button(const ButtonLook &look) const {
+        Picture picture({75, 28}, scale, color(Role::topbarBg));
+        picture.paint([&](QPainter &painter) { paintButton(painter, QRectF(0, 0, 75, 28), look, style); });
+        return picture;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Scales, ControlPaintersTest, testing::Values(1.0, 1.25, 1.5, 2.0));
+
+TEST_P(ControlPaintersTest, ButtonStatesHaveTheirColors) {
+    struct Row {
+        const char *name;
+        ButtonLook look;
+        QColor fill, border;
+    };
+    const Rgba rest = colors[Role::topbarButtonBg], text = colors[Role::topbarButtonText];
+    const QColor line = color(Role::topbarButtonBorder), accent = color(Role::accentBg);
+    const Row rows[] = {
+        {"rest", {}, toColor(rest), line},
+        {"hover", {.isHovered = true}, toColor(mix(rest, text, 0.08)), line},
+        {"pressed", {.isHovered = true, .isPressed = true}, toColor(mix(rest, text, 0.16)), line},
+        {"on", {.isOn = true}, accent, accent},
+        {"action", {.kind = ButtonKind::action}, color(Role::topbarActionBg), color(Role::topbarActionBorder)},
+        {"disabled", {.isEnabled = false}, toColor(rest), line},
+        {"sheet", {.kind = ButtonKind::sheet}, color(Role::dialogBg), toColor(colors.fieldBorder)},
+        {"default", {.kind = ButtonKind::sheetDefault}, accent, accent},
+        {"default, disabled", {.kind = ButtonKind::sheetDefault, .isEnabled = false},
+         toColor(mix(colors[Role::dialogBg], colors[Role::accentBg], 0.4)), toColor(mix(colors[Role::dialogBg], colors[Role::accentBg], 0.4))},
+    };
+    for (const Row &row : rows) {
+        const Picture picture = button(row.look);
+        EXPECT_EQ(picture.at(37, 5), row.fill) << row.name;
+        EXPECT_EQ(picture.device(int(37 * scale), 0), row.border) << row.name;
+        EXPECT_EQ(picture.device(0, int(14 * scale)), row.border) << row.name;
+    }
+}
+
+TEST_P(ControlPaintersTest, BordersAreOneSharpLine) {
+    const Picture picture = button({});
+    const int thickness = scale < 2 ? 1 : 2;
+    const QColor line = color(Role::topbarButtonBorder), fill = color(Role::topbarButtonBg);
+    for (int i = 0; i < thickness; ++i) EXPECT_EQ(picture.device(i, int(14 * scale)), line);
+    EXPECT_EQ(picture.device(thickness, int(14 * scale)), fill);
+}
+
+TEST_P(ControlPaintersTest, CornersAreRoundOnlyWhereTheButtonStandsAlone) {
+    const QColor background = color(Role::topbarBg), line = color(Role::topbarButtonBorder);
+    const int right = int(std::round(75 * scale)) - 1;
+    EXPECT_EQ(button({}).device(0, 0), background);
+    EXPECT_EQ(button({.corners = Corners::left}).device(0, 0), background);
+    EXPECT_EQ(button({.corners = Corners::left}).device(right, 0), line);
+    EXPECT_EQ(button({.corners = Corners::none}).device(0, 0), line);
+    EXPECT_EQ(button({.corners = Corners::right}).device(0, 0), line);
+    EXPECT_EQ(button({.corners = Corners::right}).device(right, 0), background);
+}
+
+TEST_P(ControlPaintersTest, IconsTakeTheColorOfTheirText) {
+    const QRect icon(30, 6, 16, 16);
+    const auto look = [](bool isEnabled) { return ButtonLook{.icon = "stop", .isEnabled = isEnabled}; };
+    EXPECT_TRUE(button(look(true)).contains(icon, color(Role::topbarButtonText)));
+    EXPECT_TRUE(button(look(false)).contains(icon, toColor(colors.disabled)));
+    EXPECT_FALSE(button(look(false)).contains(icon, color(Role::topbarButtonText)));
+}
+
+TEST_P(ControlPaintersTest, EveryIconIsThere) {
+    for (const char *name : {"play", "stop", "go-to-start", "go-to-end", "loop-playback", "slicer", "edit-loop", "spectral", "eq",
+                             "zoom-in", "zoom-out", "zoom-fit", "zoom-selection", "follow-playhead", "plus", "minus", "warning",
+                             "check"}) {
+        const QImage icon = style.icon(name, Qt::white, scale).toImage();
+        ASSERT_EQ(icon.width(), int(std::round(16 * scale))) << name;
+        int painted = 0;
+        for (int y = 0; y < icon.height(); ++y)
+            for (int x = 0; x < icon.width(); ++x) painted += qAlpha(icon.pixel(x, y)) > 128;
+        EXPECT_GT(painted, 6 * scale) << name;
+    }
+    EXPECT_TRUE(style.icon("no such icon", Qt::white, scale).isNull());
+}
+
+TEST_P(ControlPaintersTest, SliderIsFilledFromItsOriginToItsThumb) {
+    const auto slider = [&](LevelSlider place, double value) {
+        Picture picture({352, 44}, scale, color(Role::dialogBg));
+        place.left = 16;
+        place.width = 320;
+        picture.paint([&](QPainter &painter) { paintLevelSlider(painter, QRectF(0, 0, 352, 44), place, value, style); });
+        return picture;
+    };
+    const QColor accent = color(Role::accentBg);
+    const Picture gain = slider({}, 12);
+    EXPECT_EQ(gain.at(200, 15), accent);  // between 0 and +12
+    EXPECT_NE(gain.at(150, 15), accent);
+    EXPECT_NE(gain.at(300, 15), accent);
+    EXPECT_EQ(gain.at(251, 15), color(Role::dialogText));  // the thumb
+    const Picture cut = slider({}, -12);
+    EXPECT_EQ(cut.at(150, 15), accent);
+    EXPECT_NE(cut.at(200, 15), accent);
+    const Picture normalize = slider({.lo = -24, .hi = 0, .origin = -24}, -12);
+    EXPECT_EQ(normalize.at(20, 15), accent);
+    EXPECT_NE(normalize.at(300, 15), accent);
+}
+
+TEST_P(ControlPaintersTest, DigitsKeepTheirPlaces) {
+    const QFont font = style.font(20, QFont::DemiBold);
+    EXPECT_EQ(digitTextWidth(font, "1111.111 s"), digitTextWidth(font, "8088.808 s"));
+    // The unit behind the digits is painted at the same columns whatever the digits are.
+    const auto tail = [&](const char *text) {
+        Picture picture({160, 28}, scale, Qt::black);
+        picture.paint([&](QPainter &painter) {
+            paintDigitText(painter, QRectF(0, 0, 160, 28), Qt::AlignLeft, font, Qt::white, text);
+        });
+        std::vector<QRgb> pixels;
+        const double from = digitTextWidth(font, "0.000");
+        for (int y = 0; y < 28 * scale; ++y)
+            for (int x = int(from * scale) + 1; x < 160 * scale; ++x) pixels.push_back(picture.device(x, y).rgb());
+        return pixels;
+    };
+    EXPECT_EQ(tail("1.111 s"), tail("8.808 s"));
+    EXPECT_NE(tail("1.111 s"), tail("1.111 m"));
+}
+
+TEST_P(ControlPaintersTest, ShadowsFallDownwardsAndFadeOut) {
+    Picture picture({200, 200}, scale, Qt::white);
+    picture.paint([&](QPainter &painter) { paintShadow(painter, QRectF(60, 60, 80, 60), style); });
+    const auto darkness = [&](double x, double y) { return 255 - picture.at(x, y).red(); };
+    EXPECT_GT(darkness(100, 130), darkness(100, 50));  // below more than above
+    EXPECT_GT(darkness(100, 130), darkness(100, 160));
+    EXPECT_NEAR(darkness(50, 100), darkness(149, 100), 2);  // the same at both sides
+    EXPECT_LE(darkness(14, 14), 4);
+}
+
+TEST(CrispPainting, LinesAreWholeDevicePixels) {
+    testApplication();
+    for (const auto &[scale, one, two] : {std::tuple{1.0, 1.0, 2.0}, {1.25, 1.0, 2.0}, {1.5, 1.0, 3.0}, {2.0, 2.0, 4.0}}) {
+        QImage image(10, 10, QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(scale);
+        QPainter painter(&image);
+        EXPECT_DOUBLE_EQ(lineWidth(painter) * scale, one);
+        EXPECT_DOUBLE_EQ(lineWidth(painter, 2) * scale, two);
+        const QRectF rect = snapped(painter, QRectF(1.3, 2.1, 3.3, 1));
+        for (double edge : {rect.left(), rect.right(), rect.top(), rect.bottom()})
+            EXPECT_NEAR(edge * scale, std::round(edge * scale), 1e-9);
+    }
+}
+
+TEST(ViewStyle, GrowsWithTheDesktopFont) {
+    testApplication();
+    ViewStyle style(AudioEditorTheme::dark());
+    int told = 0;
+    const Subscription subscription = style.changed.add([&](const ViewStyle &) { ++told; });
+    struct Row {
+        double points;
+        double factor;
+        int height;  // of what is 28 high
+    };
+    for (const Row &row : {Row{10, 1, 28}, Row{12.5, 1.25, 36}, Row{16, 1.6, 44}, Row{40, 1.6, 44}, Row{7, 0.9, 28}}) {
+        QFont font("Inter");
+        font.setPointSizeF(row.points);
+        style.setDesktopFont(font);
+        EXPECT_EQ(style.textFactor(), row.factor);
+        EXPECT_EQ(style.grown(28), row.height);
+        EXPECT_EQ(style.font(13).pixelSize(), int(std::lround(13 * row.factor)));
+    }
+    EXPECT_EQ(told, 3) << "16 and 40 points are the same, 10 is where it began";
+    style.setDesktopFont(QFont("Sans Serif", 9));
+    EXPECT_EQ(style.textFactor(), 1) << "a desktop without a font of its own has no size either";
+    EXPECT_EQ(style.font(13).families().first(), "Inter");
+}
+
+}  // namespace
+}  // namespace kiv
