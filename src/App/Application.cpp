@@ -153,7 +153,8 @@ void Application::chooseFiles() {
     QObject::connect(dialog, &QFileDialog::filesSelected, &keys_, [this](const QStringList &paths) {
         for (const QString &path : paths) openFile(path.toStdString());
     });
-    QObject::connect(dialog, &QFileDialog::finished, &keys_, [this] { QTimer::singleShot(0, &keys_, [this] { quitIfAlone(); }); });
+    QObject::connect(dialog, &QFileDialog::finished, &keys_,
+                     [this] { QTimer::singleShot(0, &keys_, [this] { quitIfAlone(); }); });
     dialog->open();
 }
 

@@ -30,12 +30,18 @@ TextFocus textFocus() {
 
 void editText(QLineEdit &line, TextEdit edit) {
     switch (edit) {
-        case TextEdit::cut: return line.cut();
-        case TextEdit::copy: return line.copy();
-        case TextEdit::paste: return line.paste();
-        case TextEdit::selectAll: return line.selectAll();
-        case TextEdit::undo: return line.undo();
-        case TextEdit::redo: return line.redo();
+        case TextEdit::cut:
+            return line.cut();
+        case TextEdit::copy:
+            return line.copy();
+        case TextEdit::paste:
+            return line.paste();
+        case TextEdit::selectAll:
+            return line.selectAll();
+        case TextEdit::undo:
+            return line.undo();
+        case TextEdit::redo:
+            return line.redo();
     }
 }
 
@@ -68,7 +74,8 @@ bool KeyMonitor::eventFilter(QObject *watched, QEvent *event) {
         case QEvent::FocusOut:
             if (watched->isWidgetType()) isComposing_ = false;
             return false;
-        default: return false;
+        default:
+            return false;
     }
 }
 

@@ -38,8 +38,7 @@ KeyRoute routeWithSheet(std::optional<EditorCommand> match, const KeyPress &pres
 KeyRoute route(const KeyPress &press, const KeyContext &context, const ShortcutStore &store) {
     if (context.isComposing || context.hasPopup) return KeyPath::focus;
     const std::vector<Shortcut> shortcuts = candidates(press);
-    if (context.isRecording)
-        return shortcuts.empty() ? KeyRoute(KeyPath::swallow) : CaptureShortcut{shortcuts.front()};
+    if (context.isRecording) return shortcuts.empty() ? KeyRoute(KeyPath::swallow) : CaptureShortcut{shortcuts.front()};
     if (context.text != TextFocus::none) {
         if (const auto edit = textEdit(press)) return EditText{*edit};
         if (belongsToText(press, context.text)) return KeyPath::focus;

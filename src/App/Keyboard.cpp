@@ -14,11 +14,21 @@ struct NamedKey {
     const char *name;
 };
 constexpr std::array namedKeys{
-    NamedKey{Qt::Key_Space, "space"},       NamedKey{Qt::Key_Escape, "escape"},        NamedKey{Qt::Key_Backspace, "delete"},
-    NamedKey{Qt::Key_Delete, "forwardDelete"}, NamedKey{Qt::Key_Return, "return"},     NamedKey{Qt::Key_Enter, "return"},
-    NamedKey{Qt::Key_Tab, "tab"},           NamedKey{Qt::Key_Backtab, "tab"},          NamedKey{Qt::Key_Home, "home"},
-    NamedKey{Qt::Key_End, "end"},           NamedKey{Qt::Key_PageUp, "pageUp"},        NamedKey{Qt::Key_PageDown, "pageDown"},
-    NamedKey{Qt::Key_Left, "left"},         NamedKey{Qt::Key_Right, "right"},          NamedKey{Qt::Key_Up, "up"},
+    NamedKey{Qt::Key_Space, "space"},
+    NamedKey{Qt::Key_Escape, "escape"},
+    NamedKey{Qt::Key_Backspace, "delete"},
+    NamedKey{Qt::Key_Delete, "forwardDelete"},
+    NamedKey{Qt::Key_Return, "return"},
+    NamedKey{Qt::Key_Enter, "return"},
+    NamedKey{Qt::Key_Tab, "tab"},
+    NamedKey{Qt::Key_Backtab, "tab"},
+    NamedKey{Qt::Key_Home, "home"},
+    NamedKey{Qt::Key_End, "end"},
+    NamedKey{Qt::Key_PageUp, "pageUp"},
+    NamedKey{Qt::Key_PageDown, "pageDown"},
+    NamedKey{Qt::Key_Left, "left"},
+    NamedKey{Qt::Key_Right, "right"},
+    NamedKey{Qt::Key_Up, "up"},
     NamedKey{Qt::Key_Down, "down"},
 };
 

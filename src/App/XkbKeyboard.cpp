@@ -34,15 +34,29 @@ public:
 
     Characters characters(const QKeyEvent &event) override {
         load();
+        if (keymap_ && !agrees(event)) {  // the layout was changed meanwhile
+            forget();
+            load();
+        }
         if (!keymap_) return fallback_.characters(event);
         const xkb_keycode_t key = event.nativeScanCode();
-        const xkb_layout_index_t layout = (event.nativeModifiers() >> 13) & 3;  // where X events carry the group
+        const xkb_layout_index_t layout = layoutOf(event);
         return {latin(key, layout, Level::plain), latin(key, layout, Level::shifted)};
     }
 
     void forget() override { keymap_.reset(); }
 
 private:
+    // Where X events carry the group.
+    static xkb_layout_index_t layoutOf(const QKeyEvent &event) { return (event.nativeModifiers() >> 13) & 3; }
+
+    // Whether the keymap gives for the event what the event says itself.
+    bool agrees(const QKeyEvent &event) const {
+        const State state(xkb_state_new(keymap_.get()));
+        xkb_state_update_mask(state.get(), event.nativeModifiers() & 0xFF, 0, 0, 0, 0, layoutOf(event));
+        return xkb_state_key_get_one_sym(state.get(), event.nativeScanCode()) == event.nativeVirtualKey();
+    }
+
     // Some round trips to the server, at the first key press and after a change.
     void load() {
         if (keymap_) return;

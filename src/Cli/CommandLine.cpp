@@ -37,19 +37,41 @@ CLI::App *addCommand(CLI::App &app, const char *name, const char *description, J
     return command;
 }
 
+std::string namesAFile(const std::string &path) { return path.empty() ? "an empty name is no file's" : ""; }
+
 CLI::App *addEdit(CLI::App &app, Parsed &parsed) {
     CLI::App *edit = addCommand(app, "edit", "Perform steps on a file and save it", parsed.flags);
     edit->add_option("FILE", parsed.edit.file, "The sound file")->required();
     edit->add_option("STEP", parsed.edit.steps, "Steps, one argument each");
-    edit->add_option("--script", parsed.script, "Read steps from a file first, one a line (\"-\": standard input)");
-    CLI::Option *out = edit->add_option("-o", parsed.out, "Save there, in the file's own format");
+    edit->add_option("--script", parsed.script, "Read steps from a file first, one a line (\"-\": standard input)")
+        ->check(namesAFile);
+    CLI::Option *out = edit->add_option("-o", parsed.out, "Save there, in the file's own format")->check(namesAFile);
     edit->add_flag("--no-save", parsed.noSave, "Do not save")->excludes(out);
     edit->footer("Steps:\n" + stepsHelp());
     return edit;
 }
 
+// The parser takes a word in brackets apart as a list: this sign in front keeps it whole, and comes off again.
+constexpr char wholeSign = '\x1f';
+
+std::vector<std::string> wholeWords(int argc, const char *const *argv) {
+    std::vector<std::string> words;
+    for (int i = argc - 1; i > 0; --i) words.push_back(argv[i][0] == '[' ? wholeSign + std::string(argv[i]) : argv[i]);
+    return words;  // the last first, as the parser wants them
+}
+
+std::string plain(std::string word) {
+    if (word.starts_with(wholeSign)) word.erase(0, 1);
+    return word;
+}
+
+std::vector<std::string> plain(std::vector<std::string> words) {
+    for (std::string &word : words) word = plain(word);
+    return words;
+}
+
 std::optional<std::string> given(const CLI::App &command, const char *option, const std::string &value) {
-    return command.count(option) ? std::optional(value) : std::nullopt;
+    return command.count(option) ? std::optional(plain(value)) : std::nullopt;
 }
 
 }  // namespace
@@ -66,7 +88,7 @@ Call parseCommandLine(int argc, const char *const *argv) {
     peaks->add_option("FILE", parsed.peaks.file, "The sound file")->required();
     addCommand(app, "commands", "The editor's commands", parsed.flags);
     try {
-        app.parse(argc, argv);
+        app.parse(wholeWords(argc, argv));
     } catch (const CLI::ParseError &error) {
         std::ostringstream text, ignored;
         if (error.get_exit_code() != 0) return Answered{2, error.what()};
@@ -74,15 +96,11 @@ Call parseCommandLine(int argc, const char *const *argv) {
         return Answered{0, text.str()};
     }
     const JsonLayout json = parsed.flags.layout();
-    if (*info) return InfoCall{parsed.info.file, json};
-    if (*peaks) return PeaksCall{parsed.peaks.file, json};
+    if (*info) return InfoCall{plain(parsed.info.file), json};
+    if (*peaks) return PeaksCall{plain(parsed.peaks.file), json};
     if (!*edit) return CommandsCall{json};
-    return EditCall{parsed.edit.file,
-                    parsed.edit.steps,
-                    given(*edit, "--script", parsed.script),
-                    given(*edit, "-o", parsed.out),
-                    !parsed.noSave,
-                    json};
+    return EditCall{plain(parsed.edit.file),        plain(parsed.edit.steps), given(*edit, "--script", parsed.script),
+                    given(*edit, "-o", parsed.out), !parsed.noSave,           json};
 }
 
 }  // namespace kiv::Cli

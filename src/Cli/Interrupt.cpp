@@ -21,7 +21,10 @@ extern "C" void interrupted(int) {
 }  // namespace
 
 void install() {
+    // Whoever started us with the signal ignored, as shells do in the background, means it.
     struct sigaction action = {};
+    if (sigaction(SIGINT, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) return;
+    action = {};
     action.sa_handler = interrupted;
     action.sa_flags = int(SA_RESETHAND) | SA_RESTART;
     sigaction(SIGINT, &action, nullptr);

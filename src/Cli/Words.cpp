@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 
 namespace kiv::Cli {
 
 namespace {
 
 constexpr std::string_view blanks = " \t\r";
-constexpr std::size_t maxWholeDigits = 9;  // of a time, in its unit
+// Of a time, in its unit: as minutes, times the highest rate, in 10⁻¹⁸ s, this still fits into 127 bits.
+constexpr std::size_t maxWholeDigits = 8;
 
 // The word in quotes that begins the text; takes it off.
 std::string takeQuoted(std::string_view &text) {
@@ -77,11 +79,11 @@ std::optional<std::int64_t> parseFrame(std::string_view word) {
 
 }  // namespace
 
-Words splitWords(std::string_view step) {
+Words splitWords(std::string_view step, Comments comments) {
     Words words;
     for (;;) {
         step.remove_prefix(std::min(step.find_first_not_of(blanks), step.size()));
-        if (step.empty() || step[0] == '#') return words;
+        if (step.empty() || (step[0] == '#' && comments == Comments::afterHash)) return words;
         words.push_back(step[0] == '"' ? takeQuoted(step) : takePlain(step));
     }
 }
@@ -92,7 +94,7 @@ std::vector<Words> scriptSteps(std::string_view script) {
         const std::string_view text = script.substr(0, script.find('\n'));
         script.remove_prefix(std::min(text.size() + 1, script.size()));
         try {
-            if (Words words = splitWords(text); !words.empty()) steps.push_back(std::move(words));
+            if (Words words = splitWords(text, Comments::afterHash); !words.empty()) steps.push_back(std::move(words));
         } catch (const WrongWords &error) {
             throw WrongWords("line " + std::to_string(line) + ": " + error.what());
         }
@@ -125,7 +127,8 @@ std::int64_t Position::frame(std::int64_t sampleRate) const {
     if (!isTime_) return std::int64_t(value_);
     const Wide scaled = value_ * sampleRate;
     const Wide half = scaled < 0 ? -unitsPerSecond / 2 : unitsPerSecond / 2;
-    return std::int64_t((scaled + half) / unitsPerSecond);
+    using Frames = std::numeric_limits<std::int64_t>;
+    return std::int64_t(std::clamp<Wide>((scaled + half) / unitsPerSecond, Frames::min(), Frames::max()));
 }
 
 std::optional<bool> Position::isBelow(const Position &a, const Position &b) {

@@ -19,9 +19,12 @@ struct WrongWords : std::runtime_error {
 
 using Words = std::vector<std::string>;
 
-// A step's words, parted by blanks. A word with blanks stands in double quotes, in which \" and \\ stand for themselves; a #
-// that begins a word begins a comment. Throws WrongWords.
-Words splitWords(std::string_view step);
+// Whether a # that begins a word begins a comment, as in scripts.
+enum class Comments { none, afterHash };
+
+// A step's words, parted by blanks. A word with blanks stands in double quotes, in which \" and \\ stand for themselves. Throws
+// WrongWords.
+Words splitWords(std::string_view step, Comments comments = Comments::none);
 
 // The steps of a script, one a line, without the lines that hold none. Throws WrongWords, naming the line.
 std::vector<Words> scriptSteps(std::string_view script);

@@ -223,6 +223,7 @@ void AudioDocument::saveEnded(Saving &saving, std::exception_ptr failure, const 
     if (alive.expired()) return;
     if (failure && is<ChangedOnDisk>(failure)) return askOverChanges(saving.path, done);
     if (failure && !is<Cancelled>(failure)) ui_.showError(quoted(name()) + " could not be saved", errorText(failure));
+    if (!failure && saving.loop && !contents_->loop) ui_.showNotice("This file cannot store a loop: it was not saved");
     done(!failure);
 }
 

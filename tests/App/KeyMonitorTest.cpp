@@ -5,8 +5,8 @@
 #include <QApplication>
 #include <QInputMethodEvent>
 #include <QLineEdit>
-#include <QtTest/QTest>
 #include <QWindow>
+#include <QtTest/QTest>
 
 #include "App/MainMenu.h"
 #include "Document/Windows/KeyWindow.h"
@@ -175,7 +175,9 @@ struct MainMenuTest : testing::Test {
     int quits = 0;
     MenuBar bar{style};
 
-    MainMenuTest() { fillMainMenu(bar, target, store, {[this] { ++quits; }, [] {}}); }
+    MainMenuTest() {
+        fillMainMenu(bar, target, store, {[this] { ++quits; }, [] {}});
+    }
 
     QMenu *menu(const QString &title) const {
         for (QAction *action : bar.actions())

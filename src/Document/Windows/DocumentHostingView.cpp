@@ -64,7 +64,8 @@ void DocumentHostingView::connectParts() {
 
 void DocumentHostingView::orderTabs() {
     QWidget *last = waveform_;
-    for (QWidget *part : {static_cast<QWidget *>(topBar_), static_cast<QWidget *>(overview_), static_cast<QWidget *>(infoLine_)}) {
+    for (QWidget *part :
+         {static_cast<QWidget *>(topBar_), static_cast<QWidget *>(overview_), static_cast<QWidget *>(infoLine_)}) {
         QList<QWidget *> stops = part->findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
         if (part->focusPolicy() != Qt::NoFocus) stops.prepend(part);
         for (QWidget *stop : stops) {
@@ -115,9 +116,7 @@ bool DocumentHostingView::isSoundComplete() const {
     return !model_.state().buffer.isEmpty() && std::all_of(channels.begin(), channels.end(), isKnown);
 }
 
-bool DocumentHostingView::cancelDrag() {
-    return waveform_->cancelDrag() || ruler_->cancelDrag() || overview_->cancelDrag();
-}
+bool DocumentHostingView::cancelDrag() { return waveform_->cancelDrag() || ruler_->cancelDrag() || overview_->cancelDrag(); }
 
 void DocumentHostingView::keyPressEvent(QKeyEvent *event) {
     const bool isBackwards = event->modifiers() & Qt::ShiftModifier;
@@ -126,12 +125,17 @@ void DocumentHostingView::keyPressEvent(QKeyEvent *event) {
         case Qt::Key_Escape:
             if (!cancelDrag() && onStop) onStop();
             break;
-        case Qt::Key_F6: focusNextPart(isBackwards ? -1 : 1); break;
-        case Qt::Key_F10: menuBar_->open(); break;
+        case Qt::Key_F6:
+            focusNextPart(isBackwards ? -1 : 1);
+            break;
+        case Qt::Key_F10:
+            menuBar_->open();
+            break;
         case Qt::Key_Q:
             if (event->modifiers() == Qt::ControlModifier && onQuit) onQuit();
             break;
-        default: QWidget::keyPressEvent(event);
+        default:
+            QWidget::keyPressEvent(event);
     }
 }
 

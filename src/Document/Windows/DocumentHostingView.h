@@ -40,7 +40,7 @@ public:
 
     std::function<void(const std::vector<std::string> &paths)> onDropped;
     std::function<bool()> onClosing;  // whether the window may close now
-    std::function<void()> onStop;     // Esc, when nothing else was there to end
+    std::function<void()> onStop;     // Esc, when nothing of the window's own was there to end
     std::function<void()> onQuit;
 
 protected:

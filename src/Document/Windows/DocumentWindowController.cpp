@@ -21,8 +21,10 @@ constexpr auto showAfter = 30ms;
 
 // What may be heard and looked at while a sheet is open.
 constexpr EditorCommand actUnderSheets[] = {
-    EditorCommand::playStop,       EditorCommand::zoomIn,          EditorCommand::zoomOut,           EditorCommand::zoomFit,
-    EditorCommand::zoomSelection,  EditorCommand::verticalZoomIn,  EditorCommand::verticalZoomOut,   EditorCommand::verticalZoomReset,
+    EditorCommand::playStop,        EditorCommand::zoomIn,
+    EditorCommand::zoomOut,         EditorCommand::zoomFit,
+    EditorCommand::zoomSelection,   EditorCommand::verticalZoomIn,
+    EditorCommand::verticalZoomOut, EditorCommand::verticalZoomReset,
 };
 
 // "[*]" is where the mark of unsaved changes goes; in a name it stands for itself.
@@ -37,12 +39,11 @@ FileFacts factsOf(const AudioFileFormat *format) {
 }  // namespace
 
 DocumentWindowController::DocumentWindowController(const WindowServices &services)
-    : services_(services),
-      document_(std::make_unique<AudioDocument>(services.document, *this)) {
+    : services_(services), document_(std::make_unique<AudioDocument>(services.document, *this)) {
     // Not before the body: the view asks what can act while it is made.
     view_ = std::make_unique<DocumentHostingView>(document_->model(), services.document.jobs, services.style, *this);
     view_->onClosing = [this] { return mayClose(); };
-    view_->onStop = [this] { document_->stop(); };
+    view_->onStop = [this] { document_->isPlaying() ? document_->stop() : document_->cancelWork(); };
     documentChanges_ = document_->observers.add([this](const AudioDocument &) { documentChanged(); });
     modelChanges_ = document_->model().observers.add([this](const Changes &changes) {
         if (changes.contains(Change::dialog)) dialogChanged();

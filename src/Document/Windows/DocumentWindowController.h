@@ -40,7 +40,7 @@ public:
     void saveFrame();
 
     std::function<void()> onOpenCommand;
-    std::function<void()> onClosed;  // the window has gone; the controller may be destroyed soon after
+    std::function<void()> onClosed;    // the window has gone; the controller may be destroyed soon after
     std::function<void()> onComplete;  // the sound is read and shown
 
     void ask(const Question &question, std::function<void(std::size_t)> answer) override;

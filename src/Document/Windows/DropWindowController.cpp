@@ -77,7 +77,8 @@ protected:
         painter.drawText(QRect(0, titleTop, width(), 24), Qt::AlignCenter, onScreen("Drop an audio file here"));
         painter.setFont(style_.font(13));
         painter.setPen(toColor(colors[Role::infoText]));
-        painter.drawText(QRect(0, listTop, width(), 16), Qt::AlignCenter | Qt::TextDontClip, onScreen("WAV, AIFF, FLAC, CAF, MP3"));
+        painter.drawText(QRect(0, listTop, width(), 16), Qt::AlignCenter | Qt::TextDontClip,
+                         onScreen("WAV, AIFF, FLAC, CAF, MP3"));
     }
 
     void keyPressEvent(QKeyEvent *event) override {
@@ -119,7 +120,8 @@ private:
             pen.setDashPattern({3, 2});  // in widths of the line
         }
         painter.setPen(pen);
-        painter.setBrush(isDragged_ ? toColor(mix(colors[Role::waveBg], colors[Role::accentBg], 0.12)) : QColor(Qt::transparent));
+        painter.setBrush(isDragged_ ? toColor(mix(colors[Role::waveBg], colors[Role::accentBg], 0.12))
+                                    : QColor(Qt::transparent));
         painter.drawPath(roundedPath(outer.adjusted(line / 2, line / 2, -line / 2, -line / 2), frameRadius - line / 2));
     }
 

@@ -14,7 +14,8 @@ constexpr int widest = 576;
 class MessageWindow : public QWidget {
 public:
     MessageWindow(ViewStyle &style, const std::string &message, const std::string &informative)
-        : sheet_(style, AlertTone::error, {message, informative, {"OK"}}, [this](std::size_t) { close(); }, this) {
+        : sheet_(
+              style, AlertTone::error, {message, informative, {"OK"}}, [this](std::size_t) { close(); }, this) {
         setWindowTitle("Kiv Audio Editor");
         setAttribute(Qt::WA_DeleteOnClose);
         setAccessibleName(QString::fromStdString(message));

@@ -12,9 +12,7 @@ constexpr int cascadeStep = 24;
 
 int overviewHeight(int windowHeight) { return windowHeight < 440 ? 0 : windowHeight < 560 ? 28 : 44; }
 
-bool overlap(const Box &a, const Box &b) {
-    return a.x < b.right() && b.x < a.right() && a.y < b.bottom() && b.y < a.bottom();
-}
+bool overlap(const Box &a, const Box &b) { return a.x < b.right() && b.x < a.right() && a.y < b.bottom() && b.y < a.bottom(); }
 
 // How far a box is from another, in pixels of either direction.
 int distance(const Box &a, const Box &b) {
@@ -78,8 +76,8 @@ Box openingFrame(const std::optional<Box> &remembered, const std::vector<Box> &s
     frame.height = std::max(frame.height, editorWindowMinimumHeight);
     if (std::any_of(screens.begin(), screens.end(), [&](const Box &screen) { return overlap(frame, screen); })) return frame;
     return movedInto(frame, *std::min_element(screens.begin(), screens.end(), [&](const Box &a, const Box &b) {
-        return distance(frame, a) < distance(frame, b);
-    }));
+                         return distance(frame, a) < distance(frame, b);
+                     }));
 }
 
 Box cascaded(Box frame, const std::vector<Box> &others) {

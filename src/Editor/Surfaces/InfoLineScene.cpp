@@ -95,7 +95,8 @@ InfoLineScene infoLineScene(const AudioEditorState &state, const std::optional<W
                                {"·", false, {}},
                                {decibelText(pointer->levelDb), false, {}}}});
     if (facts.sampleRate > 0) {
-        const auto text = joined({facts.typeName, facts.bits, rateText(facts.sampleRate), channelsText(state.buffer.channels())});
+        const auto text =
+            joined({facts.typeName, facts.bits, rateText(facts.sampleRate), channelsText(state.buffer.channels())});
         scene.right.push_back({InfoGroupKind::format, {{text, true, {}}}});
     }
     scene.right.push_back({InfoGroupKind::place, {{format(state.timeUnit, double(state.buffer.frames()), rate), false, {}}}});
@@ -125,17 +126,22 @@ std::vector<PlacedInfoText> placedInfoTexts(const InfoLineScene &scene, int widt
     }
     std::vector<PlacedInfoText> placed;
     place(shown.left, padding, betweenGroups, measure, placed);
-    place(shown.right, width - padding - widthOf(shown.right, betweenRightGroups, measure), betweenRightGroups, measure, placed);
+    place(shown.right, width - padding - widthOf(shown.right, betweenRightGroups, measure), betweenRightGroups, measure,
+          placed);
     return placed;
 }
 
 std::int64_t infoFieldValue(const AudioEditorState &state, InfoField field) {
     if (!state.selection) return state.cursorFrame;
     switch (field) {
-        case InfoField::cursor: return state.cursorFrame;
-        case InfoField::selectionStart: return state.selection->lo;
-        case InfoField::selectionEnd: return state.selection->hi;
-        case InfoField::selectionLength: return state.selection->count();
+        case InfoField::cursor:
+            return state.cursorFrame;
+        case InfoField::selectionStart:
+            return state.selection->lo;
+        case InfoField::selectionEnd:
+            return state.selection->hi;
+        case InfoField::selectionLength:
+            return state.selection->count();
     }
     return 0;
 }

@@ -62,7 +62,9 @@ LevelSheetScene levelSheetScene(const AudioEditorState &state, Dialog dialog, fl
         .value = value,
         .peakBefore = decibelText(before),
         .peakAfter = decibelText(after),
-        .note = isOver ? "over full scale" : isGain || peak <= 0 ? "" : "gain " + decibelText(after - before),
+        .note = isOver                ? "over full scale"
+                : isGain || peak <= 0 ? ""
+                                      : "gain " + decibelText(after - before),
         .isOver = isOver,
         .isReadable = state.dialogText.empty() || AudioEditorEdits::parseDecibels(state.dialogText).has_value(),
     };

@@ -13,8 +13,8 @@ struct LevelSheetScene {
     std::string target;  // what they act on: "Selection · 1.154 s"
     double value = 0;    // dB
     std::string peakBefore, peakAfter;
-    std::string note;     // "gain +3.2 dB", "over full scale"
-    bool isOver = false;  // the outcome would pass full scale
+    std::string note;        // "gain +3.2 dB", "over full scale"
+    bool isOver = false;     // the outcome would pass full scale
     bool isReadable = true;  // what is being typed is a number
 
     friend bool operator==(const LevelSheetScene &, const LevelSheetScene &) = default;

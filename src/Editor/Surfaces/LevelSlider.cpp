@@ -11,9 +11,7 @@ constexpr double stopPixels = 4;
 
 }  // namespace
 
-double LevelSlider::x(double value) const {
-    return left + width * (std::clamp(value, lo, hi) - lo) / (hi - lo);
-}
+double LevelSlider::x(double value) const { return left + width * (std::clamp(value, lo, hi) - lo) / (hi - lo); }
 
 double LevelSlider::value(double at) const {
     if (lo <= 0 && hi >= 0 && std::fabs(at - x(0)) <= stopPixels) return 0;

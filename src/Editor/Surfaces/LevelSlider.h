@@ -9,8 +9,8 @@ namespace kiv {
 // tick to the middle of the last.
 struct LevelSlider {
     double lo = -24, hi = 24;
-    double origin = 0;  // from where the track is filled
-    int ticks = 5;      // evenly spaced, both ends included
+    double origin = 0;           // from where the track is filled
+    int ticks = 5;               // evenly spaced, both ends included
     double left = 0, width = 1;  // of the track between the middles of the first and the last tick
 
     double x(double value) const;

@@ -22,7 +22,8 @@ float largestOutcome(const AudioEditorBuffer &buffer, AudioEditorMonoSource sour
     float peak = 0;
     buffer.forEachSpan(range, [&](std::span<const float> samples, FrameRange part) {
         for (std::int64_t i = 0; i < part.count(); ++i)
-            peak = std::max(peak, std::fabs(outcomeSample(&samples[std::size_t(i * buffer.channels())], buffer.channels(), source)));
+            peak = std::max(peak,
+                            std::fabs(outcomeSample(&samples[std::size_t(i * buffer.channels())], buffer.channels(), source)));
     });
     return peak;
 }

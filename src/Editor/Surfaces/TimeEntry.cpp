@@ -68,7 +68,8 @@ std::optional<std::int64_t> parseTimeEntry(std::string_view text, AudioEditorTim
     const bool isWhole = entry.find_first_of(".:") == std::string::npos;
     const auto value = clockSeconds(entry);
     if (!value || isTime || !isWhole) return rounded(scaled(value, rate));
-    const bool countsSamples = unit == AudioEditorTimeUnit::samples || (*value * rate > double(frames) && *value <= double(frames));
+    const bool countsSamples =
+        unit == AudioEditorTimeUnit::samples || (*value * rate > double(frames) && *value <= double(frames));
     return rounded(countsSamples ? value : scaled(value, rate));
 }
 

@@ -25,9 +25,7 @@ struct Row {
     std::array<std::optional<Box>, topBarItemCount> &boxes;
     int x;
 
-    Box box(int width) const {
-        return {x, (measures.barHeight - measures.buttonHeight) / 2, width, measures.buttonHeight};
-    }
+    Box box(int width) const { return {x, (measures.barHeight - measures.buttonHeight) / 2, width, measures.buttonHeight}; }
     void right(TopBarItem item, int width, int after) {
         boxes[std::size_t(item)] = box(width);
         x += width + after;

@@ -9,9 +9,24 @@ namespace kiv {
 
 // The controls of the top bar, from left to right.
 enum class TopBarItem {
-    goToStart, playStop, goToEnd, loop, position,
-    slicer, editLoop, spectral, eq,
-    maxLevel, verticalZoomOut, verticalZoomValue, verticalZoomIn, zoomOut, zoomIn, zoomFit, zoomSelection, followPlayhead,
+    goToStart,
+    playStop,
+    goToEnd,
+    loop,
+    position,
+    slicer,
+    editLoop,
+    spectral,
+    eq,
+    maxLevel,
+    verticalZoomOut,
+    verticalZoomValue,
+    verticalZoomIn,
+    zoomOut,
+    zoomIn,
+    zoomFit,
+    zoomSelection,
+    followPlayhead,
 };
 inline constexpr int topBarItemCount = 18;
 inline constexpr int topBarModeCount = 4;  // slicer … eq: those with words

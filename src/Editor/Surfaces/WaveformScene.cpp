@@ -48,7 +48,7 @@ WaveformScene waveformScene(const AudioEditorState &state, ViewSize size, const 
     scene.geometry = waveformGeometry(state, size);
     scene.generation = state.generation;
     scene.powersRevision = view.powersRevision;
-    scene.isEmpty = state.buffer.isEmpty();
+    scene.isEmpty = state.buffer.isEmpty() && state.generation > 0;  // before, nothing has been read yet
     scene.timeLines = timeLines(state, scene.geometry.axis, scene.geometry.columns(), size.scale);
     scene.marks = viewMarks(state, scene.geometry.axis, scene.geometry.columns());
     scene.preview = previewOf(state, scene.geometry);

@@ -25,7 +25,8 @@ public:
         return QAccessibleWidget::interface_cast(type);
     }
     QString text(QAccessible::Text kind) const override {
-        return kind == QAccessible::Value ? QString::fromStdString(decibelText(slider().level())) : QAccessibleWidget::text(kind);
+        return kind == QAccessible::Value ? QString::fromStdString(decibelText(slider().level()))
+                                          : QAccessibleWidget::text(kind);
     }
     QVariant currentValue() const override { return slider().level(); }
     void setCurrentValue(const QVariant &value) override {

@@ -21,8 +21,8 @@ constexpr int messageLine = 20, textLine = 16;
 
 }  // namespace
 
-AlertSheet::AlertSheet(ViewStyle &style, AlertTone tone, DocumentUi::Question question,
-                       std::function<void(std::size_t)> answer, QWidget *parent)
+AlertSheet::AlertSheet(ViewStyle &style, AlertTone tone, DocumentUi::Question question, std::function<void(std::size_t)> answer,
+                       QWidget *parent)
     : Sheet(style, parent),
       tone_(tone),
       message_(onScreen(question.message)),
@@ -76,7 +76,8 @@ int AlertSheet::textHeight(const QString &text, const QFont &font, int lineHeigh
     if (text.isEmpty()) return 0;
     const QFontMetrics metrics(font);
     const int wrapped = metrics.boundingRect(QRect(0, 0, width, 100000), Qt::TextWordWrap, text).height();
-    return style().grown(lineHeight) * std::max(1, (wrapped + metrics.lineSpacing() / 2) / metrics.lineSpacing());
+    const int lines = std::max(1, (wrapped + metrics.lineSpacing() / 2) / metrics.lineSpacing());
+    return std::max(wrapped, style().grown(lineHeight) * lines);
 }
 
 int AlertSheet::buttonsTop(int width) const {

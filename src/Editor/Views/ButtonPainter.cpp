@@ -16,7 +16,7 @@ constexpr int iconSize = 16;
 constexpr int iconToText = 6;
 constexpr int labelPadding = 9;
 constexpr int labelToText = 4;  // at least
-constexpr double pale = 0.4;  // a default button that cannot be pressed
+constexpr double pale = 0.4;    // a default button that cannot be pressed
 
 struct ButtonColors {
     Rgba fill, border, text;
@@ -88,7 +88,8 @@ void paintLabelled(QPainter &painter, const QRectF &rect, const ButtonLook &look
 
 void paintButton(QPainter &painter, const QRectF &rect, const ButtonLook &look, const ViewStyle &style) {
     const ButtonColors colors = colorsOf(look, style.colors());
-    paintBox(painter, rect, isSheet(look.kind) ? 6 : style.radius(), toColor(colors.fill), toColor(colors.border), look.corners);
+    paintBox(painter, rect, isSheet(look.kind) ? 6 : style.radius(), toColor(colors.fill), toColor(colors.border),
+             look.corners);
     const QColor text = toColor(colors.text);
     if (!look.label.isEmpty()) return paintLabelled(painter, rect, look, text, style);
     QRectF content(0, rect.top(), contentWidth(look, style), rect.height());

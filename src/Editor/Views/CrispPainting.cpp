@@ -38,27 +38,23 @@ double lineWidth(const QPainter &painter, double width) {
 void fillCrisp(QPainter &painter, const QRectF &rect, const QColor &color) { painter.fillRect(snapped(painter, rect), color); }
 
 QPainterPath roundedPath(const QRectF &rect, double radius, Corners corners) {
-    QPainterPath path;
-    if (corners == Corners::all) {
-        path.addRoundedRect(rect, radius, radius);
-        return path;
-    }
-    path.addRect(rect);
-    if (corners == Corners::none) return path;
-    // The rounded box, with its square side or sides filled up.
-    QPainterPath rounded;
-    rounded.addRoundedRect(rect, radius, radius);
-    QRectF square = rect;
-    if (corners == Corners::left) square.setLeft(rect.left() + radius);
-    if (corners == Corners::right) square.setRight(rect.right() - radius);
-    if (corners == Corners::bottom) square.setBottom(rect.bottom() - radius);
-    QPainterPath rest;
-    rest.addRect(square);
-    return rounded.united(rest);
+    const bool isAll = corners == Corners::all, isBottom = corners == Corners::bottom;
+    const double topLeft = isAll || corners == Corners::left ? 2 * radius : 0;
+    const double topRight = isAll || corners == Corners::right ? 2 * radius : 0;
+    const double bottomRight = isBottom ? 2 * radius : topRight, bottomLeft = isBottom ? 2 * radius : topLeft;
+    QPainterPath path(QPointF(rect.left(), rect.top() + topLeft / 2));
+    if (topLeft > 0) path.arcTo(rect.left(), rect.top(), topLeft, topLeft, 180, -90);
+    path.lineTo(rect.right() - topRight / 2, rect.top());
+    if (topRight > 0) path.arcTo(rect.right() - topRight, rect.top(), topRight, topRight, 90, -90);
+    path.lineTo(rect.right(), rect.bottom() - bottomRight / 2);
+    if (bottomRight > 0) path.arcTo(rect.right() - bottomRight, rect.bottom() - bottomRight, bottomRight, bottomRight, 0, -90);
+    path.lineTo(rect.left() + bottomLeft / 2, rect.bottom());
+    if (bottomLeft > 0) path.arcTo(rect.left(), rect.bottom() - bottomLeft, bottomLeft, bottomLeft, 270, -90);
+    path.closeSubpath();
+    return path;
 }
 
-void paintBox(QPainter &painter, const QRectF &rect, double radius, const QColor &fill, const QColor &border,
-              Corners corners) {
+void paintBox(QPainter &painter, const QRectF &rect, double radius, const QColor &fill, const QColor &border, Corners corners) {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF outer = snapped(painter, rect);

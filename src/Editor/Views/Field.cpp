@@ -102,7 +102,8 @@ void Field::keyPressEvent(QKeyEvent *event) {
         case Qt::Key_Down:
             if (onStep) return onStep(event->key() == Qt::Key_Up ? 1 : -1, isSmall);
             break;
-        default: break;
+        default:
+            break;
     }
     QLineEdit::keyPressEvent(event);
 }

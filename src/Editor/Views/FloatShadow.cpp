@@ -2,6 +2,7 @@
 
 #include <QPaintEvent>
 #include <QPainter>
+#include <algorithm>
 
 namespace kiv {
 
@@ -30,7 +31,8 @@ QPixmap FloatShadow::drawn(double ratio) const {
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
     paintShadow(painter, box_, style_);
-    paintBox(painter, QRectF(box_).adjusted(-1, -1, 1, 1), radius_ + 1, toColor(style_.colors().panelEdge), {}, corners_);
+    const double radius = std::min(radius_, box_.height() / 2.0) + 1;
+    paintBox(painter, QRectF(box_).adjusted(-1, -1, 1, 1), radius, toColor(style_.colors().panelEdge), {}, corners_);
     return pixmap;
 }
 

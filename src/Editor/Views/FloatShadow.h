@@ -11,6 +11,7 @@ namespace kiv {
 // pointer through.
 class FloatShadow : public QWidget {
 public:
+    // A radius beyond half the box's height makes its ends round.
     FloatShadow(ViewStyle &style, double radius, Corners corners, QWidget *parent);
 
     // Around this box of the parent, nothing of it above `top`.

@@ -54,7 +54,8 @@ bool FocusRing::eventFilter(QObject *watched, QEvent *event) {
         case QEvent::Show:
             if (control_ == control) place();
             break;
-        default: break;
+        default:
+            break;
     }
     return false;
 }

@@ -22,26 +22,34 @@ QSize KivStyle::sizeFromContents(ContentsType type, const QStyleOption *option, 
 int KivStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const {
     switch (metric) {
         case PM_MenuHMargin:
-        case PM_MenuVMargin: return Menu::padding;
+        case PM_MenuVMargin:
+            return Menu::padding;
         case PM_MenuPanelWidth:
         case PM_MenuBarVMargin:
         case PM_MenuBarItemSpacing:
-        case PM_MenuBarPanelWidth: return 0;
-        case PM_MenuBarHMargin: return MenuBar::padding;
-        default: return QProxyStyle::pixelMetric(metric, option, widget);
+        case PM_MenuBarPanelWidth:
+            return 0;
+        case PM_MenuBarHMargin:
+            return MenuBar::padding;
+        default:
+            return QProxyStyle::pixelMetric(metric, option, widget);
     }
 }
 
 int KivStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget, QStyleHintReturn *data) const {
     switch (hint) {
-        case SH_ToolTip_WakeUpDelay: return 600;
+        case SH_ToolTip_WakeUpDelay:
+            return 600;
         // Alt with a letter is a command, and Alt alone the start of one.
         case SH_MenuBar_AltKeyNavigation:
         case SH_Menu_AllowActiveAndDisabled:
-        case SH_UnderlineShortcut: return 0;
+        case SH_UnderlineShortcut:
+            return 0;
         case SH_MenuBar_MouseTracking:
-        case SH_Menu_MouseTracking: return 1;
-        default: return QProxyStyle::styleHint(hint, option, widget, data);
+        case SH_Menu_MouseTracking:
+            return 1;
+        default:
+            return QProxyStyle::styleHint(hint, option, widget, data);
     }
 }
 

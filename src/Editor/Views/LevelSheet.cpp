@@ -85,7 +85,8 @@ void LevelSheet::refresh() {
     field_->setReadable(scene_.isReadable);
     apply_->setEnabled(scene_.isReadable);
     setAccessibleName(onScreen(scene_.title));
-    setAccessibleDescription(onScreen(scene_.target + ". Peak " + scene_.peakBefore + " → " + scene_.peakAfter + " " + scene_.note));
+    setAccessibleDescription(
+        onScreen(scene_.target + ". Peak " + scene_.peakBefore + " → " + scene_.peakAfter + " " + scene_.note));
     slider_->setAccessibleName(onScreen(scene_.title));
     field_->setAccessibleName(onScreen(scene_.title));
     update();
@@ -118,7 +119,8 @@ double LevelSheet::paintPeak(QPainter *painter, double x, const QRectF &row) con
     const auto part = [&](const std::string &words, QFont::Weight weight, Rgba color, double after) {
         const QFont font = style().font(13, weight);
         const double width = digitTextWidth(font, onScreen(words));
-        if (painter) drawText(*painter, QRectF(x, row.top(), width + 2, row.height()), Qt::AlignLeft, font, color, onScreen(words));
+        if (painter)
+            drawText(*painter, QRectF(x, row.top(), width + 2, row.height()), Qt::AlignLeft, font, color, onScreen(words));
         x += width + after;
     };
     part("Peak", QFont::Normal, colors.dialogDim, 8);
@@ -155,7 +157,8 @@ void LevelSheet::paintEvent(QPaintEvent *event) {
     QPainter painter(this);
     const ThemeColors &colors = style().colors();
     const QRectF title(padding, padding, width() - 2 * padding, style().grown(titleLine));
-    drawText(painter, title, Qt::AlignLeft, style().font(15, QFont::DemiBold), colors[Role::dialogText], onScreen(scene_.title));
+    drawText(painter, title, Qt::AlignLeft, style().font(15, QFont::DemiBold), colors[Role::dialogText],
+             onScreen(scene_.title));
     drawText(painter, title, Qt::AlignRight, style().font(13), colors.dialogDim, onScreen(scene_.target));
     const double top = rowTop() + style().grown(32) + 20;
     const double rowHeight = needsTwoRows(width()) ? style().grown(24) : apply_->height();

@@ -119,12 +119,17 @@ void LevelSliderView::keyPressEvent(QKeyEvent *event) {
     const bool isSmall = event->modifiers() & Qt::ShiftModifier;
     switch (event->key()) {
         case Qt::Key_Left:
-        case Qt::Key_Down: return onStep ? onStep(-1, isSmall) : void();
+        case Qt::Key_Down:
+            return onStep ? onStep(-1, isSmall) : void();
         case Qt::Key_Right:
-        case Qt::Key_Up: return onStep ? onStep(1, isSmall) : void();
-        case Qt::Key_Home: return choose(slider_.lo);
-        case Qt::Key_End: return choose(slider_.hi);
-        default: event->ignore();
+        case Qt::Key_Up:
+            return onStep ? onStep(1, isSmall) : void();
+        case Qt::Key_Home:
+            return choose(slider_.lo);
+        case Qt::Key_End:
+            return choose(slider_.hi);
+        default:
+            event->ignore();
     }
 }
 

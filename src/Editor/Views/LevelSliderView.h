@@ -10,8 +10,8 @@ namespace kiv {
 
 void paintLevelSlider(QPainter &painter, const QRectF &rect, const LevelSlider &slider, double value, const ViewStyle &style);
 
-// A slider for decibels. Dragged, scrolled, stepped by keys, and put back to 0 by a double-click. To the toolkit its value is in
-// tenths.
+// A slider for decibels. Dragged, scrolled, stepped by keys, and put back to 0 by a double-click. To the toolkit its value is
+// in tenths.
 class LevelSliderView : public QSlider {
 public:
     LevelSliderView(ViewStyle &style, const LevelSlider &slider, QWidget *parent);

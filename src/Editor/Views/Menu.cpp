@@ -4,6 +4,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <cmath>
+#include <utility>
 
 #include "Editor/Views/CrispPainting.h"
 
@@ -15,12 +16,10 @@ using Role = AudioEditorThemeColor;
 
 constexpr int rowPadding = 12;
 constexpr int checkWidth = 22;
-constexpr int beforeShortcut = 60;
+constexpr int beforeShortcut = 61;
 constexpr double menuRadius = 8;
 constexpr int titlePadding = 9;
-constexpr const char *shortcutProperty = "kivShortcut";
-
-QString shortcutOf(const QAction *action) { return action->property(shortcutProperty).toString(); }
+QString shortcutOf(const QAction *action) { return action->data().toString(); }
 
 bool hasChecks(const QMenu &menu) {
     for (const QAction *action : menu.actions())
@@ -33,6 +32,7 @@ bool hasChecks(const QMenu &menu) {
 Menu::Menu(const ViewStyle &style, QWidget *parent) : Menu(style, QString(), parent) {}
 
 Menu::Menu(const ViewStyle &style, const QString &title, QWidget *parent) : QMenu(title, parent), style_(style) {
+    connect(this, &QMenu::aboutToShow, this, [this] { updateWidth(); });
     if (style.hasTranslucency()) {
         setAttribute(Qt::WA_TranslucentBackground);
         setWindowFlag(Qt::FramelessWindowHint);
@@ -44,9 +44,7 @@ Menu::Menu(const ViewStyle &style, const QString &title, QWidget *parent) : QMen
 }
 
 void Menu::setShortcutText(QAction *action, const QString &text) {
-    if (shortcutOf(action) == text) return;
-    action->setProperty(shortcutProperty, text);
-    updateWidth();
+    if (shortcutOf(action) != text) action->setData(text);  // which tells the menu that the action has changed
 }
 
 int Menu::rowHeight(bool isSeparator) const { return isSeparator ? 9 : style_.grown(28); }
@@ -55,10 +53,12 @@ QRect Menu::panel() const { return rect().marginsRemoved(contentsMargins()); }
 
 void Menu::actionEvent(QActionEvent *event) {
     QMenu::actionEvent(event);
-    updateWidth();
+    isWidthKnown_ = false;
 }
 
+// Texts are measured when the menu is first needed and not while the program starts.
 void Menu::updateWidth() {
+    if (std::exchange(isWidthKnown_, true)) return;
     const QFontMetricsF metrics(style_.font(13));
     double widest = 0;
     for (const QAction *action : actions()) {
@@ -105,7 +105,8 @@ void Menu::paintSurroundings(QPainter &painter, const QRect &changed) const {
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.fillRect(changed, Qt::transparent);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    paintShadow(painter, panel(), style_);
+    // Above the panel there is no room, for there is the menu bar: the shadow begins further down, so that it is not cut off.
+    paintShadow(painter, QRectF(panel()).adjusted(0, shadowExtent - shadowDrop, 0, 0), style_);
     paintBox(painter, QRectF(panel()).adjusted(-1, -1, 1, 1), menuRadius + 1, toColor(style_.colors().panelEdge));
 }
 
@@ -117,7 +118,8 @@ void Menu::paintRow(QPainter &painter, const QRectF &row, QAction *action) const
     }
     const bool isChosen = action == activeAction() && action->isEnabled();
     if (isChosen) paintBox(painter, row, 5, toColor(colors[Role::accentBg]));
-    const Rgba rest = action->isEnabled() ? colors[Role::dialogText] : mix(colors[Role::dialogBg], colors[Role::dialogText], 0.42);
+    const Rgba rest =
+        action->isEnabled() ? colors[Role::dialogText] : mix(colors[Role::dialogBg], colors[Role::dialogText], 0.42);
     const Rgba shortcut = action->isEnabled() ? colors.dialogDim : rest;
     QRectF inside = row.adjusted(rowPadding, 0, -rowPadding, 0);
     painter.setFont(style_.font(13));

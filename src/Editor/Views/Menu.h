@@ -32,6 +32,7 @@ private:
     void paintRow(QPainter &painter, const QRectF &row, QAction *action) const;
 
     const ViewStyle &style_;
+    bool isWidthKnown_ = false;
 };
 
 class MenuBar : public QMenuBar {

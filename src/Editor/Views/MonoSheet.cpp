@@ -72,7 +72,8 @@ private:
         const ThemeColors &colors = style_.colors();
         const QFont font = style_.font(13, QFont::Medium);
         const double label = QFontMetricsF(font).horizontalAdvance(QPushButton::text());
-        const double keyWidth = std::max<double>(keySize, QFontMetricsF(style_.font(11)).horizontalAdvance(QPushButton::text()[0]) + 2 * keyPadding);
+        const double keyWidth = std::max<double>(
+            keySize, QFontMetricsF(style_.font(11)).horizontalAdvance(QPushButton::text()[0]) + 2 * keyPadding);
         const double left = tile.center().x() - (label + textToKey + keyWidth) / 2;
         const QRectF row(left, tile.bottom() - keySize - 8, label + 1, keySize);
         painter.setFont(font);

@@ -19,12 +19,12 @@ constexpr auto shownFor = 4s;
 constexpr int padding = 16;
 constexpr int textStart = 43;  // after the check mark
 constexpr int above = 24;      // over the foot of the area
-constexpr double pillRadius = 18;
+constexpr double roundEnds = 1000;
 
 }  // namespace
 
 Notice::Notice(ViewStyle &style, QWidget *parent)
-    : QWidget(parent), style_(style), shadow_(new FloatShadow(style, pillRadius, Corners::all, parent)) {
+    : QWidget(parent), style_(style), shadow_(new FloatShadow(style, roundEnds, Corners::all, parent)) {
     hide();
     shadow_->hide();
     timer_.setSingleShot(true);

@@ -20,11 +20,20 @@ KeyPress pressOf(const QKeyEvent &event) {
     KeyPress press;
     switch (event.key()) {
         case Qt::Key_Return:
-        case Qt::Key_Enter: press.namedKey = "return"; break;
-        case Qt::Key_Escape: press.namedKey = "escape"; break;
-        case Qt::Key_Left: press.namedKey = "left"; break;
-        case Qt::Key_Right: press.namedKey = "right"; break;
-        default: break;
+        case Qt::Key_Enter:
+            press.namedKey = "return";
+            break;
+        case Qt::Key_Escape:
+            press.namedKey = "escape";
+            break;
+        case Qt::Key_Left:
+            press.namedKey = "left";
+            break;
+        case Qt::Key_Right:
+            press.namedKey = "right";
+            break;
+        default:
+            break;
     }
     press.plain = event.text().toLower().toStdString();
     press.unmodified = event.text().toStdString();

@@ -37,17 +37,14 @@ void SheetHost::showNext() {
     waiting_.pop_front();
     sheet_->setParent(clip_);
     sheet_->onWheel = onWheel;
+    const bool slides = !style_.reducesMotion() && clip_->window()->isVisible();
+    place(slides ? 0 : 1);  // before it is shown, lest the pointer touches controls that have no place yet
     sheet_->show();
     shadow_->show();
     shadow_->raise();
     clip_->show();
     clip_->raise();
-    if (style_.reducesMotion() || !clip_->window()->isVisible()) {
-        place(1);
-    } else {
-        place(0);
-        slide_.start();
-    }
+    if (slides) slide_.start();
     sheet_->takeFocus();
     if (onShown) onShown(*sheet_);
 }

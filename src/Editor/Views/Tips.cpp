@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <QScreen>
 #include <QWidget>
+#include <QWindow>
 
 #include "Editor/Views/CrispPainting.h"
 
@@ -37,6 +38,8 @@ public:
         const QRect wrapped(0, 0, widestTip - 2 * paddingX, 10000);
         const QSize content = metrics.boundingRect(wrapped, Qt::TextWordWrap, text_).size() + QSize(1, 0);
         const QSize box = content + QSize(2 * paddingX, 2 * paddingY + 2);
+        winId();  // makes the native window, which must know whose tip it is before it is shown
+        windowHandle()->setTransientParent(control->window()->windowHandle());
         setGeometry(QRect(placeFor(control, box), box).marginsAdded(margins()));
         show();
         update();
@@ -116,7 +119,8 @@ bool Tips::eventFilter(QObject *watched, QEvent *event) {
         case QEvent::WindowDeactivate:
             if (control_) hide();
             return false;
-        default: return false;
+        default:
+            return false;
     }
 }
 

@@ -167,7 +167,8 @@ TopBarMeasures TopBar::measures() const {
     TopBarMeasures measures;
     for (const CommandButton &row : commandButtons)
         if (row.hasWords)
-            measures.wordedWidths[std::size_t(int(row.item) - int(Item::slicer))] = widthOf({}, titleText(row.command), row.icon);
+            measures.wordedWidths[std::size_t(int(row.item) - int(Item::slicer))] =
+                widthOf({}, titleText(row.command), row.icon);
     measures.positionWidth = positionWidth();
     measures.maxLevelWidth = std::max(106, widthOf("Max", "−88.8 dB", ""));
     measures.verticalValueWidth = std::max(60, widthOf({}, "−88 dB", "") - 4);
@@ -204,7 +205,8 @@ void TopBar::wheelEvent(QWheelEvent *event) { event->accept(); }
 void TopBar::mousePressEvent(QMouseEvent *event) { event->accept(); }
 
 void TopBar::shareVerticalZoomWheel() {
-    for (Item item : {Item::verticalZoomOut, Item::verticalZoomValue, Item::verticalZoomIn}) button(item)->installEventFilter(this);
+    for (Item item : {Item::verticalZoomOut, Item::verticalZoomValue, Item::verticalZoomIn})
+        button(item)->installEventFilter(this);
 }
 
 // The wheel over the vertical zoom group steps it.

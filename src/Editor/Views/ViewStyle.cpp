@@ -37,9 +37,7 @@ QFont ViewStyle::font(int pixels, QFont::Weight weight) const {
     return font;
 }
 
-int ViewStyle::grown(int height) const {
-    return height + 4 * std::max(0, int(std::lround(height * (textFactor_ - 1) / 4)));
-}
+int ViewStyle::grown(int height) const { return height + 4 * std::max(0, int(std::lround(height * (textFactor_ - 1) / 4))); }
 
 QPixmap ViewStyle::icon(std::string_view name, const QColor &color, double ratio, int size) const {
     return icons_->pixmap(name, size, ratio, color);

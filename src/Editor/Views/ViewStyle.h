@@ -27,8 +27,8 @@ public:
     QColor color(AudioEditorThemeColor role) const { return toColor(colors_[role]); }
     double radius() const { return colors_.theme.buttonRadius; }
 
-    // The desktop's interface font, else Inter, Noto Sans, the default sans; `pixels` at a desktop font of 10 points, scaled with
-    // it by 0.9 … 1.6.
+    // The desktop's interface font, else Inter, Noto Sans, the default sans; `pixels` at a desktop font of 10 points, scaled
+    // with it by 0.9 … 1.6.
     QFont font(int pixels, QFont::Weight weight = QFont::Normal) const;
     double textFactor() const { return textFactor_; }
     // A height that holds text, grown with the text factor in steps of 4.

@@ -37,8 +37,8 @@ struct DocumentWindowTest : testing::Test {
         QApplication::setQuitOnLastWindowClosed(false);
         QApplication::setStyle(new KivStyle);
         style.setReducesMotion(true);
-        controller = std::make_unique<DocumentWindowController>(WindowServices{
-            {*world.files, world.jobs, world.settings, world.clipboard, &world.playback}, style, shortcuts});
+        controller = std::make_unique<DocumentWindowController>(
+            WindowServices{{*world.files, world.jobs, world.settings, world.clipboard, &world.playback}, style, shortcuts});
         controller->onClosed = [this] { ++closed; };
         view().menuBar().addOwnMenu("File");
     }
@@ -143,7 +143,8 @@ TEST_F(DocumentWindowTest, EditDialogsAreSheets) {
 TEST_F(DocumentWindowTest, OtherCommandsWaitForTheSheet) {
     open();
     controller->perform(gain);
-    for (EditorCommand command : {reverse, save, undo, goToEnd, EditorCommand::open, EditorCommand::close, normalize, selectAll}) {
+    for (EditorCommand command :
+         {reverse, save, undo, goToEnd, EditorCommand::open, EditorCommand::close, normalize, selectAll}) {
         EXPECT_FALSE(controller->isEnabled(command)) << row(command).raw;
         EXPECT_TRUE(controller->isWaiting(command));
         controller->perform(command);

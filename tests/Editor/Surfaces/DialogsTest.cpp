@@ -39,10 +39,19 @@ TEST(PeakOfRange, IsThatOfTheSamplesWhereverTheRangeLies) {
     const AudioEditorBuffer buffer = inPieces(noise(2000, 2, 3));
     const AudioEditorPeaks peaks(buffer);
     const std::vector<float> samples = buffer.samples();
-    for (const FrameRange range : {FrameRange{0, 2000}, {0, 256}, {1, 255}, {255, 257}, {256, 512}, {300, 1999}, {1792, 2000},
-                                   {1900, 2000}, {700, 700}, {5, 6}}) {
+    for (const FrameRange range : {FrameRange{0, 2000},
+                                   {0, 256},
+                                   {1, 255},
+                                   {255, 257},
+                                   {256, 512},
+                                   {300, 1999},
+                                   {1792, 2000},
+                                   {1900, 2000},
+                                   {700, 700},
+                                   {5, 6}}) {
         float expected = 0;
-        for (std::int64_t i = range.lo * 2; i < range.hi * 2; ++i) expected = std::max(expected, std::fabs(samples[std::size_t(i)]));
+        for (std::int64_t i = range.lo * 2; i < range.hi * 2; ++i)
+            expected = std::max(expected, std::fabs(samples[std::size_t(i)]));
         EXPECT_EQ(peakOfRange(buffer, peaks, range), expected) << range.lo << " " << range.hi;
     }
 }
@@ -123,7 +132,8 @@ TEST(OutcomeColumns, ShowEachOutcome) {
 
 TEST(OutcomeColumns, LongSoundsAreSampledEvenly) {
     std::vector<float> sine;
-    for (int i = 0; i < 400'000; ++i) sine.push_back(float(std::sin(2 * std::numbers::pi * i / 50)) * (i < 200'000 ? 1.0f : 0.25f));
+    for (int i = 0; i < 400'000; ++i)
+        sine.push_back(float(std::sin(2 * std::numbers::pi * i / 50)) * (i < 200'000 ? 1.0f : 0.25f));
     const auto columns = outcomeColumns(AudioEditorBuffer(sine, 1, 44100), AudioEditorMonoSource::mix, 4);
     EXPECT_NEAR(columns[0], 1, 0.01);
     EXPECT_NEAR(columns[3], 0.25, 0.01);

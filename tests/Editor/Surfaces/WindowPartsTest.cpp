@@ -30,10 +30,10 @@ TEST(TopBarLayout, LosesItsPartsOneByOne) {
         int width;
         bool words, vertical, max, position;
     };
-    for (const Row &row : {Row{1120, true, true, true, true}, Row{1119, false, true, true, true}, Row{960, false, true, true, true},
-                           Row{959, false, false, true, true}, Row{800, false, false, true, true},
-                           Row{799, false, false, false, true}, Row{660, false, false, false, true},
-                           Row{659, false, false, false, false}, Row{640, false, false, false, false}}) {
+    for (const Row &row :
+         {Row{1120, true, true, true, true}, Row{1119, false, true, true, true}, Row{960, false, true, true, true},
+          Row{959, false, false, true, true}, Row{800, false, false, true, true}, Row{799, false, false, false, true},
+          Row{660, false, false, false, true}, Row{659, false, false, false, false}, Row{640, false, false, false, false}}) {
         const TopBarLayout layout(row.width, TopBarMeasures());
         EXPECT_EQ(layout.showsWords, row.words) << row.width;
         EXPECT_EQ(layout[Item::verticalZoomValue].has_value(), row.vertical) << row.width;

@@ -17,7 +17,8 @@ using Role = AudioEditorThemeColor;
 // A picture of `logical` size at a scale, probed in logical pixels.
 class Picture {
 public:
-    Picture(QSize logical, double scale, const QColor &background) : image_(logical * scale, QImage::Format_ARGB32_Premultiplied) {
+    Picture(QSize logical, double scale, const QColor &background)
+        : image_(logical * scale, QImage::Format_ARGB32_Premultiplied) {
         image_.setDevicePixelRatio(scale);
         image_.fill(background);
     }
@@ -57,6 +58,7 @@ struct ControlPaintersTest : testing::TestWithParam<double> {
     double scale = GetParam();
 
     QColor color(Role role) const { return style.color(role); }
+    static int lineOf(double scale) { return std::max(1, int(scale)); }
     Picture button(const ButtonLook &look) const {
         Picture picture({75, 28}, scale, color(Role::topbarBg));
         picture.paint([&](QPainter &painter) { paintButton(painter, QRectF(0, 0, 75, 28), look, style); });
@@ -83,8 +85,10 @@ TEST_P(ControlPaintersTest, ButtonStatesHaveTheirColors) {
         {"disabled", {.isEnabled = false}, toColor(rest), line},
         {"sheet", {.kind = ButtonKind::sheet}, color(Role::dialogBg), toColor(colors.fieldBorder)},
         {"default", {.kind = ButtonKind::sheetDefault}, accent, accent},
-        {"default, disabled", {.kind = ButtonKind::sheetDefault, .isEnabled = false},
-         toColor(mix(colors[Role::dialogBg], colors[Role::accentBg], 0.4)), toColor(mix(colors[Role::dialogBg], colors[Role::accentBg], 0.4))},
+        {"default, disabled",
+         {.kind = ButtonKind::sheetDefault, .isEnabled = false},
+         toColor(mix(colors[Role::dialogBg], colors[Role::accentBg], 0.4)),
+         toColor(mix(colors[Role::dialogBg], colors[Role::accentBg], 0.4))},
     };
     for (const Row &row : rows) {
         const Picture picture = button(row.look);
@@ -96,7 +100,7 @@ TEST_P(ControlPaintersTest, ButtonStatesHaveTheirColors) {
 
 TEST_P(ControlPaintersTest, BordersAreOneSharpLine) {
     const Picture picture = button({});
-    const int thickness = scale < 2 ? 1 : 2;
+    const int thickness = lineOf(scale);
     const QColor line = color(Role::topbarButtonBorder), fill = color(Role::topbarButtonBg);
     for (int i = 0; i < thickness; ++i) EXPECT_EQ(picture.device(i, int(14 * scale)), line);
     EXPECT_EQ(picture.device(thickness, int(14 * scale)), fill);
@@ -113,6 +117,23 @@ TEST_P(ControlPaintersTest, CornersAreRoundOnlyWhereTheButtonStandsAlone) {
     EXPECT_EQ(button({.corners = Corners::right}).device(right, 0), background);
 }
 
+// As widgets paint: at 0, with the painter moved to the widget's place in the window.
+TEST_P(ControlPaintersTest, BoxesAreFilledEvenlyWhereverTheyStand) {
+    const QColor fill(Qt::red);
+    for (Corners corners : {Corners::all, Corners::left, Corners::right, Corners::bottom, Corners::none})
+        for (int place = 0; place < 1200; place += 7) {
+            Picture picture({1240, 40}, scale, Qt::black);
+            picture.paint([&](QPainter &painter) {
+                painter.translate(place, 8);
+                paintBox(painter, QRectF(0, 0, 32, 28), 6, fill, Qt::green, corners);
+            });
+            const int row = int(22 * scale);
+            EXPECT_EQ(picture.count(row, fill),
+                      int(std::round((place + 32) * scale)) - int(std::round(place * scale)) - 2 * lineOf(scale))
+                << place << " " << int(corners);
+        }
+}
+
 TEST_P(ControlPaintersTest, IconsTakeTheColorOfTheirText) {
     const QRect icon(30, 6, 16, 16);
     const auto look = [](bool isEnabled) { return ButtonLook{.icon = "stop", .isEnabled = isEnabled}; };
@@ -122,9 +143,9 @@ TEST_P(ControlPaintersTest, IconsTakeTheColorOfTheirText) {
 }
 
 TEST_P(ControlPaintersTest, EveryIconIsThere) {
-    for (const char *name : {"play", "stop", "go-to-start", "go-to-end", "loop-playback", "slicer", "edit-loop", "spectral", "eq",
-                             "zoom-in", "zoom-out", "zoom-fit", "zoom-selection", "follow-playhead", "plus", "minus", "warning",
-                             "check"}) {
+    for (const char *name :
+         {"play", "stop", "go-to-start", "go-to-end", "loop-playback", "slicer", "edit-loop", "spectral", "eq", "zoom-in",
+          "zoom-out", "zoom-fit", "zoom-selection", "follow-playhead", "plus", "minus", "warning", "check"}) {
         const QImage icon = style.icon(name, Qt::white, scale).toImage();
         ASSERT_EQ(icon.width(), int(std::round(16 * scale))) << name;
         int painted = 0;
@@ -163,9 +184,8 @@ TEST_P(ControlPaintersTest, DigitsKeepTheirPlaces) {
     // The unit behind the digits is painted at the same columns whatever the digits are.
     const auto tail = [&](const char *text) {
         Picture picture({160, 28}, scale, Qt::black);
-        picture.paint([&](QPainter &painter) {
-            paintDigitText(painter, QRectF(0, 0, 160, 28), Qt::AlignLeft, font, Qt::white, text);
-        });
+        picture.paint(
+            [&](QPainter &painter) { paintDigitText(painter, QRectF(0, 0, 160, 28), Qt::AlignLeft, font, Qt::white, text); });
         std::vector<QRgb> pixels;
         const double from = digitTextWidth(font, "0.000");
         for (int y = 0; y < 28 * scale; ++y)

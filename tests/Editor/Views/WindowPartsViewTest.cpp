@@ -32,9 +32,13 @@ struct TopBarTest : WindowPartsFixture {
 };
 
 TEST_F(TopBarTest, ButtonsPerformTheirCommandsOnReleaseInside) {
-    for (const auto &[item, command] : {std::pair{Item::goToStart, goToStart}, {Item::playStop, playStop}, {Item::loop, loop},
-                                        {Item::zoomIn, zoomIn}, {Item::verticalZoomIn, verticalZoomIn},
-                                        {Item::verticalZoomValue, verticalZoomReset}, {Item::followPlayhead, followPlayhead}}) {
+    for (const auto &[item, command] : {std::pair{Item::goToStart, goToStart},
+                                        {Item::playStop, playStop},
+                                        {Item::loop, loop},
+                                        {Item::zoomIn, zoomIn},
+                                        {Item::verticalZoomIn, verticalZoomIn},
+                                        {Item::verticalZoomValue, verticalZoomReset},
+                                        {Item::followPlayhead, followPlayhead}}) {
         target.performed.clear();
         click(bar.button(item));
         EXPECT_EQ(target.performed, std::vector{command});
@@ -394,7 +398,8 @@ TEST_F(OverlaysTest, BusyLineShowsLongWorkOnly) {
     const auto waitUntilVisible = [&](int milliseconds) {
         QElapsedTimer clock;
         clock.start();
-        while (!line.isVisible() && clock.elapsed() < milliseconds) QApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
+        while (!line.isVisible() && clock.elapsed() < milliseconds)
+            QApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
         return clock.elapsed();
     };
     waitUntilVisible(400);
