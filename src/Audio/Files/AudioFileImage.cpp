@@ -55,7 +55,7 @@ private:
         return {frame, std::min(frame + count, buffer_.frames())};
     }
 
-    // Part 0 writes, the others encode.
+    // The first of them writes, the others encode.
     void encodeWhileWriting(FrameRange range, CountingSink &sink) {
         const std::int64_t grain = std::max<std::int64_t>(blockBytes / frameBytes_, 1);
         const std::int64_t blocks = (range.count() + grain - 1) / grain;
