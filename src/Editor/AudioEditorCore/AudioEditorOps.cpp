@@ -142,4 +142,25 @@ AudioEditorBuffer withChannels(const AudioEditorBuffer &buffer, std::int64_t cha
     });
 }
 
+AudioEditorBuffer sliceFaded(const AudioEditorBuffer &buffer, std::int64_t fadeIn, std::int64_t fadeOut) {
+    const std::int64_t frames = buffer.frames(), channels = buffer.channels();
+    const std::int64_t rising = std::clamp<std::int64_t>(fadeIn, 0, frames),
+                       falling = std::clamp<std::int64_t>(fadeOut, 0, frames);
+    const auto gain = [=](std::int64_t i) {
+        float value = 1;
+        if (i < rising) value = float(i) / float(rising);
+        if (frames - 1 - i < falling) value *= float(frames - 1 - i) / float(falling);
+        return value;
+    };
+    const auto ramp = [&](const AudioEditorBuffer &sound, FrameRange range) {
+        return rewritten(sound, range, [&, range](std::span<const float> in, std::int64_t at, float *out) {
+            for (std::size_t s = 0; s < in.size(); ++s) {
+                const std::int64_t frame = at + std::int64_t(s) / channels;
+                out[at * channels + std::int64_t(s)] = in[s] * gain(range.lo + frame);
+            }
+        });
+    };
+    return ramp(ramp(buffer, {0, rising}), {std::max(frames - falling, rising), frames});
+}
+
 }  // namespace kiv::AudioEditorOps

@@ -5,6 +5,7 @@
 
 #include "Editor/AudioEditorCore/AudioEditorBuffer.h"
 #include "Editor/AudioEditorCore/AudioEditorMonoSource.h"
+#include "Support/Progress.h"
 
 // The operations on sound: pure functions from a buffer to a new one. Ranges must lie inside the buffer. Nothing is clipped to
 // full scale and nothing is dithered. Gains and positions are computed in 64-bit float and the product is stored as 32-bit
@@ -46,13 +47,24 @@ AudioEditorBuffer mono(const AudioEditorBuffer &buffer, AudioEditorMonoSource so
 // Each frame as `channels` copies of the mean of its channels. The same count: unchanged.
 AudioEditorBuffer withChannels(const AudioEditorBuffer &buffer, std::int64_t channels);
 
+// Linear fades over the first `fadeIn` and the last `fadeOut` frames, in 32-bit float, for slices that are saved: the very
+// first and the very last frame become 0. Counts above the length count as the length; where both fades meet, both apply.
+AudioEditorBuffer sliceFaded(const AudioEditorBuffer &buffer, std::int64_t fadeIn, std::int64_t fadeOut);
+
+// The long ones take a Progress, which they start with their own total and which may cancel them by Cancelled; null does
+// without.
+
 // Band-limited resampling of planar channels from one rate to another (hertz, above 0) into exactly `count` frames, one
 // parallel task a channel; what the resampler gives too little is silence, what it gives too much is cut off.
 std::vector<std::vector<float>> bandLimited(const std::vector<std::vector<float>> &channels, double fromRate, double toRate,
-                                            std::int64_t count);
+                                            std::int64_t count, Progress *progress = nullptr);
 
 // The sound at another rate: max(round(rate · frames / old rate), 1) frames. The same rate, or fewer than 2 frames: unchanged,
 // with its own rate.
-AudioEditorBuffer withSampleRate(const AudioEditorBuffer &buffer, std::int64_t rate);
+AudioEditorBuffer withSampleRate(const AudioEditorBuffer &buffer, std::int64_t rate, Progress *progress = nullptr);
+
+// One channel read every `step` frames with cubic interpolation (Catmull-Rom, in 32-bit float): max(round(count / step), 1)
+// samples. Fewer than 2 samples, or a step that is not above 0 or not finite: unchanged.
+std::vector<float> resampled(const std::vector<float> &samples, double step);
 
 }  // namespace kiv::AudioEditorOps

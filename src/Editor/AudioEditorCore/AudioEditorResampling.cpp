@@ -33,9 +33,11 @@ Resampler makeResampler(double fromRate, double toRate) {
 }
 
 // Converts one channel: read(range, to) gives the frames of a part of the input, write(at, samples, n) takes the result in
-// order. Exactly `count` frames are written: what the resampler gives less is silence, what it gives more is dropped.
+// order. Exactly `count` frames are written: what the resampler gives less is silence, what it gives more is dropped. Counts
+// the frames read in `progress`, if there is one.
 template <class Read, class Write>
-void resampleChannel(std::int64_t frames, double fromRate, double toRate, std::int64_t count, Read read, Write write) {
+void resampleChannel(std::int64_t frames, double fromRate, double toRate, std::int64_t count, Progress *progress, Read read,
+                     Write write) {
     const Resampler resampler = makeResampler(fromRate, toRate);
     std::array<float, chunkFrames> in, out;
     std::int64_t written = 0;
@@ -53,6 +55,7 @@ void resampleChannel(std::int64_t frames, double fromRate, double toRate, std::i
         for (std::size_t used = 0; used < std::size_t(size) && written < count;)
             used += take(in.data() + used, std::size_t(size) - used).first;
         at += size;
+        if (progress) progress->add(size);
     }
     while (written < count && take(nullptr, 0).second > 0) {
     }
@@ -64,14 +67,15 @@ void resampleChannel(std::int64_t frames, double fromRate, double toRate, std::i
 }  // namespace
 
 std::vector<std::vector<float>> bandLimited(const std::vector<std::vector<float>> &channels, double fromRate, double toRate,
-                                            std::int64_t count) {
+                                            std::int64_t count, Progress *progress) {
+    if (progress) progress->start(std::int64_t(channels.empty() ? 0 : channels.size() * channels[0].size()));
     std::vector<std::vector<float>> result(channels.size(), std::vector<float>(std::size_t(std::max<std::int64_t>(count, 0))));
     parallelFor(std::int64_t(channels.size()), 1, [&](std::int64_t lo, std::int64_t hi) {
         for (std::int64_t c = lo; c < hi; ++c) {
             const float *in = channels[c].data();
             float *out = result[c].data();
             resampleChannel(
-                std::int64_t(channels[c].size()), fromRate, toRate, count,
+                std::int64_t(channels[c].size()), fromRate, toRate, count, progress,
                 [in](FrameRange part, float *to) { std::copy(in + part.lo, in + part.hi, to); },
                 [out](std::int64_t at, const float *samples, std::int64_t n) { std::copy_n(samples, n, out + at); });
         }
@@ -79,22 +83,40 @@ std::vector<std::vector<float>> bandLimited(const std::vector<std::vector<float>
     return result;
 }
 
-AudioEditorBuffer withSampleRate(const AudioEditorBuffer &buffer, std::int64_t rate) {
+AudioEditorBuffer withSampleRate(const AudioEditorBuffer &buffer, std::int64_t rate, Progress *progress) {
     rate = std::max<std::int64_t>(rate, 1);
     if (rate == buffer.sampleRate() || buffer.frames() < 2) return buffer;
     const double from = double(buffer.sampleRate()), to = double(rate);
     const std::int64_t count = std::max<std::int64_t>(std::llround(to * double(buffer.frames()) / from), 1);
     const std::int64_t channels = buffer.channels();
+    if (progress) progress->start(buffer.frames() * channels);
     SampleMemory samples(std::size_t(count * channels));
     parallelFor(channels, 1, [&](std::int64_t lo, std::int64_t hi) {
         for (std::int64_t c = lo; c < hi; ++c)
             resampleChannel(
-                buffer.frames(), from, to, count, [&](FrameRange part, float *in) { buffer.copyChannel(part, c, in); },
+                buffer.frames(), from, to, count, progress,
+                [&](FrameRange part, float *in) { buffer.copyChannel(part, c, in); },
                 [&](std::int64_t at, const float *out, std::int64_t n) {
                     for (std::int64_t i = 0; i < n; ++i) samples.data()[(at + i) * channels + c] = out[i];
                 });
     });
     return AudioEditorBuffer(std::move(samples), channels, rate);
+}
+
+std::vector<float> resampled(const std::vector<float> &samples, double step) {
+    if (samples.size() < 2 || !(step > 0) || !std::isfinite(step)) return samples;
+    const auto last = std::int64_t(samples.size()) - 1;
+    const auto count = std::size_t(std::max(std::round(double(samples.size()) / step), 1.0));
+    std::vector<float> result(count);
+    const auto at = [&](std::int64_t i) { return samples[std::size_t(std::clamp<std::int64_t>(i, 0, last))]; };
+    for (std::size_t j = 0; j < result.size(); ++j) {
+        const double position = step * double(j);
+        const auto i = std::int64_t(position);
+        const float p0 = at(i - 1), p1 = at(i), p2 = at(i + 1), p3 = at(i + 2), u = float(position - double(i));
+        const float square = p0 - 2.5f * p1 + 2 * p2 - 0.5f * p3, cube = (p1 - p2) * 1.5f + (p3 - p0) * 0.5f;
+        result[j] = p1 + u * ((p2 - p0) * 0.5f + u * (square + u * cube));
+    }
+    return result;
 }
 
 }  // namespace kiv::AudioEditorOps
