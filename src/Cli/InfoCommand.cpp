@@ -84,7 +84,10 @@ void writeLoop(JsonWriter &json, const AudioFileContents &contents, std::optiona
     }
 }
 
-std::string asJson(const std::string &path, const AudioFileContents &contents, JsonWriter::Layout layout) {
+using Summary = AudioFileCodec::AudioFileSummary;
+
+std::string asJson(const std::string &path, const Summary &summary, JsonWriter::Layout layout) {
+    const AudioFileContents &contents = summary.contents;
     const AudioFileFormat &format = contents.format;
     const AudioFileEditorPositions shown = editorPositions(contents);
     JsonWriter json(layout);
@@ -92,7 +95,7 @@ std::string asJson(const std::string &path, const AudioFileContents &contents, J
     json.field("typeName", format.typeName).field("bitsDescription", format.bitsDescription);
     json.field("fileExtension", format.fileExtension).field("sampleRate", format.sampleRate);
     writeEncoding(json, format.encoding);
-    json.field("channels", contents.buffer.channels()).field("frames", contents.buffer.frames());
+    json.field("channels", contents.buffer.channels()).field("frames", summary.frames);
     json.field("bufferRate", contents.buffer.sampleRate());
     writeChunks(json, contents.chunks);
     writeFrames(json, "positions", contents.positions);
@@ -110,14 +113,15 @@ std::string rateText(double rate) {
     return decimalText(rate, isWhole ? 0 : 3) + " Hz";
 }
 
-std::string asText(const std::string &path, const AudioFileContents &contents) {
+std::string asText(const std::string &path, const Summary &summary) {
+    const AudioFileContents &contents = summary.contents;
     const AudioEditorBuffer &buffer = contents.buffer;
     const AudioFileEditorPositions shown = editorPositions(contents);
     std::string text = path + "\n  " + contents.format.typeName + ", " + contents.format.bitsDescription + ", " +
                        rateText(contents.format.sampleRate) + ", " + std::to_string(buffer.channels()) +
                        (buffer.channels() == 1 ? " channel\n" : " channels\n");
-    text += "  length   " + std::to_string(buffer.frames()) + " frames, " +
-            format(AudioEditorTimeUnit::seconds, double(buffer.frames()), buffer.sampleRate()) + "\n";
+    text += "  length   " + std::to_string(summary.frames) + " frames, " +
+            format(AudioEditorTimeUnit::seconds, double(summary.frames), buffer.sampleRate()) + "\n";
     if (shown.loop) text += "  loop     " + std::to_string(shown.loop->lo) + " " + std::to_string(shown.loop->hi) + "\n";
     if (!shown.markers.empty()) {
         text += "  markers ";
@@ -133,8 +137,8 @@ std::string asText(const std::string &path, const AudioFileContents &contents) {
 
 std::string info(const InfoCall &call, const DocumentServices &services) {
     Interrupt::install();
-    const AudioFileContents contents = readNow(services, call.file);
-    return call.json ? asJson(call.file, contents, *call.json) : asText(call.file, contents);
+    const Summary summary = summarizeNow(services, call.file);
+    return call.json ? asJson(call.file, summary, *call.json) : asText(call.file, summary);
 }
 
 }  // namespace kiv::Cli

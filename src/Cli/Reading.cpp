@@ -4,14 +4,17 @@
 
 namespace kiv::Cli {
 
-AudioFileContents readNow(const DocumentServices &services, const std::string &path) {
-    AudioFileContents contents;
+namespace {
+
+// The result of a job with a progress bar.
+template <class Result, class Read>
+Result resultOf(const DocumentServices &services, const std::string &path, Read read) {
+    Result result;
     std::exception_ptr failed;
     services.jobs.run(
-        std::make_shared<Progress>(),
-        [&](Progress &progress) { contents = readAudioFile(services.files, path, progress).contents; },
+        std::make_shared<Progress>(), [&](Progress &progress) { result = read(progress); },
         [&](std::exception_ptr failure) { failed = failure; });
-    if (!failed) return contents;
+    if (!failed) return result;
     try {
         std::rethrow_exception(failed);
     } catch (const Cancelled &) {
@@ -19,6 +22,18 @@ AudioFileContents readNow(const DocumentServices &services, const std::string &p
     } catch (...) {
         throw FileFailure(path, errorText(failed));
     }
+}
+
+}  // namespace
+
+AudioFileContents readNow(const DocumentServices &services, const std::string &path) {
+    return resultOf<AudioFileContents>(
+        services, path, [&](Progress &progress) { return readAudioFile(services.files, path, progress).contents; });
+}
+
+AudioFileCodec::AudioFileSummary summarizeNow(const DocumentServices &services, const std::string &path) {
+    return resultOf<AudioFileCodec::AudioFileSummary>(services, path,
+                                                      [&](Progress &) { return summarizeAudioFile(services.files, path); });
 }
 
 }  // namespace kiv::Cli

@@ -15,5 +15,7 @@ struct FileFailure : std::runtime_error {
 
 // The sound file at a path, with the progress bar of a job. Throws FileFailure and Cancelled.
 AudioFileContents readNow(const DocumentServices &services, const std::string &path);
+// The same without the samples.
+AudioFileCodec::AudioFileSummary summarizeNow(const DocumentServices &services, const std::string &path);
 
 }  // namespace kiv::Cli

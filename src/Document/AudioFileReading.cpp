@@ -19,20 +19,12 @@ struct Signature {
 };
 
 constexpr std::array signatures{
-    Signature{0, "fLaC", "FLAC"},
-    Signature{0, "caff", "CAF"},
-    Signature{0, "OggS", "Ogg"},
-    Signature{0, "ID3", "MP3"},
-    Signature{0, "RF64", "RF64"},
-    Signature{0, "BW64", "BW64"},
-    Signature{0, "riff", "Wave64"},
-    Signature{0, ".snd", "AU"},
-    Signature{0, "MThd", "MIDI"},
-    Signature{0, "\x1A\x45\xDF\xA3", "Matroska"},
+    Signature{0, "fLaC", "FLAC"},   Signature{0, "caff", "CAF"},
+    Signature{0, "OggS", "Ogg"},    Signature{0, "ID3", "MP3"},
+    Signature{0, "RF64", "RF64"},   Signature{0, "BW64", "BW64"},
+    Signature{0, "riff", "Wave64"}, Signature{0, ".snd", "AU"},
+    Signature{0, "MThd", "MIDI"},   Signature{0, "\x1A\x45\xDF\xA3", "Matroska"},
     Signature{4, "ftyp", "MPEG-4"},
-    Signature{8, "WAVE", "WAV with this kind of samples"},
-    Signature{8, "AIFF", "AIFF with this kind of samples"},
-    Signature{8, "AIFC", "AIFC with this kind of samples"},
 };
 
 // An MPEG audio frame without a tag before it: eleven bits set, a layer, and a bit rate that is none of the forbidden ones.
@@ -53,17 +45,35 @@ std::string describe(const ByteSource &source) {
     return isMpegFrame(head) ? "MP3" : "unknown kind of file";
 }
 
+std::unique_ptr<ByteSource> opened(Files &files, const std::string &path) {
+    auto source = files.open(path);
+    if (source->size() == 0) throw AudioFileError::unreadable("the file is empty");
+    return source;
+}
+
+[[noreturn]] void refuse(const ByteSource &source) {
+    AudioFileCodec::throwIfUnsupported(source);
+    throw AudioFileError::unsupported(describe(source));
+}
+
 }  // namespace
 
 AudioFileOnDisk readAudioFile(Files &files, const std::string &path, Progress &progress) {
     const auto recovery = files.recoverInterrupted(path);
     // The identity comes first: a file that changes while it is read then counts as changed.
     const auto identity = files.identity(path);
-    const auto source = files.open(path);
-    if (source->size() == 0) throw AudioFileError::unreadable("the file is empty");
+    const auto source = opened(files, path);
     auto contents = AudioFileCodec::readNative(*source, &progress);
-    if (!contents) throw AudioFileError::unsupported(describe(*source));
+    if (!contents) refuse(*source);
     return {std::move(*contents), identity, recovery};
+}
+
+AudioFileCodec::AudioFileSummary summarizeAudioFile(Files &files, const std::string &path) {
+    files.recoverInterrupted(path);
+    const auto source = opened(files, path);
+    auto summary = AudioFileCodec::summarizeNative(*source);
+    if (!summary) refuse(*source);
+    return std::move(*summary);
 }
 
 std::string errorText(std::exception_ptr failure) {

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "Audio/Files/AudioFileContents.h"
+#include "Audio/Files/AudioFileCodec.h"
 #include "Platform/Files.h"
 #include "Support/Progress.h"
 
@@ -19,6 +19,9 @@ struct AudioFileOnDisk {
 // The sound file at a path, put back before where a save was interrupted. Blocks; any thread but the main and audio threads.
 // Throws AudioFileError, std::system_error and Cancelled.
 AudioFileOnDisk readAudioFile(Files &files, const std::string &path, Progress &progress);
+
+// The same without the samples, which is quick however long the sound.
+AudioFileCodec::AudioFileSummary summarizeAudioFile(Files &files, const std::string &path);
 
 // What the user is told of a failed reading or writing: one line.
 std::string errorText(std::exception_ptr failure);

@@ -42,7 +42,7 @@ TEST(Opening, TellsWhatIsWrongWithAFile) {
         {"\xFF\xFB\x90 and more of it", "This audio format is not supported (MP3)."},
         {std::string("\0\0\0\x20", 4) + "ftypM4A ", "This audio format is not supported (MPEG-4)."},
         {"RIFF\x04" + std::string(3, '\0') + "WAVE", "The file could not be read: no format chunk."},
-        {Wav::file({}).replace(20, 1, "\x02"), "This audio format is not supported (WAV with this kind of samples)."},
+        {Wav::file({}).replace(20, 1, "\x02"), "This audio format is not supported (WAV format 2 (Microsoft ADPCM), 16 bits)."},
     };
     for (const auto &[bytes, text] : cases) {
         DocumentWorld world;

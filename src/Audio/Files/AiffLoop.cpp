@@ -1,11 +1,14 @@
 #include <algorithm>
 #include <array>
 #include <bitset>
+#include <map>
 #include <optional>
+#include <set>
 
 #include "Audio/Files/AiffMetadata.h"
 #include "Audio/Files/ByteFields.h"
 #include "Audio/Files/LoopChunks.h"
+#include "Audio/Files/PositionTable.h"
 
 namespace kiv {
 namespace {
@@ -15,9 +18,7 @@ using namespace InstChunk;
 constexpr auto order = std::endian::big;
 constexpr std::size_t mostMarkers = 65535;
 
-using MarkerIds = std::vector<std::uint16_t>;
-
-bool contains(const MarkerIds &ids, std::uint16_t id) { return std::find(ids.begin(), ids.end(), id) != ids.end(); }
+using MarkerIds = std::set<std::uint16_t>;
 
 struct AiffComment {
     std::size_t offset = 0, length = 0;  // the last one's length may reach past the payload
@@ -40,27 +41,82 @@ std::vector<AiffComment> commentsIn(std::span<const std::byte> payload) {
 
 void setCount(AudioFileChunk &chunk, std::size_t count) { putWord(std::span(chunk.data), 0, order, std::uint16_t(count)); }
 
-// Takes the two markers out of a "MARK" chunk, if they are in this one, and returns their ids.
-MarkerIds removeMarkers(AudioFileChunk &mark, AudioFileLoop loop) {
-    MarkerIds removed;
-    std::vector<std::size_t> offsets;
+// A loop of an "INST" chunk that is switched on.
+struct NamedLoop {
+    std::uint16_t begin = 0, end = 0;
+};
+std::optional<NamedLoop> loopAt(const AudioFileChunk &chunk, std::size_t at) {
+    if (chunk.id != "INST" || chunk.data.size() < InstChunk::size || u16At(chunk.data, at + playMode, order) == 0) return {};
+    return NamedLoop{u16At(chunk.data, at + beginMarker, order), u16At(chunk.data, at + endMarker, order)};
+}
+
+PositionIds markersById(const AudioFileContents &contents) {
+    PositionIds ids;
+    for (const AudioFileChunk &chunk : contents.chunks)
+        for (const AudioFilePositionField &field : chunk.fields)
+            if (chunk.id == "MARK") ids.add(u16At(chunk.data, field.offset - 2, order), field.index);
+    return ids;
+}
+
+std::optional<AudioFileLoop> sustainLoopOf(const AudioFileChunk &chunk, PositionIds &ids) {
+    const auto named = loopAt(chunk, sustainLoop);
+    const auto start = named ? ids.find(named->begin) : std::nullopt, end = named ? ids.find(named->end) : std::nullopt;
+    if (!start || !end) return std::nullopt;
+    return AudioFileLoop{*start, *end};
+}
+
+bool hasLength(const AudioFileContents &contents, AudioFileLoop loop) {
+    return contents.positions[std::size_t(loop.start)] < contents.positions[std::size_t(loop.end)];
+}
+
+// Returns the positions of those switched off.
+std::set<std::uint32_t> switchOffLoops(AudioFileContents &contents) {
+    PositionIds ids = markersById(contents);
+    std::set<std::uint32_t> positions;
+    for (AudioFileChunk &chunk : contents.chunks) {
+        const auto loop = sustainLoopOf(chunk, ids);
+        if (!loop || !hasLength(contents, *loop)) continue;
+        positions.insert({std::uint32_t(loop->start), std::uint32_t(loop->end)});
+        std::fill_n(chunk.data.begin() + sustainLoop, loopSize, std::byte{0});
+    }
+    return positions;
+}
+
+MarkerIds namedByLoops(const AudioFileContents &contents) {
+    MarkerIds ids;
+    for (const AudioFileChunk &chunk : contents.chunks)
+        for (const std::size_t at : {sustainLoop, releaseLoop})
+            if (const auto named = loopAt(chunk, at)) ids.insert({named->begin, named->end});
+    return ids;
+}
+
+// Takes the markers at positions out of a "MARK" chunk, but for those to be kept.
+struct RemovedMarkers {
+    MarkerIds ids;
+    std::vector<std::uint32_t> positions;
+};
+void removeMarkers(AudioFileChunk &mark, const std::set<std::uint32_t> &positions, const MarkerIds &kept,
+                   RemovedMarkers &removed) {
+    std::map<std::size_t, std::uint32_t> gone;  // markers by their offset, with their positions
     for (const AudioFilePositionField &field : mark.fields)
-        if (field.index == loop.start || field.index == loop.end) offsets.push_back(field.offset - 2);
-    if (offsets.empty()) return removed;
+        if (positions.contains(field.index) && !kept.contains(u16At(mark.data, field.offset - 2, order)))
+            gone[field.offset - 2] = field.index;
+    if (gone.empty()) return;
     const std::vector<AiffMarker> markers = aiffMarkers(mark.data);
     // The last first, so that the offsets of the others hold.
     for (auto marker = markers.rbegin(); marker != markers.rend(); ++marker) {
-        if (std::find(offsets.begin(), offsets.end(), marker->offset) == offsets.end()) continue;
-        removed.push_back(marker->id);
+        const auto found = gone.find(marker->offset);
+        if (found == gone.end()) continue;
+        removed.ids.insert(marker->id);
+        removed.positions.push_back(found->second);
         cutOut(mark, marker->offset, marker->length);
     }
-    setCount(mark, markers.size() - removed.size());
-    return removed;
+    setCount(mark, markers.size() - gone.size());
 }
 
 void removeComments(AudioFileChunk &comt, const MarkerIds &ids) {
     const std::vector<AiffComment> comments = commentsIn(comt.data);
-    const auto isGone = [&](const AiffComment &comment) { return contains(ids, comment.marker); };
+    const auto isGone = [&](const AiffComment &comment) { return ids.contains(comment.marker); };
     const auto gone = std::count_if(comments.begin(), comments.end(), isGone);
     if (gone == 0) return;
     const auto all = std::span<const std::byte>(comt.data);
@@ -71,16 +127,6 @@ void removeComments(AudioFileChunk &comt, const MarkerIds &ids) {
     if (behind < all.size()) append(kept, all.subspan(behind));
     comt.data = std::move(kept);
     setCount(comt, comments.size() - std::size_t(gone));
-}
-
-// A loop that names a marker which is no more would be one of unknown length: it is switched off.
-void removeLoops(AudioFileChunk &inst, const MarkerIds &ids) {
-    if (inst.data.size() < InstChunk::size) return;
-    for (const std::size_t at : {sustainLoop, releaseLoop}) {
-        const bool namesOne =
-            contains(ids, u16At(inst.data, at + beginMarker, order)) || contains(ids, u16At(inst.data, at + endMarker, order));
-        if (namesOne) std::fill_n(inst.data.begin() + std::ptrdiff_t(at), loopSize, std::byte{0});
-    }
 }
 
 using UsedIds = std::bitset<mostMarkers + 1>;
@@ -165,17 +211,23 @@ bool addAiffLoop(AudioFileContents &contents, AudioFileLoop loop) {
     return true;
 }
 
-void removeAiffLoop(AudioFileContents &contents, AudioFileLoop loop) {
-    MarkerIds ids;
-    for (AudioFileChunk &chunk : contents.chunks) {
-        if (chunk.id != "MARK") continue;
-        const MarkerIds removed = removeMarkers(chunk, loop);
-        ids.insert(ids.end(), removed.begin(), removed.end());
-    }
-    for (AudioFileChunk &chunk : contents.chunks) {
-        if (chunk.id == "COMT") removeComments(chunk, ids);
-        if (chunk.id == "INST") removeLoops(chunk, ids);
-    }
+std::optional<AudioFileLoop> aiffLoop(const AudioFileContents &contents) {
+    PositionIds ids = markersById(contents);
+    for (const AudioFileChunk &chunk : contents.chunks)
+        if (const auto loop = sustainLoopOf(chunk, ids); loop && hasLength(contents, *loop)) return loop;
+    return std::nullopt;
+}
+
+std::vector<std::uint32_t> removeAiffLoops(AudioFileContents &contents) {
+    const std::set<std::uint32_t> positions = switchOffLoops(contents);
+    const MarkerIds kept = namedByLoops(contents);
+    RemovedMarkers removed;
+    for (AudioFileChunk &chunk : contents.chunks)
+        if (chunk.id == "MARK") removeMarkers(chunk, positions, kept, removed);
+    for (AudioFileChunk &chunk : contents.chunks)
+        if (chunk.id == "COMT") removeComments(chunk, removed.ids);
+    std::sort(removed.positions.begin(), removed.positions.end());
+    return removed.positions;
 }
 
 }  // namespace kiv

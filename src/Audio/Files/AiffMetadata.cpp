@@ -1,6 +1,7 @@
 #include "Audio/Files/AiffMetadata.h"
 
 #include "Audio/Files/ByteFields.h"
+#include "Audio/Files/LoopChunks.h"
 #include "Audio/Files/PositionTable.h"
 
 namespace kiv {
@@ -8,20 +9,11 @@ namespace {
 
 constexpr auto order = std::endian::big;
 
-void readMarkers(AudioFileChunk &chunk, PositionTable &table, PositionIds &ids) {
+void readMarkers(AudioFileChunk &chunk, PositionTable &table) {
     for (const AiffMarker &marker : aiffMarkers(chunk.data)) {
         const std::uint32_t index = table.add(marker.position);
         chunk.fields.push_back({.offset = std::uint32_t(marker.offset + 2), .index = index, .bigEndian = true});
-        ids.add(marker.id, index);
     }
-}
-
-void readInstrument(const AudioFileChunk &chunk, PositionTable &table, PositionIds &ids) {
-    using namespace InstChunk;
-    if (chunk.data.size() < InstChunk::size || u16At(chunk.data, sustainLoop + playMode, order) == 0) return;
-    const auto begin = ids.find(u16At(chunk.data, sustainLoop + beginMarker, order));
-    const auto end = ids.find(u16At(chunk.data, sustainLoop + endMarker, order));
-    if (begin && end) table.addLoop(*begin, *end);
 }
 
 }  // namespace
@@ -44,11 +36,9 @@ std::vector<AiffMarker> aiffMarkers(std::span<const std::byte> payload) {
 
 void collectAiffPositions(AudioFileContents &contents, std::int64_t frames) {
     PositionTable table(contents, frames);
-    PositionIds ids;
     for (AudioFileChunk &chunk : contents.chunks)
-        if (chunk.id == "MARK") readMarkers(chunk, table, ids);
-    for (const AudioFileChunk &chunk : contents.chunks)
-        if (chunk.id == "INST") readInstrument(chunk, table, ids);
+        if (chunk.id == "MARK") readMarkers(chunk, table);
+    contents.loop = aiffLoop(contents);
 }
 
 }  // namespace kiv

@@ -19,8 +19,8 @@ using Kind = AudioSampleEncoding::Kind;
 
 constexpr auto order = std::endian::big;
 
-// What whole hertz are kept in nearly everywhere; no sound has a rate beyond it.
-constexpr double highestRate = 2147483647;
+// Up to here whole hertz can be told apart. No sound has such a rate, but a damaged file may say so.
+constexpr double highestWholeRate = 0x1p53;
 
 struct AiffFormat {
     int channels = 0;
@@ -63,13 +63,12 @@ AudioSampleEncoding encodingOf(std::span<const std::byte> comm, AudioContainer c
     return compressedEncoding(idAt(comm, CommChunk::compression), sampleSize);
 }
 
-// Channel count and sample size are signed in the file; a negative one is as bad as none. So is a rate that is no number, or
-// more than any program could play.
+// Channel count and sample size are signed in the file; a negative one is as bad as none. So is a rate that is no number.
 AiffFormat parsed(std::span<const std::byte> comm, AudioContainer container) {
     const int channels = std::int16_t(u16At(comm, CommChunk::channels, order));
     const int sampleSize = std::int16_t(u16At(comm, CommChunk::sampleSize, order));
     const double rate = extendedAt(comm, CommChunk::sampleRate);
-    const bool usable = channels > 0 && sampleSize > 0 && rate > 0 && rate <= highestRate;
+    const bool usable = channels > 0 && sampleSize > 0 && rate > 0 && std::isfinite(rate);
     if (!usable) throw AudioFileError::unreadable("bad COMM chunk");
     return {channels, u32At(comm, CommChunk::frames, order), rate, encodingOf(comm, container, sampleSize)};
 }
@@ -88,11 +87,6 @@ AudioFileFormat described(const AiffFormat &format, AudioContainer container) {
             .fileExtension = container == AudioContainer::aifc ? "aifc" : "aiff"};
 }
 
-struct AudioPlace {
-    std::int64_t start = 0;
-    std::int64_t frames = 0;
-};
-
 // No sound chunk, or one without its header, means no frames.
 AudioPlace placeOf(const SourceReader &reader, const RawChunk *sound, const AiffFormat &format) {
     const auto header = std::int64_t(SsndChunk::header);
@@ -107,8 +101,8 @@ AudioPlace placeOf(const SourceReader &reader, const RawChunk *sound, const Aiff
 
 }  // namespace
 
-AudioFileContents readAiff(const SourceReader &reader, AudioContainer container) {
-    const ChunkScan scan = scanChunks(reader, order, "SSND");
+NativeFile readAiff(const SourceReader &reader, AudioContainer container) {
+    const ChunkScan scan = scanChunks(reader, order, "COMM", "SSND");
     const AiffFormat format = readFormat(reader, scan.first("COMM"), container);
     const AudioPlace audio = placeOf(reader, scan.audioChunk(), format);
 
@@ -117,10 +111,8 @@ AudioFileContents readAiff(const SourceReader &reader, AudioContainer container)
     contents.chunks = readChunks(reader, scan);
     contents.trailing = reader.bytes(scan.end, reader.size() - scan.end);
     collectAiffPositions(contents, audio.frames);
-    const std::int64_t rate = std::max<std::int64_t>(std::llround(format.sampleRate), 1);
-    contents.buffer = {readSamples(reader, audio.start, audio.frames * format.channels, format.encoding), format.channels,
-                       rate};
-    return contents;
+    contents.buffer = AudioEditorBuffer(format.channels, std::llround(std::min(format.sampleRate, highestWholeRate)));
+    return {std::move(contents), audio};
 }
 
 }  // namespace kiv

@@ -32,11 +32,13 @@ AudioFileImage aiffImage(const AudioFileContents &contents) {
             form.chunk(chunk.id, commonPayload(chunk, contents));
         else if (&chunk == sound)
             form.audioChunk(chunk.id, soundHeader);
+        else if (chunk.id.empty())
+            form.raw(chunk.data);
         else
             form.chunk(chunk.id, patched(chunk, contents.positions));
     }
     if (!sound && !contents.buffer.isEmpty()) form.audioChunk("SSND", soundHeader);
-    form.trailing(contents.trailing);
+    form.raw(contents.trailing);
     return form.finish();
 }
 

@@ -8,13 +8,14 @@
 #include "Audio/Files/AiffReader.h"
 #include "Audio/Files/ByteFields.h"
 #include "Audio/Files/SampleEncoding.h"
+#include "Audio/Files/SampleResidue.h"
 #include "Audio/Files/SourceReader.h"
 #include "Audio/Files/WavReader.h"
 
 namespace kiv::AudioFileCodec {
 namespace {
 
-std::optional<AudioFileContents> readForm(const SourceReader &reader) {
+std::optional<NativeFile> readForm(const SourceReader &reader) {
     std::array<std::byte, 12> head;
     if (reader.size() < std::int64_t(head.size())) return std::nullopt;
     reader.read(0, head);
@@ -33,12 +34,11 @@ std::int64_t fieldValue(const AudioFilePositionField &field, const std::vector<s
     return position;
 }
 
-}  // namespace
-
-std::optional<AudioFileContents> readNative(const ByteSource &source, Progress *progress) {
-    if (progress) progress->start(source.size());
+// Calls a reader. What is not for us to read is nothing; what else can go wrong becomes an error that names it.
+template <class Read>
+auto orNothing(Read read) -> decltype(read()) {
     try {
-        return readForm(SourceReader(source, progress));
+        return read();
     } catch (const AudioFileError &error) {
         if (error.kind() == AudioFileError::Case::unsupported) return std::nullopt;
         throw;
@@ -48,6 +48,30 @@ std::optional<AudioFileContents> readNative(const ByteSource &source, Progress *
         throw AudioFileError::unreadable("there is not enough memory for it");
     }
 }
+
+}  // namespace
+
+std::optional<AudioFileContents> readNative(const ByteSource &source, Progress *progress) {
+    if (progress) progress->start(source.size());
+    return orNothing([&]() -> std::optional<AudioFileContents> {
+        const SourceReader reader(source, progress);
+        auto file = readForm(reader);
+        if (!file) return std::nullopt;
+        AudioEditorBuffer &buffer = file->contents.buffer;
+        buffer = readSamples(reader, file->audio, *file->contents.format.encoding, buffer.channels(), buffer.sampleRate());
+        return std::move(file->contents);
+    });
+}
+
+std::optional<AudioFileSummary> summarizeNative(const ByteSource &source) {
+    return orNothing([&]() -> std::optional<AudioFileSummary> {
+        auto file = readForm(SourceReader(source));
+        if (!file) return std::nullopt;
+        return AudioFileSummary{std::move(file->contents), file->audio.frames};
+    });
+}
+
+void throwIfUnsupported(const ByteSource &source) { readForm(SourceReader(source)); }
 
 std::optional<AudioFileContents> readNative(std::span<const std::byte> bytes) { return readNative(MemorySource(bytes)); }
 
@@ -68,10 +92,11 @@ Bytes patched(const AudioFileChunk &chunk, const std::vector<std::int64_t> &posi
 void encodeSamples(const AudioEditorBuffer &buffer, FrameRange range, const AudioSampleEncoding &encoding,
                    std::span<std::byte> out) {
     if (range.isEmpty()) return;
-    buffer.forEachSpan(range, [&](std::span<const float> samples, FrameRange) {
-        const std::size_t bytes = samples.size() * std::size_t(encoding.bytes);
-        kiv::encodeSamples(samples, encoding, out.first(bytes));
-        out = out.subspan(bytes);
+    buffer.forEachSpanWithOriginals(range, [&](std::span<const float> samples, const SampleOriginals *originals, auto first) {
+        const auto encoded = out.first(samples.size() * std::size_t(encoding.bytes));
+        kiv::encodeSamples(samples, encoding, encoded);
+        if (const auto *residue = dynamic_cast<const SampleResidue *>(originals)) residue->restore(first, encoding, encoded);
+        out = out.subspan(encoded.size());
     });
 }
 

@@ -23,6 +23,18 @@ namespace kiv::AudioFileCodec {
 std::optional<AudioFileContents> readNative(const ByteSource &source, Progress *progress = nullptr);
 std::optional<AudioFileContents> readNative(std::span<const std::byte> bytes);
 
+// The same without the samples, which is quick however long the sound: the contents' buffer has channels and rate, and no
+// frames.
+struct AudioFileSummary {
+    AudioFileContents contents;
+    std::int64_t frames = 0;
+};
+std::optional<AudioFileSummary> summarizeNative(const ByteSource &source);
+
+// Throws AudioFileError `unsupported`, which names the kind of samples, for a WAV, AIFF or AIFC file whose samples are not
+// ours.
+void throwIfUnsupported(const ByteSource &source);
+
 // The file for contents whose container is wav, or aiff and aifc. Throws AudioFileError `unsupported` ("no PCM encoding") and
 // `tooLarge`.
 AudioFileImage wavImage(const AudioFileContents &contents);

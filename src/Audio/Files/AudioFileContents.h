@@ -60,7 +60,7 @@ struct AudioFilePositionField {
 };
 
 struct AudioFileChunk {
-    std::string id;  // four bytes, exactly as in the file
+    std::string id;  // four bytes, exactly as in the file; none: many chunks, with their headers and pad bytes
     Bytes data;      // the payload as in the file; empty for the audio chunk, whose place it marks
     std::vector<AudioFilePositionField> fields;
     std::int64_t sizeInFile = 0;  // bytes of payload that the file held, also for the audio chunk

@@ -11,7 +11,8 @@
 
 namespace kiv {
 
-// A chunk found in a file: its payload, as far as the file really holds it.
+// A chunk found in a file: its payload, as far as the file really holds it. One without an id is a run of chunks that are
+// carried together, their headers and pad bytes included.
 struct RawChunk {
     std::string id;
     std::int64_t start = 0;  // of the payload
@@ -29,7 +30,7 @@ struct ChunkScan {
 };
 
 // Believes neither the form's own size, which many writers leave wrong, nor a chunk's, which is cut to what the file holds.
-ChunkScan scanChunks(const SourceReader &reader, std::endian order, std::string_view audioId);
+ChunkScan scanChunks(const SourceReader &reader, std::endian order, std::string_view formatId, std::string_view audioId);
 
 // The chunks with their payloads; the audio chunk without.
 std::vector<AudioFileChunk> readChunks(const SourceReader &reader, const ChunkScan &scan);

@@ -40,7 +40,7 @@ void FormBuilder::audioChunk(std::string_view id, std::span<const std::byte> chu
     pad(size);
 }
 
-void FormBuilder::trailing(std::span<const std::byte> trailingBytes) { append(bytes(), trailingBytes); }
+void FormBuilder::raw(std::span<const std::byte> all) { append(bytes(), all); }
 
 AudioFileCodec::AudioFileImage FormBuilder::finish() {
     std::int64_t total = sampleBytes_;

@@ -18,7 +18,7 @@ public:
     void chunk(std::string_view id, std::span<const std::byte> payload);
     // A chunk of a header and all samples; at most one.
     void audioChunk(std::string_view id, std::span<const std::byte> header);
-    void trailing(std::span<const std::byte> bytes);
+    void raw(std::span<const std::byte> bytes);
     // Sets the form's size. Throws AudioFileError `tooLarge`. The builder must not be used any more.
     AudioFileCodec::AudioFileImage finish();
 

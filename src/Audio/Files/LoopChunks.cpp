@@ -7,21 +7,21 @@
 namespace kiv {
 namespace {
 
-// Takes two entries out of the positions, and moves the indices of the others along.
-void removePositions(AudioFileContents &contents, AudioFileLoop entries) {
-    const auto lower = std::uint32_t(std::min(entries.start, entries.end));
-    const auto upper = std::uint32_t(std::max(entries.start, entries.end));
-    const auto moved = [&](std::uint32_t index) { return index - (index > lower) - (index > upper); };
-    const auto isGone = [&](const AudioFilePositionField &field) { return field.index == lower || field.index == upper; };
+// Takes entries, given in order, out of the positions, and moves the indices of the others along.
+void removePositions(AudioFileContents &contents, const std::vector<std::uint32_t> &entries) {
+    const auto before = [&](std::uint32_t index) {
+        return std::uint32_t(std::lower_bound(entries.begin(), entries.end(), index) - entries.begin());
+    };
+    const auto isGone = [&](std::uint32_t index) { return std::binary_search(entries.begin(), entries.end(), index); };
     for (AudioFileChunk &chunk : contents.chunks) {
-        std::erase_if(chunk.fields, isGone);
+        std::erase_if(chunk.fields, [&](const AudioFilePositionField &field) { return isGone(field.index); });
         for (AudioFilePositionField &field : chunk.fields) {
-            field.index = moved(field.index);
-            field.from = moved(field.from);
+            field.index -= before(field.index);
+            field.from -= before(field.from);
         }
     }
-    contents.positions.erase(contents.positions.begin() + upper);
-    contents.positions.erase(contents.positions.begin() + lower);
+    std::uint32_t index = 0;
+    std::erase_if(contents.positions, [&](std::int64_t) { return isGone(index++); });
 }
 
 }  // namespace
@@ -68,11 +68,11 @@ AudioFileContents addingLoop(AudioFileContents contents, std::int64_t start, std
     return contents;
 }
 
+// All of them: behind the first loop record a file may hold others, any of which would be its loop next time.
 AudioFileContents removingLoop(AudioFileContents contents) {
     if (!contents.loop) return contents;
-    const AudioFileLoop loop = *contents.loop;
-    contents.format.container == AudioContainer::wav ? removeWavLoop(contents, loop) : removeAiffLoop(contents, loop);
-    removePositions(contents, loop);
+    const bool isWav = contents.format.container == AudioContainer::wav;
+    removePositions(contents, isWav ? removeWavLoops(contents) : removeAiffLoops(contents));
     contents.loop.reset();
     return contents;
 }

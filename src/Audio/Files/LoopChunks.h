@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
+#include <vector>
 
 #include "Audio/Files/AudioFileContents.h"
 
@@ -15,10 +17,15 @@ namespace kiv {
 bool addWavLoop(AudioFileContents &contents, AudioFileLoop loop);
 bool addAiffLoop(AudioFileContents &contents, AudioFileLoop loop);
 
-// Takes the loop's record out of "smpl", or its markers out of "MARK", comments on those out of "COMT", and the loop of those
-// out of "INST". The chunks stay, even when nothing is left in them.
-void removeWavLoop(AudioFileContents &contents, AudioFileLoop loop);
-void removeAiffLoop(AudioFileContents &contents, AudioFileLoop loop);
+// The first loop of the chunks that has a length: a record of "smpl", or the sustain loop of "INST".
+std::optional<AudioFileLoop> wavLoop(const AudioFileContents &contents);
+std::optional<AudioFileLoop> aiffLoop(const AudioFileContents &contents);
+
+// Takes all loops of these kinds that have a length out of "smpl", or out of "INST", the markers of those out of "MARK" and
+// comments on these out of "COMT". The chunks stay, even when nothing is left in them. Return which positions nothing in the
+// chunks stands for any more, sorted: markers that another loop names stay markers.
+std::vector<std::uint32_t> removeWavLoops(AudioFileContents &contents);
+std::vector<std::uint32_t> removeAiffLoops(AudioFileContents &contents);
 
 // The first chunk of an id, made at the end of the file with this payload when there is none.
 AudioFileChunk &chunkOrNew(AudioFileContents &contents, std::string_view id, Bytes payload);

@@ -9,10 +9,6 @@ std::uint32_t PositionTable::add(std::int64_t position) {
     return std::uint32_t(contents_.positions.size() - 1);
 }
 
-void PositionTable::addLoop(std::uint32_t start, std::uint32_t end) {
-    if (!contents_.loop && at(start) < at(end)) contents_.loop = AudioFileLoop{start, end};
-}
-
 void PositionIds::add(std::uint32_t id, std::uint32_t index) {
     entries_.push_back({id, index});
     sorted_ = false;

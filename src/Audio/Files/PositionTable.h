@@ -16,8 +16,6 @@ public:
     // Appends a position, no further than the end of the audio, and returns its index.
     std::uint32_t add(std::int64_t position);
     std::int64_t at(std::uint32_t index) const { return contents_.positions[index]; }
-    // The loop becomes the file's, unless there is one already or it has no length.
-    void addLoop(std::uint32_t start, std::uint32_t end);
 
 private:
     AudioFileContents &contents_;

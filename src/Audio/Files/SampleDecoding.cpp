@@ -4,6 +4,7 @@
 #include <array>
 
 #include "Audio/Files/ByteFields.h"
+#include "Audio/Files/SampleResidue.h"
 #include "Audio/Files/ScratchBlocks.h"
 #include "Support/Parallel.h"
 #include "Support/Vectorised.h"
@@ -97,8 +98,10 @@ Decoder decoder(const AudioSampleEncoding &encoding) {
     return encoding.bytes == 4 ? decodeFloats<order> : decodeDoubles<order>;
 }
 
-// What is read at a time: small enough to stay, with its floats, in a core's own cache until it is decoded.
+// What is read at a time: small enough to stay, with its floats, in a core's own cache until it is decoded. It holds whole
+// parts of a residue.
 constexpr std::int64_t blockBytes = std::int64_t(1) << 18;
+static_assert(blockBytes % (8 * SampleResidue::partSamples) == 0);
 
 }  // namespace
 
@@ -108,18 +111,24 @@ void decodeSamples(std::span<const std::byte> in, const AudioSampleEncoding &enc
     decode(in.data(), out.data(), out.size());
 }
 
-SampleMemory readSamples(const SourceReader &reader, std::int64_t offset, std::int64_t samples,
-                         const AudioSampleEncoding &encoding) {
+AudioEditorBuffer readSamples(const SourceReader &reader, AudioPlace place, const AudioSampleEncoding &encoding,
+                              std::int64_t channels, std::int64_t sampleRate) {
+    const std::int64_t samples = place.frames * channels;
     SampleMemory memory{std::size_t(samples)};
+    std::unique_ptr<SampleResidue> residue;
+    if (SampleResidue::isNeeded(encoding)) residue = std::make_unique<SampleResidue>(encoding, samples);
     ScratchBlocks blocks{std::size_t(blockBytes)};
     parallelFor(samples, blockBytes / encoding.bytes, [&](std::int64_t lo, std::int64_t hi) {
         const auto block = blocks.take();
         const auto bytes = block.bytes().first(std::size_t((hi - lo) * encoding.bytes));
-        reader.read(offset + lo * encoding.bytes, bytes);
-        decodeSamples(bytes, encoding, {memory.data() + lo, std::size_t(hi - lo)});
+        const std::span decoded(memory.data() + lo, std::size_t(hi - lo));
+        reader.read(place.start + lo * encoding.bytes, bytes);
+        decodeSamples(bytes, encoding, decoded);
+        if (residue) residue->keep(lo, bytes, encoding, decoded);
         reader.count(std::int64_t(bytes.size()));
     });
-    return memory;
+    if (residue && residue->isEmpty()) residue.reset();
+    return {std::move(memory), channels, sampleRate, std::move(residue)};
 }
 
 }  // namespace kiv

@@ -14,8 +14,15 @@ namespace kiv {
 // floats narrowed. `in` holds encoding.bytes for each sample of `out`.
 void decodeSamples(std::span<const std::byte> in, const AudioSampleEncoding &encoding, std::span<float> out);
 
-// The samples at a place in a source, read and decoded on all cores in one pass. Throws what SourceReader throws.
-SampleMemory readSamples(const SourceReader &reader, std::int64_t offset, std::int64_t samples,
-                         const AudioSampleEncoding &encoding);
+// Where the samples of a file stand, and how many whole frames of them.
+struct AudioPlace {
+    std::int64_t start = 0;
+    std::int64_t frames = 0;
+};
+
+// The samples at a place in a source, read and decoded on all cores in one pass; what floats leave out of them stays with them
+// as a SampleResidue. Throws what SourceReader throws.
+AudioEditorBuffer readSamples(const SourceReader &reader, AudioPlace place, const AudioSampleEncoding &encoding,
+                              std::int64_t channels, std::int64_t sampleRate);
 
 }  // namespace kiv

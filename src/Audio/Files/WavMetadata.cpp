@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Audio/Files/ByteFields.h"
+#include "Audio/Files/LoopChunks.h"
 #include "Audio/Files/PositionTable.h"
 
 namespace kiv {
@@ -64,7 +65,6 @@ private:
             const std::uint32_t end = table_.add(std::int64_t(u32At(chunk.data, endSlot, order)) + 1);
             chunk.fields.push_back(fieldAt(startSlot, start));
             chunk.fields.push_back(fieldAt(endSlot, end, Kind::inclusiveEnd));
-            table_.addLoop(start, end);
         }
     }
 
@@ -99,6 +99,9 @@ std::size_t SmplChunk::records(std::span<const std::byte> payload) {
     return std::min<std::size_t>(u32At(payload, loopCount, order), (payload.size() - header) / record);
 }
 
-void collectWavPositions(AudioFileContents &contents, std::int64_t frames) { WavPositions(contents, frames).collect(); }
+void collectWavPositions(AudioFileContents &contents, std::int64_t frames) {
+    WavPositions(contents, frames).collect();
+    contents.loop = wavLoop(contents);
+}
 
 }  // namespace kiv

@@ -1,6 +1,8 @@
 #include "Audio/Files/WavReader.h"
 
 #include <algorithm>
+#include <map>
+#include <string>
 
 #include "Audio/Files/AudioFileError.h"
 #include "Audio/Files/ByteFields.h"
@@ -28,12 +30,33 @@ int bytesPerSample(unsigned blockAlign, unsigned channels, unsigned bits) {
     return int(blockAlign != 0 && blockAlign % channels == 0 ? blockAlign / channels : (bits + 7) / 8);
 }
 
+// What people call the kinds of samples that are not ours.
+std::string nameOf(unsigned tag) {
+    static const std::map<unsigned, const char *> names{
+        {0x02, "Microsoft ADPCM"},
+        {0x06, "A-law"},
+        {0x07, "\u00B5-law"},
+        {0x11, "IMA ADPCM"},
+        {0x14, "G.723"},
+        {0x31, "GSM 6.10"},
+        {0x40, "G.721"},
+        {0x50, "MPEG"},
+        {0x55, "MP3"},
+        {0xFF, "AAC"},
+        {0x161, "WMA"},
+        {0x2000, "AC-3"},
+    };
+    const auto name = names.find(tag);
+    return name == names.end() ? "" : std::string(" (") + name->second + ")";
+}
+
 AudioSampleEncoding encodingOf(unsigned tag, int bytes, unsigned bits, unsigned validBits) {
     using Kind = AudioSampleEncoding::Kind;
     if (tag == floatTag && (bytes == 4 || bytes == 8)) return {.kind = Kind::floating, .bytes = bytes, .validBits = bytes * 8};
     if (tag == integerTag && bytes >= 1 && bytes <= 4)
         return {.bytes = bytes, .validBits = std::min(bytes * 8, int(validBits)), .unsigned8 = bytes == 1};
-    throw AudioFileError::unsupported("WAV format " + std::to_string(tag) + ", " + std::to_string(bits) + " bits");
+    throw AudioFileError::unsupported("WAV format " + std::to_string(tag) + nameOf(tag) + ", " + std::to_string(bits) +
+                                      " bits");
 }
 
 WavFormat parsed(std::span<const std::byte> fmt) {
@@ -66,8 +89,8 @@ AudioFileFormat described(const WavFormat &format) {
 
 }  // namespace
 
-AudioFileContents readWav(const SourceReader &reader) {
-    const ChunkScan scan = scanChunks(reader, order, "data");
+NativeFile readWav(const SourceReader &reader) {
+    const ChunkScan scan = scanChunks(reader, order, "fmt ", "data");
     const WavFormat format = readFormat(reader, scan.first("fmt "));
     const RawChunk *audio = scan.audioChunk();
     if (!audio) throw AudioFileError::unreadable("no audio data");
@@ -78,9 +101,8 @@ AudioFileContents readWav(const SourceReader &reader) {
     contents.chunks = readChunks(reader, scan);
     contents.trailing = reader.bytes(scan.end, reader.size() - scan.end);
     collectWavPositions(contents, frames);
-    contents.buffer = {readSamples(reader, audio->start, frames * format.channels, format.encoding), format.channels,
-                       std::int64_t(format.sampleRate)};
-    return contents;
+    contents.buffer = AudioEditorBuffer(format.channels, std::int64_t(format.sampleRate));
+    return {std::move(contents), {audio->start, frames}};
 }
 
 }  // namespace kiv

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "Audio/Files/AudioFileContents.h"
+#include "Audio/Files/NativeFile.h"
 #include "Audio/Files/SourceReader.h"
 
 namespace kiv {
 
 // Reads a RIFF file of form WAVE. Throws AudioFileError `unreadable`, and `unsupported` for sample encodings that are not ours.
-AudioFileContents readWav(const SourceReader &reader);
+NativeFile readWav(const SourceReader &reader);
 
 }  // namespace kiv

@@ -58,15 +58,22 @@ Bytes payload(const AudioFileChunk &chunk, const std::vector<std::int64_t> &posi
     return chunk.id == "cue " ? cuePayload(chunk, positions) : patched(chunk, positions);
 }
 
+// Audio without a frame, with others behind it. A data chunk of size 0 means "up to the end of the file" to many readers, ours
+// included: a byte in it that makes no frame says that it is really empty. Where one byte is a frame, it has to be the last.
+bool isEmptyBeforeOthers(const AudioFileContents &contents, const AudioFileChunk *data) {
+    const bool isLast = data == &contents.chunks.back() && contents.trailing.empty();
+    return data && contents.buffer.isEmpty() && !isLast;
+}
+
 }  // namespace
 
 AudioFileImage wavImage(const AudioFileContents &contents) {
     FormBuilder form("RIFF", "WAVE", order, contents);
     const AudioFileChunk *fmt = firstChunk(contents, "fmt "), *fact = firstChunk(contents, "fact"),
                          *data = firstChunk(contents, "data");
-    // A data chunk of size 0 means "up to the end of the file" to many readers, ours included: nothing may follow it, and no
-    // other of its name may come before.
-    const bool samplesInPlace = data && !contents.buffer.isEmpty();
+    const bool isFiller = isEmptyBeforeOthers(contents, data);
+    const std::int64_t frameBytes = contents.buffer.channels() * contents.format.encoding->bytes;
+    const bool samplesInPlace = data && (!isFiller || frameBytes > 1);
     for (const AudioFileChunk &chunk : contents.chunks) {
         if (isStaleChunkId(chunk.id) || (chunk.id == "data" && !samplesInPlace)) continue;
         if (&chunk == fmt)
@@ -74,12 +81,14 @@ AudioFileImage wavImage(const AudioFileContents &contents) {
         else if (&chunk == fact)
             form.chunk(chunk.id, factPayload(chunk, contents));
         else if (&chunk == data)
-            form.audioChunk(chunk.id, {});
+            isFiller ? form.chunk(chunk.id, Bytes(1)) : form.audioChunk(chunk.id, {});
+        else if (chunk.id.empty())
+            form.raw(chunk.data);
         else
             form.chunk(chunk.id, payload(chunk, contents.positions));
     }
     if (samplesInPlace)
-        form.trailing(contents.trailing);
+        form.raw(contents.trailing);
     else
         form.audioChunk("data", {});
     return form.finish();

@@ -36,12 +36,13 @@ AudioEditorBuffer::AudioEditorBuffer(std::int64_t channels, std::int64_t sampleR
 AudioEditorBuffer::AudioEditorBuffer(std::span<const float> samples, std::int64_t channels, std::int64_t sampleRate)
     : AudioEditorBuffer(copyOf(samples.data(), std::int64_t(samples.size())), channels, sampleRate) {}
 
-AudioEditorBuffer::AudioEditorBuffer(SampleMemory samples, std::int64_t channels, std::int64_t sampleRate)
+AudioEditorBuffer::AudioEditorBuffer(SampleMemory samples, std::int64_t channels, std::int64_t sampleRate,
+                                     std::unique_ptr<const SampleOriginals> originals)
     : AudioEditorBuffer(channels, sampleRate) {
     const std::int64_t frames = std::int64_t(samples.size()) / channels_;
     if (frames == 0) return;
-    const auto block = std::make_shared<const SampleMemory>(std::move(samples));
-    setPieces({{block, block->data(), 0, frames}});
+    const auto block = std::make_shared<const Block>(Block{std::move(samples), std::move(originals)});
+    setPieces({{block, block->samples.data(), 0, frames}});
 }
 
 AudioEditorBuffer &AudioEditorBuffer::operator=(AudioEditorBuffer &&other) noexcept {
@@ -76,6 +77,12 @@ void AudioEditorBuffer::copyChannel(FrameRange range, std::int64_t channel, floa
         channels_ == 2 ? everySecond(in, part.count(), out) : everyNth(in, channels_, part.count(), out);
         out += part.count();
     });
+}
+
+bool AudioEditorBuffer::hasOriginals(FrameRange range) const {
+    bool has = false;
+    forEachPiece(range, [&](const Piece &piece, auto, FrameRange) { has = has || piece.block->originals; });
+    return has;
 }
 
 std::vector<float> AudioEditorBuffer::samples() const {
@@ -166,19 +173,24 @@ void AudioEditorBuffer::appendTo(Pieces &pieces, FrameRange range) const {
     }
 }
 
-// Puts a piece behind the others: as one with the last where both are neighbours in memory too, or both are tiny.
+// Both tiny, and nothing gets lost.
+bool AudioEditorBuffer::canBeCopied(const Piece &a, const Piece &b, std::int64_t channels) {
+    return std::max(a.frames, b.frames) * channels < tinyPiece && !a.block->originals && !b.block->originals;
+}
+
+// Puts a piece behind the others: as one with the last where both are neighbours in memory too, or by copying.
 void AudioEditorBuffer::merge(Pieces &pieces, Piece piece, std::int64_t channels) {
     piece.start = pieces.empty() ? 0 : pieces.back().end();
     if (pieces.empty()) return pieces.push_back(std::move(piece));
     Piece &last = pieces.back();
     if (last.block == piece.block && last.samples + last.frames * channels == piece.samples) {
         last.frames += piece.frames;
-    } else if (std::max(last.frames, piece.frames) * channels < tinyPiece) {
+    } else if (canBeCopied(last, piece, channels)) {
         SampleMemory both{std::size_t((last.frames + piece.frames) * channels)};
         float *middle = std::copy_n(last.samples, last.frames * channels, both.data());
         std::copy_n(piece.samples, piece.frames * channels, middle);
-        const auto block = std::make_shared<const SampleMemory>(std::move(both));
-        last = {block, block->data(), last.start, last.frames + piece.frames};
+        const auto block = std::make_shared<const Block>(Block{std::move(both), nullptr});
+        last = {block, block->samples.data(), last.start, last.frames + piece.frames};
     } else {
         pieces.push_back(std::move(piece));
     }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Editor/AudioEditorCore/FrameRange.h"
+#include "Editor/AudioEditorCore/SampleOriginals.h"
 #include "Support/SampleMemory.h"
 
 namespace kiv {
@@ -25,8 +26,10 @@ public:
     explicit AudioEditorBuffer(std::int64_t channels = 1, std::int64_t sampleRate = 44100);
     // Copies the samples; a trailing incomplete frame is left out.
     AudioEditorBuffer(std::span<const float> samples, std::int64_t channels, std::int64_t sampleRate);
-    // Takes the block over without copying it; a trailing incomplete frame is left out.
-    AudioEditorBuffer(SampleMemory samples, std::int64_t channels, std::int64_t sampleRate);
+    // Takes the block over without copying it; a trailing incomplete frame is left out. Where there are originals, they are
+    // counted as the samples are.
+    AudioEditorBuffer(SampleMemory samples, std::int64_t channels, std::int64_t sampleRate,
+                      std::unique_ptr<const SampleOriginals> originals = nullptr);
 
     AudioEditorBuffer(const AudioEditorBuffer &) = default;
     AudioEditorBuffer &operator=(const AudioEditorBuffer &) = default;
@@ -54,16 +57,18 @@ public:
     // `samples` are the interleaved samples of the frames of that part. A part ends where a piece does.
     template <class Visit>
     void forEachSpan(FrameRange range, Visit visit) const {
-        for (std::size_t i = pieceAt(range.lo); range.lo < range.hi; ++i) {
-            const Piece &piece = (*pieces_)[i];
-            const std::int64_t end = piece.end() < range.hi ? piece.end() : range.hi;
-            const FrameRange part{range.lo, end};
-            visit(std::span<const float>(piece.samples + (part.lo - piece.start) * channels_,
-                                         std::size_t(part.count() * channels_)),
-                  part);
-            range.lo = end;
-        }
+        forEachPiece(range, [&](const Piece &, std::span<const float> samples, FrameRange part) { visit(samples, part); });
     }
+    // The same as visit(samples, originals, first): what the samples were made from, null for nothing, and which of those
+    // belongs to the first sample.
+    template <class Visit>
+    void forEachSpanWithOriginals(FrameRange range, Visit visit) const {
+        forEachPiece(range, [&](const Piece &piece, std::span<const float> samples, FrameRange) {
+            visit(samples, piece.block->originals.get(), std::int64_t(samples.data() - piece.block->samples.data()));
+        });
+    }
+    // Whether any sample of a range, which must lie inside the sound, has originals.
+    bool hasOriginals(FrameRange range) const;
 
     // Copies the interleaved samples of a range, which must lie inside the sound, to out (range.count() · channels floats).
     void copyFrames(FrameRange range, float *out) const;
@@ -89,8 +94,12 @@ public:
     friend bool operator==(const AudioEditorBuffer &a, const AudioEditorBuffer &b);
 
 private:
+    struct Block {
+        SampleMemory samples;
+        std::unique_ptr<const SampleOriginals> originals;
+    };
     struct Piece {
-        std::shared_ptr<const SampleMemory> block;
+        std::shared_ptr<const Block> block;
         const float *samples;  // the piece's first sample, inside the block
         std::int64_t start;    // its first frame in the sound
         std::int64_t frames;
@@ -99,9 +108,20 @@ private:
     };
     using Pieces = std::vector<Piece>;
 
+    template <class Visit>
+    void forEachPiece(FrameRange range, Visit visit) const {
+        for (std::size_t i = pieceAt(range.lo); range.lo < range.hi; ++i) {
+            const Piece &piece = (*pieces_)[i];
+            const FrameRange part{range.lo, piece.end() < range.hi ? piece.end() : range.hi};
+            const float *first = piece.samples + (part.lo - piece.start) * channels_;
+            visit(piece, std::span(first, std::size_t(part.count() * channels_)), part);
+            range.lo = part.hi;
+        }
+    }
     std::size_t pieceAt(std::int64_t frame) const;
     void appendTo(Pieces &pieces, FrameRange range) const;
     static void merge(Pieces &pieces, Piece piece, std::int64_t channels);
+    static bool canBeCopied(const Piece &a, const Piece &b, std::int64_t channels);
     void setPieces(Pieces pieces);
 
     std::shared_ptr<const Pieces> pieces_;  // none when there are no frames

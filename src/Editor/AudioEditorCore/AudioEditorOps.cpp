@@ -11,7 +11,8 @@ namespace {
 
 // Samples that one task works on: long enough that handing it out costs nothing beside it.
 constexpr std::int64_t taskSamples = std::int64_t(1) << 18;
-// A slice up to this size is copied, so that a moment kept on the clipboard does not keep an hour in memory.
+// A slice up to this size is copied, so that a moment kept on the clipboard does not keep an hour in memory; but not where
+// that would lose what its samples were made from.
 constexpr std::int64_t copiedSlice = std::int64_t(1) << 20;
 
 std::int64_t taskFrames(std::int64_t channels) { return std::max<std::int64_t>(taskSamples / channels, 1); }
@@ -73,7 +74,8 @@ AudioEditorBuffer faded(const AudioEditorBuffer &buffer, FrameRange range, Fade 
 
 AudioEditorBuffer slice(const AudioEditorBuffer &buffer, FrameRange range) {
     const std::int64_t samples = range.count() * buffer.channels();
-    return !range.isEmpty() && samples <= copiedSlice ? copied(buffer, range) : buffer.part(range);
+    const bool isCopied = !range.isEmpty() && samples <= copiedSlice && !buffer.hasOriginals(range);
+    return isCopied ? copied(buffer, range) : buffer.part(range);
 }
 
 AudioEditorBuffer inserting(const AudioEditorBuffer &buffer, const AudioEditorBuffer &insert, std::int64_t at) {

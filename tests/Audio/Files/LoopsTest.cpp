@@ -38,17 +38,18 @@ TEST(WavLoop, IsAddedInFrontOfWhatASmplChunkHolds) {
     expectLoop(addingLoop(read(wavOf(100, chunk("smpl", zeros(7)))), 1, 2), {1, 2}, {});
 }
 
-TEST(WavLoop, IsTakenOutOfItsChunkWithoutTheOthers) {
+// Those that have no length are no loops, and stay.
+TEST(WavLoop, IsTakenOutWithAllThatWouldComeUpInItsPlace) {
     const auto file = [](const std::vector<FrameRange> &loops) {
         return wavOf(100, chunk("smpl", smpl(loops) + text("own")) + chunk("cue ", cues({{1, 5, 5}})) +
                               chunk("LIST", text("adtl") + ltxt(1, 4)));
     };
-    auto contents = removingLoop(read(file({{30, 20}, {10, 40}, {60, 70}})));
-    EXPECT_EQ(contents.positions, (std::vector<std::int64_t>{5, 30, 21, 60, 71, 9}));
+    auto contents = removingLoop(read(file({{30, 20}, {10, 40}, {60, 70}, {9, 8}, {0, 99}})));
+    EXPECT_EQ(contents.positions, (std::vector<std::int64_t>{5, 30, 21, 9, 9, 9}));
     EXPECT_FALSE(contents.loop);
-    EXPECT_EQ(show(written(contents)), show(file({{30, 20}, {60, 70}})));
-    contents.positions = {5, 31, 22, 61, 72, 9};
-    EXPECT_EQ(show(written(contents)), show(file({{31, 21}, {61, 71}})));
+    EXPECT_EQ(show(written(contents)), show(file({{30, 20}, {9, 8}})));
+    contents.positions = {5, 31, 22, 8, 7, 9};
+    EXPECT_EQ(show(written(contents)), show(file({{31, 21}, {8, 6}})));
     // The emptied chunk stays.
     EXPECT_EQ(show(written(removingLoop(read(file({{10, 40}}))))), show(file({})));
 }
@@ -89,35 +90,27 @@ TEST(AiffLoop, IsTakenOutWithItsMarkersAndTheCommentsOnThem) {
         return aiffOf(100,
                       beChunk("MARK", markers) + beChunk("COMT", comments) + beChunk("INST", hex("3C00007F017F0000") + loops));
     };
-    const Bytes before =
-        file(be16(4) + marker(1, 10, "one") + marker(2, 20, "begin") + marker(3, 30, "three") + marker(4, 40, "end"),
-             be16(4) + comment(2, "odd") + comment(0, "on none") + comment(4, "even") + comment(3, "last") + text("xx"),
-             be16(2) + be16(2) + be16(4) + be16(1) + be16(1) + be16(4));
-    const Bytes after = file(be16(2) + marker(1, 10, "one") + marker(3, 30, "three"),
-                             be16(2) + comment(0, "on none") + comment(3, "last") + text("xx"), zeros(12));
-    auto contents = removingLoop(read(before));
+    const Bytes others = marker(1, 10, "one") + marker(3, 30, "three"), end = marker(4, 40, "end");
+    const Bytes comments = comment(0, "on none") + comment(3, "last") + text("xx");
+    const auto before = [&](const Bytes &release) {
+        return file(be16(4) + marker(2, 20, "begin") + others + end,
+                    be16(4) + comment(2, "odd") + comment(4, "even") + comments, be16(2) + be16(2) + be16(4) + release);
+    };
+    auto contents = removingLoop(read(before(zeros(6))));
     EXPECT_EQ(contents.positions, (std::vector<std::int64_t>{10, 30}));
-    EXPECT_EQ(show(written(contents)), show(after));
+    EXPECT_EQ(show(written(contents)), show(file(be16(2) + others, be16(2) + comments, zeros(12))));
     contents.positions = {11, 31};
     EXPECT_EQ(read(written(contents)).positions, contents.positions);
+    // A marker that another loop needs stays a marker.
+    const Bytes release = be16(1) + be16(1) + be16(4);
+    EXPECT_EQ(show(written(removingLoop(read(before(release))))),
+              show(file(be16(3) + others + end, be16(3) + comment(4, "even") + comments, zeros(6) + release)));
 }
 
 // An instrument that plays its loop in another way goes on doing so.
 TEST(AiffLoop, KeepsThePlayModeThatIsThere) {
     const auto contents = addingLoop(read(aiffOf(100, beChunk("INST", instrument(2, 8, 9)))), 20, 30);
     EXPECT_EQ(show(contents.chunks[2].data), show(instrument(2, 1, 2)));
-}
-
-TEST(Loop, TakenOutMovesAllIndicesBehindIt) {
-    AudioFileContents contents;
-    contents.positions = {0, 10, 20, 30, 40};
-    contents.loop = AudioFileLoop{3, 1};
-    contents.chunks = {
-        {.id = "abcd", .data = zeros(12), .fields = {{.offset = 0, .index = 0}, {.offset = 4, .index = 4, .from = 2}}}};
-    contents = removingLoop(contents);
-    EXPECT_EQ(contents.positions, (std::vector<std::int64_t>{0, 20, 40}));
-    EXPECT_EQ(contents.chunks[0].fields,
-              (std::vector<AudioFilePositionField>{{.offset = 0, .index = 0}, {.offset = 4, .index = 2, .from = 1}}));
 }
 
 TEST(Loop, ComesBackAfterBeingTakenOutAndAdded) {

@@ -18,10 +18,8 @@ enum class SavingDifference {
     positionBeyondEnd,
     rateAndAlign,
     factFrames,
-    emptyAudioMoved,
     commonFrames,
     soundHeader,
-    narrowedSamples,
 };
 
 // The words of the document that stand for each.

@@ -133,6 +133,17 @@ TEST(Reading, BoundsTheChunksOfAFileFullOfZeros) {
     EXPECT_EQ(std::count(again.begin() + 46, again.end(), std::byte{0}), 50'000'000 - 46);
 }
 
+// Behind very many chunks the format and the audio are found all the same, and everything stays where it was.
+TEST(Reading, FindsTheAudioBehindAnyNumberOfChunks) {
+    Bytes many, note = chunk("note", {});
+    for (int i = 0; i < 70000; ++i) append(many, note);
+    const Bytes wav =
+        riff("WAVE", many + chunk("fmt ", fmt({})) + note + chunk("data", le16(1) + le16(2)) + note + text("tail"));
+    const Bytes aiff = form("AIFF", many + note + ssnd(be16(1)) + note + beChunk("COMM", comm({.frames = 1})));
+    EXPECT_EQ(read(wav).buffer.frames(), 2);
+    for (const Bytes &file : {wav, aiff}) EXPECT_TRUE(written(read(file)) == file);
+}
+
 // Large chunks are read and written in steps.
 TEST(Reading, KeepsLargeChunksWhole) {
     const Bytes file = wavOf(1, chunk("JUNK", noise(9'000'001, 1)));

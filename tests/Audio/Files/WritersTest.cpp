@@ -78,11 +78,17 @@ TEST(WavWriter, KeepsShortFactsAndSizesThatDoNotFit) {
     EXPECT_EQ(read(result).buffer.frames(), 1);
 }
 
-// Nothing may follow an empty data chunk, which reads as "up to the end of the file".
-TEST(WavWriter, PutsAnEmptyDataChunkLast) {
-    const Bytes head = chunk("fmt ", fmt({})), note = chunk("note", text("ab"));
-    const Bytes file = riff("WAVE", head + chunk("data", byte(1)) + note + chunk("data", text("cdef")) + text("tail"));
-    EXPECT_EQ(show(written(read(file))), show(riff("WAVE", head + note + chunk("data", {}))));
+// An empty data chunk reads as "up to the end of the file". Where others follow, it holds a byte that makes no frame; where any
+// byte is a frame, it comes last.
+TEST(WavWriter, KeepsOthersOutOfAnEmptyDataChunk) {
+    const auto file = [](unsigned bits, const Bytes &chunks) {
+        return riff("WAVE", chunk("fmt ", fmt({.bits = bits})) + chunks);
+    };
+    const Bytes others = chunk("note", text("ab")) + chunk("data", text("cdef")) + text("tail");
+    const Bytes empty = file(16, chunk("data", zeros(1)) + others);
+    EXPECT_EQ(show(written(read(empty))), show(empty));
+    EXPECT_EQ(show(rewritten(file(8, chunk("data", byte(9)) + others), sound({}))),
+              show(file(8, chunk("note", text("ab")) + chunk("data", {}))));
 }
 
 TEST(AiffWriter, PutsAnEditedSoundIntoTheFileAsItWas) {
