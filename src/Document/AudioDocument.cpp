@@ -70,8 +70,13 @@ bool is(std::exception_ptr failure) {
 }  // namespace
 
 AudioDocument::AudioDocument(DocumentServices services, DocumentUi &ui)
-    : services_(services), ui_(ui), model_(services.settings, services.clipboard) {
+    : services_(services), ui_(ui), model_(services.settings, services.clipboard), edits_(model_, services.jobs) {
     modelChanges_ = model_.observers.add([this](const Changes &changes) { modelChanged(changes); });
+    editChanges_ = edits_.changed.add([this](const BackgroundEdits &) { observers.notify(*this); });
+    edits_.onEnded = [this](bool committed) { editEnded(committed); };
+    edits_.onFailed = [this](std::exception_ptr failure) {
+        ui_.showError(quoted(name()) + " could not be edited", errorText(failure));
+    };
     model_.onAudioChanged = [this](const AudioEditorBuffer &, const AudioEditorBuffer &now) {
         if (isPlaying()) services_.playback->setBuffer(now);
     };
@@ -82,7 +87,7 @@ AudioDocument::AudioDocument(DocumentServices services, DocumentUi &ui)
 }
 
 AudioDocument::~AudioDocument() {
-    cancelWork();
+    if (progress_) progress_->cancel();
     stop();
 }
 
@@ -91,7 +96,14 @@ std::string AudioDocument::name() const { return path_.substr(path_.find_last_of
 bool AudioDocument::isEdited() const { return contents_ && model_.state().contentVersion != savedVersion_; }
 
 void AudioDocument::cancelWork() {
+    if (isEditing()) return edits_.cancel();
     if (progress_) progress_->cancel();
+}
+
+void AudioDocument::editEnded(bool committed) {
+    const std::weak_ptr<int> alive = alive_;
+    if (const auto save = std::exchange(waitingSave_, nullptr)) save(committed);
+    if (!alive.expired()) considerClosing();
 }
 
 // Wraps a call that may come after this document is gone.
@@ -177,14 +189,22 @@ void AudioDocument::readAgain() {
     });
 }
 
-void AudioDocument::save(std::function<void(bool)> done) { runSave(path_, IfChanged::ask, std::move(done)); }
+void AudioDocument::save(std::function<void(bool)> done) { requestSave(path_, IfChanged::ask, std::move(done)); }
 
 void AudioDocument::saveTo(const std::string &path, std::function<void(bool)> done) {
-    runSave(path, IfChanged::overwrite, std::move(done));
+    requestSave(path, IfChanged::overwrite, std::move(done));
+}
+
+void AudioDocument::requestSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done) {
+    if (!done) done = [](bool) {};
+    if (work_ != Work::none || waitingSave_) return done(false);
+    if (!isEditing()) return runSave(path, ifChanged, std::move(done));
+    waitingSave_ = [this, path, ifChanged, done = std::move(done)](bool go) {
+        go ? runSave(path, ifChanged, done) : done(false);
+    };
 }
 
 void AudioDocument::runSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done) {
-    if (!done) done = [](bool) {};
     if (isBusy()) return done(false);
     const auto saving = std::make_shared<Saving>();
     saving->path = path;
@@ -243,12 +263,12 @@ void AudioDocument::confirmClose(std::function<void()> close) {
 }
 
 void AudioDocument::considerClosing() {
-    if (closers_.empty() || closeAsked_ || work_ == Work::saving) return;
-    if (!isEdited()) {
+    if (closers_.empty() || closeAsked_ || work_ == Work::saving || waitingSave_) return;
+    if (!isEdited() && !isEditing()) {
         for (const auto &close : std::exchange(closers_, {})) close();  // the first may be the end of this document
         return;
     }
-    cancelWork();  // a file being read again for a revert
+    if (progress_) progress_->cancel();  // a file being read again for a revert
     closeAsked_ = true;
     const DocumentUi::Question question{"Save changes to " + quoted(name()) + " before closing?",
                                         "Your changes will be lost if you don’t save them.",
@@ -264,8 +284,10 @@ void AudioDocument::closeAnswered(std::size_t button) {
             if (!saved) closers_.clear();  // else the end of the save looks again: there may be newer edits
         });
     closeAsked_ = false;
-    for (const auto &close : std::exchange(closers_, {}))
-        if (button == dontSave) close();
+    const auto closers = std::exchange(closers_, {});
+    if (button != dontSave) return;
+    edits_.cancel();
+    for (const auto &close : closers) close();
 }
 
 void AudioDocument::modelChanged(const Changes &changes) {

@@ -11,6 +11,7 @@
 #include "Document/DocumentUi.h"
 #include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
+#include "Editor/AudioEditorModel/BackgroundEdits.h"
 #include "Platform/Files.h"
 #include "Platform/Jobs.h"
 
@@ -40,12 +41,15 @@ public:
     const AudioFileFormat *format() const { return contents_ ? &contents_->format : nullptr; }
 
     bool isEdited() const;
-    // Work going on. At most one at a time: what is asked for meanwhile is not done. The sound may be edited while it is saved,
-    // not while it is read.
-    enum class Work { none, reading, saving };
-    Work work() const { return work_; }
-    bool isBusy() const { return work_ != Work::none; }
-    double progressFraction() const { return progress_ ? progress_->fraction() : 0; }
+    // Work going on. Reading and saving exclude each other: what is asked for meanwhile is not done. The sound may be edited
+    // while it is saved, not while it is read. A save asked for during a long edit waits for its end, and is called off with
+    // it; another edit has to wait.
+    enum class Work { none, reading, saving, editing };
+    Work work() const { return work_ == Work::none && isEditing() ? Work::editing : work_; }
+    bool isBusy() const { return work() != Work::none; }
+    bool isEditing() const { return edits_.isRunning(); }
+    // Of the edit when there is one, and it is that which is cancelled first.
+    double progressFraction() const { return isEditing() ? edits_.fraction() : progress_ ? progress_->fraction() : 0; }
     void cancelWork();
 
     // The error that `open` ends with when the user has cancelled it.
@@ -89,7 +93,9 @@ private:
     enum class Install { fresh, again };
     void install(Loaded loaded, Install how);
     void readAgain();
+    void requestSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done);
     void runSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done);
+    void editEnded(bool committed);
     void saveEnded(Saving &saving, std::exception_ptr failure, const std::function<void(bool)> &done);
     void askOverChanges(const std::string &path, std::function<void(bool)> done);
     void considerClosing();
@@ -103,18 +109,20 @@ private:
     DocumentServices services_;
     DocumentUi &ui_;
     AudioEditorModel model_;
+    BackgroundEdits edits_;
     std::string path_;
     std::optional<AudioFileContents> contents_;
     std::optional<FileSystem::Identity> identity_;  // of the file as last read or written
     Work work_ = Work::none;
     std::shared_ptr<Progress> progress_;
+    std::function<void(bool go)> waitingSave_;    // for an edit to end
     std::vector<std::function<void()>> closers_;  // wait for a save to end, or for the answer to one question
     bool closeAsked_ = false;                     // that question stands, or its answer is being carried out
     std::int64_t savedVersion_ = 0;
     bool toldEdited_ = false;
     bool revealing_ = false;        // the view moves because the playhead does
     bool followSuspended_ = false;  // the user has moved the view off the playhead
-    Subscription modelChanges_;
+    Subscription modelChanges_, editChanges_;
     std::shared_ptr<int> alive_ = std::make_shared<int>();  // jobs and questions hold it weakly
 };
 

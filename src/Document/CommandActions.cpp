@@ -18,16 +18,22 @@ bool isFree(Document document) {
     return isOpen(document) && document.work() != AudioDocument::Work::reading && !state(document).dialog;
 }
 bool isFreeAndIdle(Document document) { return isFree(document) && !document.isBusy(); }
-bool canEdit(Document document) { return isFree(document) && document.model().activeRange(); }
-bool canCut(Document document) { return isFree(document) && document.model().canCut(); }
+// A save waits for a long edit, but not for another save.
+bool canSave(Document document) { return isFree(document) && document.work() != AudioDocument::Work::saving; }
+bool hasRange(Document document) { return isFree(document) && document.model().activeRange(); }
+
+// Edits wait for a long one under way.
+bool isEditable(Document document) { return isFree(document) && !document.isEditing(); }
+bool canEdit(Document document) { return isEditable(document) && document.model().activeRange(); }
+bool canCut(Document document) { return isEditable(document) && document.model().canCut(); }
 
 bool canPaste(Document document) {
     const auto &clip = document.model().clipboard().buffer;
-    return isFree(document) && clip && !clip->isEmpty();
+    return isEditable(document) && clip && !clip->isEmpty();
 }
 bool canReverse(Document document) { return canEdit(document) && document.model().activeRange()->count() > 1; }
-bool hasChannels(Document document) { return isFree(document) && state(document).buffer.channels() >= 2; }
-bool isNotStereo(Document document) { return isFree(document) && state(document).buffer.channels() != 2; }
+bool hasChannels(Document document) { return isEditable(document) && state(document).buffer.channels() >= 2; }
+bool isNotStereo(Document document) { return isEditable(document) && state(document).buffer.channels() != 2; }
 bool hasSelection(Document document) { return isFree(document) && state(document).selection; }
 bool canPlay(Document document) {
     return isOpen(document) && document.work() != AudioDocument::Work::reading && document.canPlay();
@@ -43,16 +49,16 @@ namespace Edits = AudioEditorEdits;
 
 // clang-format off
 constexpr CommandAction actions[] = {
-    {Command::save, isFreeAndIdle, [](AudioDocument &d) { d.save(); }},
+    {Command::save, canSave, [](AudioDocument &d) { d.save(); }},
     {Command::revert, isFreeAndIdle, [](AudioDocument &d) { d.revert(); }},
 
-    {Command::undo, [](Document d) { return isFree(d) && d.model().canUndo(); }, [](AudioDocument &d) { d.model().undo(); }},
-    {Command::redo, [](Document d) { return isFree(d) && d.model().canRedo(); }, [](AudioDocument &d) { d.model().redo(); }},
+    {Command::undo, [](Document d) { return isEditable(d) && d.model().canUndo(); }, [](AudioDocument &d) { d.model().undo(); }},
+    {Command::redo, [](Document d) { return isEditable(d) && d.model().canRedo(); }, [](AudioDocument &d) { d.model().redo(); }},
     {Command::cut, canCut, [](AudioDocument &d) { Edits::cut(d.model()); }},
     {Command::copy, hasSelection, [](AudioDocument &d) { Edits::copy(d.model()); }},
     {Command::paste, canPaste, [](AudioDocument &d) { Edits::paste(d.model()); }},
     {Command::delete_, canCut, [](AudioDocument &d) { Edits::deleteSelection(d.model()); }},
-    {Command::selectAll, canEdit, [](AudioDocument &d) { d.model().selectAll(); }},
+    {Command::selectAll, hasRange, [](AudioDocument &d) { d.model().selectAll(); }},
     {Command::selectNone, hasSelection, [](AudioDocument &d) { d.model().selectNone(); }},
 
     {Command::playStop, canPlay, [](AudioDocument &d) { d.togglePlay(); }},

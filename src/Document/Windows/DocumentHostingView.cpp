@@ -49,6 +49,7 @@ DocumentHostingView::~DocumentHostingView() = default;
 void DocumentHostingView::connectParts() {
     waveform_->onHover = [this](std::optional<WaveformHover> hover) { infoLine_->setPointer(hover); };
     waveform_->onContextMenu = [this](QPoint global) { popUpContextMenu(style_, target_, this, global); };
+    busyLine_->onShown = [this](std::optional<double> fraction) { infoLine_->setProgress(fraction); };
     infoLine_->onSpokenText = [this](const QString &text) { waveform_->setValueText(text); };
     infoLine_->onLeft = topBar_->onLeft = [this] { waveform_->setFocus(); };
     sheets_->onWheel = [this](QWheelEvent *event) { zoomByWheel(event); };

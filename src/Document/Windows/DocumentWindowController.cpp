@@ -43,7 +43,8 @@ DocumentWindowController::DocumentWindowController(const WindowServices &service
     // Not before the body: the view asks what can act while it is made.
     view_ = std::make_unique<DocumentHostingView>(document_->model(), services.document.jobs, services.style, *this);
     view_->onClosing = [this] { return mayClose(); };
-    view_->onStop = [this] { document_->isPlaying() ? document_->stop() : document_->cancelWork(); };
+    // A long edit can be cancelled in no other way; playback can be stopped in two.
+    view_->onStop = [this] { document_->isPlaying() && !document_->isEditing() ? document_->stop() : document_->cancelWork(); };
     documentChanges_ = document_->observers.add([this](const AudioDocument &) { documentChanged(); });
     modelChanges_ = document_->model().observers.add([this](const Changes &changes) {
         if (changes.contains(Change::dialog)) dialogChanged();

@@ -20,9 +20,12 @@ std::int64_t taskFrames(std::int64_t channels) { return std::max<std::int64_t>(t
 // A new sound made of a range: write(in, frames, out) is called for parts that together cover the range, with the samples
 // there and with where the frame `at`, counted from the start of the range, belongs in the result.
 template <class Write>
-AudioEditorBuffer made(const AudioEditorBuffer &buffer, FrameRange range, std::int64_t channels, Write write) {
+AudioEditorBuffer made(const AudioEditorBuffer &buffer, FrameRange range, std::int64_t channels, Progress *progress,
+                       Write write) {
+    if (progress) progress->start(range.count());
     SampleMemory out(std::size_t(range.count() * channels));
     parallelFor(range.count(), taskFrames(buffer.channels()), [&](std::int64_t lo, std::int64_t hi) {
+        if (progress) progress->add(hi - lo);
         buffer.forEachSpan({range.lo + lo, range.lo + hi},
                            [&](std::span<const float> in, FrameRange part) { write(in, part.lo - range.lo, out.data()); });
     });
@@ -31,14 +34,14 @@ AudioEditorBuffer made(const AudioEditorBuffer &buffer, FrameRange range, std::i
 
 // The same, put back in place of the range.
 template <class Write>
-AudioEditorBuffer rewritten(const AudioEditorBuffer &buffer, FrameRange range, Write write) {
+AudioEditorBuffer rewritten(const AudioEditorBuffer &buffer, FrameRange range, Progress *progress, Write write) {
     if (range.isEmpty()) return buffer;
-    return buffer.replacing(range, made(buffer, range, buffer.channels(), write));
+    return buffer.replacing(range, made(buffer, range, buffer.channels(), progress, write));
 }
 
 AudioEditorBuffer copied(const AudioEditorBuffer &buffer, FrameRange range) {
     const std::int64_t channels = buffer.channels();
-    return made(buffer, range, channels, [=](std::span<const float> in, std::int64_t at, float *out) {
+    return made(buffer, range, channels, nullptr, [=](std::span<const float> in, std::int64_t at, float *out) {
         std::copy(in.begin(), in.end(), out + at * channels);
     });
 }
@@ -57,10 +60,10 @@ AudioEditorBuffer silence(std::int64_t frames, std::int64_t channels, std::int64
 
 enum class Fade { in, out };
 
-AudioEditorBuffer faded(const AudioEditorBuffer &buffer, FrameRange range, Fade fade) {
+AudioEditorBuffer faded(const AudioEditorBuffer &buffer, FrameRange range, Fade fade, Progress *progress) {
     const std::int64_t channels = buffer.channels(), last = std::max<std::int64_t>(range.count() - 1, 1);
     const QuarterSine curve(last);
-    return rewritten(buffer, range, [&](std::span<const float> in, std::int64_t at, float *out) {
+    return rewritten(buffer, range, progress, [&](std::span<const float> in, std::int64_t at, float *out) {
         const std::int64_t frames = std::int64_t(in.size()) / channels;
         for (std::int64_t done = 0; done < frames; done += QuarterSine::block) {
             const std::int64_t count = std::min(frames - done, QuarterSine::block);
@@ -92,30 +95,36 @@ AudioEditorBuffer silenced(const AudioEditorBuffer &buffer, FrameRange range) {
     return buffer.replacing(range, silence(range.count(), buffer.channels(), buffer.sampleRate()));
 }
 
-AudioEditorBuffer reversed(const AudioEditorBuffer &buffer, FrameRange range) {
+AudioEditorBuffer reversed(const AudioEditorBuffer &buffer, FrameRange range, Progress *progress) {
     if (range.count() < 2) return buffer;
     const std::int64_t channels = buffer.channels();
-    return rewritten(buffer, range, [&](std::span<const float> in, std::int64_t at, float *out) {
+    return rewritten(buffer, range, progress, [&](std::span<const float> in, std::int64_t at, float *out) {
         const std::int64_t frames = std::int64_t(in.size()) / channels;
         reverseFrames(in.data(), frames, channels, out + (range.count() - at - frames) * channels);
     });
 }
 
-AudioEditorBuffer fadeIn(const AudioEditorBuffer &buffer, FrameRange range) { return faded(buffer, range, Fade::in); }
-AudioEditorBuffer fadeOut(const AudioEditorBuffer &buffer, FrameRange range) { return faded(buffer, range, Fade::out); }
+AudioEditorBuffer fadeIn(const AudioEditorBuffer &buffer, FrameRange range, Progress *progress) {
+    return faded(buffer, range, Fade::in, progress);
+}
+AudioEditorBuffer fadeOut(const AudioEditorBuffer &buffer, FrameRange range, Progress *progress) {
+    return faded(buffer, range, Fade::out, progress);
+}
 
-AudioEditorBuffer scaled(const AudioEditorBuffer &buffer, FrameRange range, double factor) {
+AudioEditorBuffer scaled(const AudioEditorBuffer &buffer, FrameRange range, double factor, Progress *progress) {
     const std::int64_t channels = buffer.channels();
-    return rewritten(buffer, range, [=](std::span<const float> in, std::int64_t at, float *out) {
+    return rewritten(buffer, range, progress, [=](std::span<const float> in, std::int64_t at, float *out) {
         multiply(in.data(), factor, std::int64_t(in.size()), out + at * channels);
     });
 }
 
-float peak(const AudioEditorBuffer &buffer, FrameRange range) {
+float peak(const AudioEditorBuffer &buffer, FrameRange range, Progress *progress) {
     if (range.isEmpty()) return 0;
+    if (progress) progress->start(range.count());
     const std::int64_t grain = taskFrames(buffer.channels());
     std::vector<float> peaks(std::size_t(range.count() / grain + 1), 0.0f);
     parallelFor(range.count(), grain, [&](std::int64_t lo, std::int64_t hi) {
+        if (progress) progress->add(hi - lo);
         float &largest = peaks[std::size_t(lo / grain)];
         buffer.forEachSpan({range.lo + lo, range.lo + hi}, [&](std::span<const float> in, FrameRange) {
             largest = std::max(largest, largestMagnitude(in.data(), std::int64_t(in.size())));
@@ -126,20 +135,20 @@ float peak(const AudioEditorBuffer &buffer, FrameRange range) {
 
 double gainFactor(double db) { return std::pow(10.0, db / 20); }
 
-AudioEditorBuffer mono(const AudioEditorBuffer &buffer, AudioEditorMonoSource source) {
+AudioEditorBuffer mono(const AudioEditorBuffer &buffer, AudioEditorMonoSource source, Progress *progress) {
     const std::int64_t channels = buffer.channels();
     if (channels < 2) return buffer;
-    if (source == AudioEditorMonoSource::mix) return withChannels(buffer, 1);
+    if (source == AudioEditorMonoSource::mix) return withChannels(buffer, 1, progress);
     const std::int64_t channel = source == AudioEditorMonoSource::left ? 0 : 1;
-    return made(buffer, {0, buffer.frames()}, 1, [=](std::span<const float> in, std::int64_t at, float *out) {
+    return made(buffer, {0, buffer.frames()}, 1, progress, [=](std::span<const float> in, std::int64_t at, float *out) {
         takeChannel(in.data(), channels, channel, std::int64_t(in.size()) / channels, out + at);
     });
 }
 
-AudioEditorBuffer withChannels(const AudioEditorBuffer &buffer, std::int64_t channels) {
+AudioEditorBuffer withChannels(const AudioEditorBuffer &buffer, std::int64_t channels, Progress *progress) {
     const std::int64_t from = buffer.channels(), to = std::max<std::int64_t>(channels, 1);
     if (from == to) return buffer;
-    return made(buffer, {0, buffer.frames()}, to, [=](std::span<const float> in, std::int64_t at, float *out) {
+    return made(buffer, {0, buffer.frames()}, to, progress, [=](std::span<const float> in, std::int64_t at, float *out) {
         spreadMean(in.data(), std::int64_t(in.size()) / from, from, to, out + at * to);
     });
 }
@@ -155,7 +164,7 @@ AudioEditorBuffer sliceFaded(const AudioEditorBuffer &buffer, std::int64_t fadeI
         return value;
     };
     const auto ramp = [&](const AudioEditorBuffer &sound, FrameRange range) {
-        return rewritten(sound, range, [&, range](std::span<const float> in, std::int64_t at, float *out) {
+        return rewritten(sound, range, nullptr, [&, range](std::span<const float> in, std::int64_t at, float *out) {
             for (std::size_t s = 0; s < in.size(); ++s) {
                 const std::int64_t frame = at + std::int64_t(s) / channels;
                 out[at * channels + std::int64_t(s)] = in[s] * gain(range.lo + frame);

@@ -10,7 +10,8 @@
 // The operations on sound: pure functions from a buffer to a new one. Ranges must lie inside the buffer. Nothing is clipped to
 // full scale and nothing is dithered. Gains and positions are computed in 64-bit float and the product is stored as 32-bit
 // float. Each touches only its range: the rest of the result shares the samples of the input. They work on all cores and may
-// be called from any thread but the audio thread.
+// be called from any thread but the audio thread. Those that take a Progress start it with their own total and throw Cancelled
+// soon after it was cancelled; null does without.
 namespace kiv::AudioEditorOps {
 
 // The frames of a range alone.
@@ -26,26 +27,26 @@ AudioEditorBuffer removing(const AudioEditorBuffer &buffer, FrameRange range);
 AudioEditorBuffer silenced(const AudioEditorBuffer &buffer, FrameRange range);
 
 // Whole frames in reverse order; the channels stay in place within each. Fewer than 2 frames stay as they are.
-AudioEditorBuffer reversed(const AudioEditorBuffer &buffer, FrameRange range);
+AudioEditorBuffer reversed(const AudioEditorBuffer &buffer, FrameRange range, Progress *progress = nullptr);
 
 // Quarter-sine fades over n frames, d = max(n − 1, 1): gain sin(i / d · π / 2) in, sin((1 − i / d) · π / 2) out.
-AudioEditorBuffer fadeIn(const AudioEditorBuffer &buffer, FrameRange range);
-AudioEditorBuffer fadeOut(const AudioEditorBuffer &buffer, FrameRange range);
+AudioEditorBuffer fadeIn(const AudioEditorBuffer &buffer, FrameRange range, Progress *progress = nullptr);
+AudioEditorBuffer fadeOut(const AudioEditorBuffer &buffer, FrameRange range, Progress *progress = nullptr);
 
-AudioEditorBuffer scaled(const AudioEditorBuffer &buffer, FrameRange range, double factor);
+AudioEditorBuffer scaled(const AudioEditorBuffer &buffer, FrameRange range, double factor, Progress *progress = nullptr);
 
 // The largest absolute sample of all channels of a range; 0 for an empty one. NaN samples do not count.
-float peak(const AudioEditorBuffer &buffer, FrameRange range);
+float peak(const AudioEditorBuffer &buffer, FrameRange range, Progress *progress = nullptr);
 
 // 10^(dB / 20).
 double gainFactor(double db);
 
 // One channel. `mix` is the sum of the channels in order, in 32-bit float, times 1 / channels. Fewer than 2 channels:
 // unchanged.
-AudioEditorBuffer mono(const AudioEditorBuffer &buffer, AudioEditorMonoSource source);
+AudioEditorBuffer mono(const AudioEditorBuffer &buffer, AudioEditorMonoSource source, Progress *progress = nullptr);
 
 // Each frame as `channels` copies of the mean of its channels. The same count: unchanged.
-AudioEditorBuffer withChannels(const AudioEditorBuffer &buffer, std::int64_t channels);
+AudioEditorBuffer withChannels(const AudioEditorBuffer &buffer, std::int64_t channels, Progress *progress = nullptr);
 
 // Linear fades over the first `fadeIn` and the last `fadeOut` frames, in 32-bit float, for slices that are saved: the very
 // first and the very last frame become 0. Counts above the length count as the length; where both fades meet, both apply.

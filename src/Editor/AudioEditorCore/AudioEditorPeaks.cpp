@@ -108,9 +108,13 @@ void measureBlocks(const AudioEditorBuffer &buffer, std::int64_t lo, std::int64_
     settle(peaks, lo, hi);
 }
 
-void measure(const AudioEditorBuffer &buffer, std::int64_t lo, std::int64_t hi, AudioEditorPeaks &peaks) {
+void measure(const AudioEditorBuffer &buffer, std::int64_t lo, std::int64_t hi, AudioEditorPeaks &peaks, Progress *progress) {
+    if (progress) progress->start(hi - lo);
     const std::int64_t grain = std::max<std::int64_t>(taskSamples / (AudioEditorPeaks::blockSize * buffer.channels()), 1);
-    parallelFor(hi - lo, grain, [&](std::int64_t from, std::int64_t to) { measureBlocks(buffer, lo + from, lo + to, peaks); });
+    parallelFor(hi - lo, grain, [&](std::int64_t from, std::int64_t to) {
+        if (progress) progress->add(to - from);
+        measureBlocks(buffer, lo + from, lo + to, peaks);
+    });
 }
 
 void resize(AudioEditorPeaks &peaks, std::int64_t channels, std::int64_t blocks) {
@@ -122,13 +126,14 @@ void resize(AudioEditorPeaks &peaks, std::int64_t channels, std::int64_t blocks)
 
 }  // namespace
 
-AudioEditorPeaks::AudioEditorPeaks(const AudioEditorBuffer &buffer) {
+AudioEditorPeaks::AudioEditorPeaks(const AudioEditorBuffer &buffer, Progress *progress) {
     const std::int64_t count = blocksFor(buffer.frames());
     resize(*this, buffer.channels(), count);
-    measure(buffer, 0, count, *this);
+    measure(buffer, 0, count, *this, progress);
 }
 
-AudioEditorPeaks::AudioEditorPeaks(const AudioEditorBuffer &buffer, const AudioEditorBuffer &before, AudioEditorPeaks old) {
+AudioEditorPeaks::AudioEditorPeaks(const AudioEditorBuffer &buffer, const AudioEditorBuffer &before, AudioEditorPeaks old,
+                                   Progress *progress) {
     const std::int64_t count = blocksFor(buffer.frames()), frames = buffer.frames();
     const bool usable = std::int64_t(old.mins.size()) == buffer.channels() && old.blocks() == blocksFor(before.frames());
     const bool sameLength = frames == before.frames();
@@ -138,7 +143,7 @@ AudioEditorPeaks::AudioEditorPeaks(const AudioEditorBuffer &buffer, const AudioE
     resize(*this, buffer.channels(), count);
     // A block counts as shared when all of its frames are, in both: the last one of a longer or shorter sound does not.
     const std::int64_t lo = sameLength && prefix == frames ? count : prefix / blockSize;
-    measure(buffer, lo, std::max(lo, blocksFor(frames - suffix)), *this);
+    measure(buffer, lo, std::max(lo, blocksFor(frames - suffix)), *this, progress);
 }
 
 }  // namespace kiv

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Editor/AudioEditorCore/AudioEditorBuffer.h"
+#include "Support/Progress.h"
 
 namespace kiv {
 
@@ -16,11 +17,13 @@ struct AudioEditorPeaks {
     std::vector<std::vector<float>> maxs;
 
     AudioEditorPeaks() = default;
-    // One parallel pass over the sound.
-    explicit AudioEditorPeaks(const AudioEditorBuffer &buffer);
+    // One parallel pass over the sound. A progress is started with its own total and may cancel it by Cancelled; null does
+    // without.
+    explicit AudioEditorPeaks(const AudioEditorBuffer &buffer, Progress *progress = nullptr);
     // The same result for less work: `old` are the peaks of `before`, and only blocks that may differ are read. Blocks are
     // taken over where the two buffers share memory and lie at the same frames.
-    AudioEditorPeaks(const AudioEditorBuffer &buffer, const AudioEditorBuffer &before, AudioEditorPeaks old);
+    AudioEditorPeaks(const AudioEditorBuffer &buffer, const AudioEditorBuffer &before, AudioEditorPeaks old,
+                     Progress *progress = nullptr);
 
     std::int64_t blocks() const { return mins.empty() ? 0 : std::int64_t(mins[0].size()); }
     friend bool operator==(const AudioEditorPeaks &, const AudioEditorPeaks &) = default;

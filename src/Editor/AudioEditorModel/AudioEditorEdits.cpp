@@ -1,28 +1,58 @@
 #include "Editor/AudioEditorModel/AudioEditorEdits.h"
 
 #include <cmath>
+#include <functional>
 
 #include "Editor/AudioEditorCore/AudioEditorOps.h"
 
 namespace kiv::AudioEditorEdits {
 namespace {
 
-// An edit that keeps the length, and with it the cursor, the selection and all positions.
-void commitInPlace(AudioEditorModel &model, AudioEditorBuffer buffer) {
-    const AudioEditorState &state = model.state();
-    model.commit(std::move(buffer), state.cursorFrame, state.selection, AudioEditorLengthChange::none());
-}
+using Operation = std::function<AudioEditorBuffer(const AudioEditorBuffer &, Progress *)>;
+using RangeOperation = AudioEditorBuffer (*)(const AudioEditorBuffer &, FrameRange, Progress *);
 
-using RangeOperation = AudioEditorBuffer (*)(const AudioEditorBuffer &, FrameRange);
+double samplesIn(const AudioEditorBuffer &buffer, FrameRange range) { return double(range.count() * buffer.channels()); }
+
+// An edit that keeps the length, and with it the cursor, the selection and all positions.
+void applyInPlace(AudioEditorModel &model, double cost, Operation operation) {
+    const auto carryOut = [buffer = model.state().buffer, operation = std::move(operation)](Progress &progress) {
+        return std::optional(EditOutcome{.buffer = operation(buffer, &progress)});
+    };
+    model.apply({cost, {1}, carryOut});
+}
 
 void onActiveRange(AudioEditorModel &model, RangeOperation operation) {
-    if (const auto range = model.activeRange()) commitInPlace(model, operation(model.state().buffer, *range));
+    const auto range = model.activeRange();
+    if (!range) return;
+    applyInPlace(
+        model, samplesIn(model.state().buffer, *range),
+        [operation, range = *range](const auto &buffer, Progress *progress) { return operation(buffer, range, progress); });
 }
 
-void scale(AudioEditorModel &model, double factor) {
-    const auto range = model.activeRange();
-    if (range && factor != 1 && std::isfinite(factor))
-        commitInPlace(model, AudioEditorOps::scaled(model.state().buffer, *range, factor));
+// What else is done to a sample, as against multiplying it by a gain: converting its rate; measuring the peaks of silence,
+// which takes no writing.
+constexpr double conversionCost = 25, silenceCost = 0.1;
+
+double pastingCost(const AudioEditorBuffer &clip, const AudioEditorBuffer &into) {
+    const double samples = samplesIn(clip, {0, clip.frames()});
+    if (clip.sampleRate() != into.sampleRate()) return conversionCost * samples;
+    return clip.channels() == into.channels() ? 0 : samples;
+}
+
+std::vector<double> pastingStages(const AudioEditorBuffer &clip, const AudioEditorBuffer &into) {
+    const bool hasBoth = clip.sampleRate() != into.sampleRate() && clip.channels() != into.channels();
+    return hasBoth ? std::vector{0.95, 0.05} : std::vector{1.0};
+}
+
+EditOutcome pasted(const AudioEditorBuffer &buffer, FrameRange over, const AudioEditorBuffer &clipboard, Progress &progress) {
+    const auto converted = AudioEditorOps::withSampleRate(clipboard, buffer.sampleRate(), &progress);
+    const auto clip = AudioEditorOps::withChannels(converted, buffer.channels(), &progress);
+    const FrameRange range{over.lo, over.lo + clip.frames()};
+    const auto rest = over.isEmpty() ? buffer : AudioEditorOps::removing(buffer, over);
+    return {.buffer = AudioEditorOps::inserting(rest, clip, over.lo),
+            .change = over.isEmpty() ? AudioEditorLengthChange::inserted(over.lo, clip.frames())
+                                     : AudioEditorLengthChange::replaced(over, clip.frames()),
+            .place = EditOutcome::Place{range.hi, range}};
 }
 
 // Whether the typed text, if there is one, could be read.
@@ -71,13 +101,11 @@ void paste(AudioEditorModel &model) {
     const AudioEditorState &state = model.state();
     const auto &clipboard = model.clipboard().buffer;
     if (!clipboard || clipboard->isEmpty()) return;
-    const AudioEditorBuffer clip = AudioEditorOps::withSampleRate(*clipboard, state.buffer.sampleRate());
     const FrameRange over = state.selection.value_or(FrameRange{state.cursorFrame, state.cursorFrame});
-    const FrameRange pasted{over.lo, over.lo + clip.frames()};
-    const auto rest = over.isEmpty() ? state.buffer : AudioEditorOps::removing(state.buffer, over);
-    model.commit(AudioEditorOps::inserting(rest, clip, over.lo), pasted.hi, pasted,
-                 over.isEmpty() ? AudioEditorLengthChange::inserted(over.lo, clip.frames())
-                                : AudioEditorLengthChange::replaced(over, clip.frames()));
+    model.apply({pastingCost(*clipboard, state.buffer), pastingStages(*clipboard, state.buffer),
+                 [over, buffer = state.buffer, clip = *clipboard](Progress &progress) {
+                     return std::optional(pasted(buffer, over, clip, progress));
+                 }});
 }
 
 void trim(AudioEditorModel &model) {
@@ -90,30 +118,52 @@ void fadeIn(AudioEditorModel &model) { onActiveRange(model, AudioEditorOps::fade
 
 void fadeOut(AudioEditorModel &model) { onActiveRange(model, AudioEditorOps::fadeOut); }
 
-void silence(AudioEditorModel &model) { onActiveRange(model, AudioEditorOps::silenced); }
+void silence(AudioEditorModel &model) {
+    const auto range = model.activeRange();
+    if (!range) return;
+    applyInPlace(model, silenceCost * samplesIn(model.state().buffer, *range),
+                 [=](const auto &buffer, Progress *) { return AudioEditorOps::silenced(buffer, *range); });
+}
 
 void reverse(AudioEditorModel &model) {
     const auto range = model.activeRange();
     if (range && range->count() >= 2) onActiveRange(model, AudioEditorOps::reversed);
 }
 
-void gain(AudioEditorModel &model, double db) { scale(model, AudioEditorOps::gainFactor(db)); }
+void gain(AudioEditorModel &model, double db) {
+    const auto range = model.activeRange();
+    const double factor = AudioEditorOps::gainFactor(db);
+    if (!range || factor == 1 || !std::isfinite(factor)) return;
+    applyInPlace(model, samplesIn(model.state().buffer, *range), [=](const auto &buffer, Progress *progress) {
+        return AudioEditorOps::scaled(buffer, *range, factor, progress);
+    });
+}
 
 void normalize(AudioEditorModel &model, double targetDb) {
     const auto range = model.activeRange();
-    const double peak = range ? AudioEditorOps::peak(model.state().buffer, *range) : 0;
-    // No factor brings an infinite sample to a level.
-    if (peak > 0 && std::isfinite(peak)) scale(model, AudioEditorOps::gainFactor(targetDb) / peak);
+    if (!range) return;
+    const auto carryOut = [=, buffer = model.state().buffer](Progress &progress) -> std::optional<EditOutcome> {
+        const double peak = AudioEditorOps::peak(buffer, *range, &progress);
+        const double factor = AudioEditorOps::gainFactor(targetDb) / peak;
+        // No factor brings silence or an infinite sample to a level.
+        if (!(peak > 0) || factor == 1 || !std::isfinite(peak) || !std::isfinite(factor)) return std::nullopt;
+        return EditOutcome{.buffer = AudioEditorOps::scaled(buffer, *range, factor, &progress)};
+    };
+    model.apply({1.2 * samplesIn(model.state().buffer, *range), {0.2, 0.8}, carryOut});
 }
 
 void mono(AudioEditorModel &model, AudioEditorMonoSource source) {
-    const AudioEditorBuffer &buffer = model.state().buffer;
-    if (buffer.channels() >= 2) commitInPlace(model, AudioEditorOps::mono(buffer, source));
+    const AudioEditorBuffer &sound = model.state().buffer;
+    if (sound.channels() < 2) return;
+    applyInPlace(model, samplesIn(sound, {0, sound.frames()}),
+                 [=](const auto &buffer, Progress *progress) { return AudioEditorOps::mono(buffer, source, progress); });
 }
 
 void stereo(AudioEditorModel &model) {
-    const AudioEditorBuffer &buffer = model.state().buffer;
-    if (buffer.channels() != 2) commitInPlace(model, AudioEditorOps::withChannels(buffer, 2));
+    const AudioEditorBuffer &sound = model.state().buffer;
+    if (sound.channels() == 2) return;
+    applyInPlace(model, 2 * double(sound.frames()),
+                 [](const auto &buffer, Progress *progress) { return AudioEditorOps::withChannels(buffer, 2, progress); });
 }
 
 bool confirmDialog(AudioEditorModel &model) {

@@ -16,6 +16,7 @@
 #include "Editor/AudioEditorCore/AudioEditorPlayhead.h"
 #include "Editor/AudioEditorCore/AudioEditorTimeUnit.h"
 #include "Editor/AudioEditorModel/AudioEditorZoom.h"
+#include "Editor/AudioEditorModel/EditPlan.h"
 #include "Editor/AudioEditorModel/UndoHistory.h"
 #include "Preferences/Settings.h"
 #include "Support/Observers.h"
@@ -120,6 +121,8 @@ public:
     std::function<void(const AudioEditorBuffer &before, const AudioEditorBuffer &now)> onAudioChanged;
     std::function<void(FrameRange range, bool loop)> onPlayRange;
     std::function<void(bool)> onLoopChanged;
+    // Wants a long edit carried out away from the main thread; absent, it is done on the spot as the short ones are.
+    std::function<void(EditPlan)> onLongEdit;
 
     // A fresh sound as read from a file, with its marks: no undo, whole file in view. The peaks are built here when not given.
     void load(AudioEditorBuffer buffer, std::vector<std::int64_t> markers, std::optional<FrameRange> loop,
@@ -138,6 +141,10 @@ public:
     // the length change.
     void commit(AudioEditorBuffer buffer, std::int64_t cursor, std::optional<FrameRange> selection,
                 AudioEditorLengthChange change);
+    // The same with what an edit has made of the sound of that generation; one of another is dropped: false.
+    bool commit(std::int64_t generation, EditOutcome outcome);
+    // Carries an edit out on the present sound and commits it: now, or later when it is a long one.
+    void apply(EditPlan plan);
     // A change of the loop alone: an undoable step without a buffer. A loop that is already so makes none.
     void commitLoop(std::optional<FrameRange> loop);
     void undo();
@@ -213,6 +220,7 @@ private:
     void install(Content content);
     Snapshot currentSnapshot(bool withBuffer) const;
     void pushHistory(bool withBuffer);
+    void commitOutcome(EditOutcome outcome);
     void restore(std::optional<Snapshot> snapshot);
 
     Settings &settings_;

@@ -17,14 +17,32 @@ void AudioEditorModel::pushHistory(bool withBuffer) {
 
 void AudioEditorModel::commit(AudioEditorBuffer buffer, std::int64_t cursor, std::optional<FrameRange> selection,
                               AudioEditorLengthChange change) {
+    commitOutcome({std::move(buffer), change, EditOutcome::Place{cursor, selection}, {}});
+}
+
+bool AudioEditorModel::commit(std::int64_t generation, EditOutcome outcome) {
+    if (generation != state_.generation) return false;
+    commitOutcome(std::move(outcome));
+    return true;
+}
+
+void AudioEditorModel::apply(EditPlan plan) {
+    if (plan.isLong() && onLongEdit) return onLongEdit(std::move(plan));
+    Progress unwatched;
+    if (auto outcome = plan.carryOut(unwatched)) commitOutcome(std::move(*outcome));
+}
+
+void AudioEditorModel::commitOutcome(EditOutcome outcome) {
     const Batch batch(*this);
     pushHistory(true);
-    const std::int64_t frames = buffer.frames();
+    const std::int64_t frames = outcome.buffer.frames();
     std::vector<std::int64_t> markers = state_.markerFrames;
-    for (std::int64_t &marker : markers) marker = change.map(marker, frames);
+    for (std::int64_t &marker : markers) marker = outcome.change.map(marker, frames);
     set(&AudioEditorState::markerFrames, std::move(markers), Change::markers);
-    if (state_.loopPoints) set(&AudioEditorState::loopPoints, change.mapLoop(*state_.loopPoints, frames), Change::loopPoints);
-    install({std::move(buffer), std::nullopt, cursor, selection, nextVersion_++});
+    if (state_.loopPoints)
+        set(&AudioEditorState::loopPoints, outcome.change.mapLoop(*state_.loopPoints, frames), Change::loopPoints);
+    const auto place = outcome.place.value_or(EditOutcome::Place{state_.cursorFrame, state_.selection});
+    install({std::move(outcome.buffer), std::move(outcome.peaks), place.cursor, place.selection, nextVersion_++});
 }
 
 void AudioEditorModel::commitLoop(std::optional<FrameRange> loop) {

@@ -103,6 +103,11 @@ InfoLineScene infoLineScene(const AudioEditorState &state, const std::optional<W
     return scene;
 }
 
+void addProgress(InfoLineScene &scene, double fraction) {
+    const std::string percent = std::to_string(int(fraction * 100)) + " %";
+    scene.right.insert(scene.right.begin(), {InfoGroupKind::work, {{percent, false, {}}}});
+}
+
 std::string spokenPlaces(const InfoLineScene &scene) {
     std::string spoken;
     for (const InfoGroup &group : scene.left) {

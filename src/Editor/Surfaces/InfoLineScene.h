@@ -31,7 +31,7 @@ struct InfoText {
 };
 
 // In the order in which they go when room is short; the places themselves never do.
-enum class InfoGroupKind { pointer, mode, format, place };
+enum class InfoGroupKind { pointer, mode, format, place, work };
 
 struct InfoGroup {
     InfoGroupKind kind;
@@ -47,6 +47,8 @@ struct InfoLineScene {
 };
 
 InfoLineScene infoLineScene(const AudioEditorState &state, const std::optional<WaveformHover> &pointer, const FileFacts &facts);
+// Puts how far long work has come, 0 … 1, before what the line tells of the file, where nothing else has to move for it.
+void addProgress(InfoLineScene &scene, double fraction);
 // The places at the left as one sentence, for a screen reader.
 std::string spokenPlaces(const InfoLineScene &scene);
 // "44.1 kHz"; "Mono", "Stereo", "6 channels".

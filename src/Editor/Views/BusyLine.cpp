@@ -28,7 +28,9 @@ void BusyLine::setBusy(bool isBusy, std::function<double()> fraction) {
     if (isBusy && !timer_.isActive()) timer_.start(patience);
     if (isBusy) return;
     timer_.stop();
+    if (isHidden()) return;
     hide();
+    if (onShown) onShown(std::nullopt);
 }
 
 void BusyLine::tick() {
@@ -36,6 +38,7 @@ void BusyLine::tick() {
     show();
     raise();
     update();
+    if (onShown) onShown(fraction_ ? fraction_() : 0);
 }
 
 void BusyLine::paintEvent(QPaintEvent *) {

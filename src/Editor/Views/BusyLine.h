@@ -3,6 +3,7 @@
 #include <QTimer>
 #include <QWidget>
 #include <functional>
+#include <optional>
 
 #include "Editor/Views/ViewStyle.h"
 
@@ -18,6 +19,8 @@ public:
 
     // `fraction` tells 0 … 1 and is asked while busy.
     void setBusy(bool isBusy, std::function<double()> fraction);
+    // Told how far the work has come whenever the line shows it, and nothing when the line goes.
+    std::function<void(std::optional<double>)> onShown;
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -53,7 +53,13 @@ void InfoLine::setFacts(const FileFacts &facts) {
     if (facts == facts_) return;
     facts_ = facts;
     refresh();
-    setAccessibleDescription(onScreen(scene_.right.front().texts.front().text));
+    setAccessibleDescription(onScreen(infoLineScene(model_.state(), {}, facts_).right.front().texts.front().text));
+}
+
+void InfoLine::setProgress(std::optional<double> fraction) {
+    if (fraction == progress_) return;
+    progress_ = fraction;
+    refresh();
 }
 
 bool InfoLine::enter(InfoField field, const std::string &typed) {
@@ -66,7 +72,8 @@ bool InfoLine::enter(InfoField field, const std::string &typed) {
 
 void InfoLine::refresh() {
     const std::string spoken = spokenPlaces(scene_);
-    const InfoLineScene scene = infoLineScene(model_.state(), pointer_, facts_);
+    InfoLineScene scene = infoLineScene(model_.state(), pointer_, facts_);
+    if (progress_) addProgress(scene, *progress_);
     if (scene == scene_) return;
     scene_ = scene;
     layOut();

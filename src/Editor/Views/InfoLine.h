@@ -15,6 +15,8 @@ public:
 
     void setPointer(std::optional<WaveformHover> pointer);
     void setFacts(const FileFacts &facts);
+    // How far long work has come, 0 … 1; nothing: there is none.
+    void setProgress(std::optional<double> fraction);
     int lineHeight() const { return style_.grown(28); }
     const InfoLineScene &scene() const { return scene_; }
     ValueButton *value(InfoField field) const { return values_.at(field); }
@@ -37,6 +39,7 @@ private:
     ViewStyle &style_;
     std::optional<WaveformHover> pointer_;
     FileFacts facts_;
+    std::optional<double> progress_;
     InfoLineScene scene_;
     std::vector<PlacedInfoText> placed_;
     std::map<InfoField, ValueButton *> values_;

@@ -105,16 +105,19 @@ TEST_F(EditsTest, editsInPlaceActOnTheActiveRangeAndMoveNothing) {
     const struct {
         const char *what;
         void (*edit)(AudioEditorModel &);
-        AudioEditorBuffer (*operation)(const AudioEditorBuffer &, FrameRange);
+        AudioEditorBuffer (*operation)(const AudioEditorBuffer &, FrameRange, Progress *);
     } cases[] = {
         {"fade in", Edits::fadeIn, AudioEditorOps::fadeIn},
         {"fade out", Edits::fadeOut, AudioEditorOps::fadeOut},
-        {"silence", Edits::silence, AudioEditorOps::silenced},
+        {"silence", Edits::silence,
+         [](const AudioEditorBuffer &b, FrameRange r, Progress *) { return AudioEditorOps::silenced(b, r); }},
         {"reverse", Edits::reverse, AudioEditorOps::reversed},
         {"gain", [](AudioEditorModel &m) { Edits::gain(m, -6); },
-         [](const AudioEditorBuffer &b, FrameRange r) { return AudioEditorOps::scaled(b, r, std::pow(10.0, -6.0 / 20)); }},
+         [](const AudioEditorBuffer &b, FrameRange r, Progress *) {
+             return AudioEditorOps::scaled(b, r, std::pow(10.0, -6.0 / 20));
+         }},
         {"normalize", [](AudioEditorModel &m) { Edits::normalize(m, -2.5); },
-         [](const AudioEditorBuffer &b, FrameRange r) {
+         [](const AudioEditorBuffer &b, FrameRange r, Progress *) {
              return AudioEditorOps::scaled(b, r, std::pow(10.0, -2.5 / 20) / double(AudioEditorOps::peak(b, r)));
          }},
     };
@@ -125,7 +128,7 @@ TEST_F(EditsTest, editsInPlaceActOnTheActiveRangeAndMoveNothing) {
             model.setCursorAndSelection(400, whole ? std::nullopt : std::optional(range));
             const auto selection = state().selection;
             EXPECT_EQ(notices([&] { each.edit(model); }), bits({Change::audio, Change::history})) << each.what;
-            EXPECT_EQ(buffer(), each.operation(original, range)) << each.what;
+            EXPECT_EQ(buffer(), each.operation(original, range, nullptr)) << each.what;
             EXPECT_EQ(state().cursorFrame, 400) << each.what;
             EXPECT_EQ(state().selection, selection) << each.what;
         }

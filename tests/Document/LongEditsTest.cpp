@@ -1,0 +1,147 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Document/CommandActions.h"
+#include "Document/DocumentWorld.h"
+
+namespace kiv {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+// A document with a sound that is long to edit, a step to undo and one to redo, and a long edit under way.
+struct LongEdit : DocumentWorld, testing::Test {
+    static constexpr int frames = 5000000;
+    std::string file = Wav::file(std::vector<int>(frames, 1000));
+
+    LongEdit() {
+        open(file);
+        model.select({0, 100});
+        AudioEditorEdits::copy(model);
+        for (int i = 0; i < 2; ++i) AudioEditorEdits::silence(model);
+        model.undo();
+        model.undo();
+        AudioEditorEdits::silence(model);
+        model.undo();
+        clipboard.buffer = model.state().buffer.part({0, 10});
+        model.selectNone();
+        AudioEditorEdits::gain(model, -6);
+    }
+    float firstSample() const { return model.state().buffer.sample(0, 0); }
+    float firstOnDisk() {
+        DocumentWorld other;
+        other.open(onDisk());
+        return other.model.state().buffer.sample(0, 0);
+    }
+    const float original = 1000 / 32768.0f;
+};
+
+TEST_F(LongEdit, LetsListenLookAndCopyButNoOtherEditBegin) {
+    using enum EditorCommand;
+    EXPECT_EQ(document->work(), AudioDocument::Work::editing);
+    model.select({0, 100});
+    for (const EditorCommand command :
+         {undo, redo, cut, paste, delete_, gain, normalize, fadeIn, fadeOut, silence, reverse, trim, stereo, revert})
+        EXPECT_FALSE(isEnabled(command, *document)) << row(command).raw;
+    for (const EditorCommand command : {playStop, zoomIn, copy, selectAll, selectNone, goToStart, loop, toggleTimeUnit, save})
+        EXPECT_TRUE(isEnabled(command, *document)) << row(command).raw;
+    jobs.runAll();
+    EXPECT_TRUE(isEnabled(gain, *document));
+    EXPECT_TRUE(isEnabled(undo, *document));
+    EXPECT_FALSE(document->isBusy());
+}
+
+TEST_F(LongEdit, TheDialogClosesAtOnceAndTheEditFollows) {
+    jobs.runAll();
+    model.openDialog(Dialog::normalize);
+    EXPECT_TRUE(AudioEditorEdits::confirmDialog(model));
+    EXPECT_FALSE(model.state().dialog);
+    EXPECT_TRUE(document->isEditing());
+    jobs.runAll();
+    EXPECT_EQ(firstSample(), 1);
+}
+
+TEST_F(LongEdit, CanBeCancelledAndIsThenAsIfItHadNeverBeen) {
+    document->cancelWork();
+    EXPECT_FALSE(document->isBusy());
+    jobs.runAll();
+    EXPECT_EQ(firstSample(), original);
+    EXPECT_FALSE(document->isEdited());
+    EXPECT_THAT(ui.errors, IsEmpty());
+}
+
+TEST_F(LongEdit, ASaveWaitsForItAndIsCalledOffWithIt) {
+    for (const bool cancels : {true, false}) {
+        if (!document->isEditing()) AudioEditorEdits::gain(model, -6);
+        std::vector<bool> saved;
+        document->save([&](bool ok) { saved.push_back(ok); });
+        document->save([&](bool ok) { saved.push_back(ok); });  // one is enough
+        EXPECT_THAT(saved, ElementsAre(false));
+        if (cancels) document->cancelWork();
+        jobs.runAll();
+        EXPECT_THAT(saved, ElementsAre(false, !cancels));
+        EXPECT_EQ(firstOnDisk() < original, !cancels);
+        EXPECT_FALSE(document->isEdited());
+    }
+}
+
+TEST_F(LongEdit, MayBeginWhileAnEarlierStateIsSaved) {
+    jobs.runAll();
+    document->save();
+    AudioEditorEdits::reverse(model);
+    EXPECT_EQ(document->work(), AudioDocument::Work::saving);
+    EXPECT_TRUE(document->isEditing());
+    jobs.runAll();
+    EXPECT_TRUE(document->isEdited());
+    EXPECT_LT(firstOnDisk(), original);
+}
+
+TEST_F(LongEdit, ClosingAsksAsIfItWereDone) {
+    const struct {
+        const char *answer;
+        bool closes, saves;
+    } cases[] = {{"Save", true, true}, {"Don’t Save", true, false}, {"Cancel", false, false}};
+    for (const auto &[answer, closes, saves] : cases) {
+        DocumentWorld world;
+        world.open(file);
+        AudioEditorEdits::gain(world.model, -6);
+        world.ui.answers = {answer};
+        int closed = 0;
+        world.document->confirmClose([&] { ++closed; });
+        world.jobs.runAll();
+        EXPECT_EQ(world.ui.asked.size(), 1u) << answer;
+        EXPECT_EQ(closed, closes) << answer;
+        EXPECT_EQ(world.onDisk() != file, saves) << answer;
+        EXPECT_EQ(world.document->isEdited(), !closes) << answer;
+    }
+}
+
+TEST_F(LongEdit, ClosingWaitsForASaveThatWaitsForIt) {
+    document->save();
+    int closed = 0;
+    document->confirmClose([&] { ++closed; });
+    EXPECT_THAT(ui.asked, IsEmpty());
+    jobs.runAll();
+    EXPECT_EQ(closed, 1);
+    EXPECT_LT(firstOnDisk(), original);
+}
+
+TEST_F(LongEdit, IsGoneWithItsDocument) {
+    int told = 0;
+    document->save([&](bool) { ++told; });
+    document.reset();
+    jobs.runAll();
+    EXPECT_EQ(told, 0);
+}
+
+TEST_F(LongEdit, TellsWhyItCouldNotBeDone) {
+    document->cancelWork();
+    model.apply({1e9, {1}, [](Progress &) -> std::optional<EditOutcome> { throw std::bad_alloc(); }});
+    jobs.runAll();
+    EXPECT_THAT(ui.errors, ElementsAre(HasSubstr("“drum.wav” could not be edited: There is not enough memory.")));
+}
+
+}  // namespace
+}  // namespace kiv
