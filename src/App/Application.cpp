@@ -166,11 +166,12 @@ void Application::quitIfAlone() {
 }
 
 Box Application::placeForNextWindow() const {
-    const Box frame = openingFrame(parseFrame(settings_.get(Setting::documentWindowFrame)), freeScreens());
+    const std::vector<Box> screens = freeScreens();
+    const Box frame = openingFrame(parseFrame(settings_.get(Setting::documentWindowFrame)), screens);
     std::vector<Box> others;
     for (const auto &document : documents_)
         if (document->view().isVisible()) others.push_back(toBox(document->view().geometry()));
-    return cascaded(frame, others);
+    return cascaded(frame, others, screens);
 }
 
 void Application::showAbout() { showAboutWindow(style_); }

@@ -39,6 +39,7 @@ DocumentHostingView::DocumentHostingView(AudioEditorModel &model, Jobs &jobs, Vi
     orderTabs();
     ring_->followAll(topBar_);
     ring_->followAll(infoLine_);
+    ring_->follow(overview_);
     styleChanges_ = style.changed.add([this](const ViewStyle &) { layOut(); });
     layOut();
     waveform_->setFocus();

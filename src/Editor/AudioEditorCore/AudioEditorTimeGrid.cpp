@@ -39,10 +39,12 @@ std::string label(double seconds, double step) {
     return seconds < 60 ? decimalText(seconds, decimals) + " s" : clock(seconds, decimals);
 }
 
-double secondsStep(double secondsPerPixel, double minPixels, double latestSeconds) {
-    const double least = std::max(secondsPerPixel * minPixels, latestSeconds < 1 ? finestStepBelowOneSecond : finestStep);
-    // Counted in the finest step, so that every step is an exact quotient: 0.1 is 1000 / 10000.
-    if (least <= 10) return oneTwoFive(least / finestStepBelowOneSecond * (1 - 1e-12)) / 10000;
+double labelPrecision(double seconds) { return seconds < 1 ? 0.0001 : 0.001; }
+
+double secondsStep(double secondsPerPixel, double minPixels) {
+    constexpr double perSecond = 1e9;  // counted in nanoseconds, so that every step is an exact quotient
+    const double least = secondsPerPixel * minPixels;
+    if (least <= 10) return oneTwoFive(std::max(least * perSecond * (1 - 1e-12), 1.0)) / perSecond;
     for (const double step : {15., 30., 60., 120., 300., 600., 900., 1800.})
         if (step >= least) return step;
     double hours = 1;

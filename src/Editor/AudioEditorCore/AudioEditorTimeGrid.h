@@ -10,12 +10,12 @@ namespace kiv::AudioEditorTimeGrid {
 // "1:05.50".
 std::string label(double seconds, double step);
 
-inline constexpr double finestStepBelowOneSecond = 0.0001;
-inline constexpr double finestStep = 0.001;
-// The smallest step in seconds that keeps labels at least `minPixels` apart: 1-2-5 per decade up to 10, then 15, 30, 60, 120,
-// 300, 600, 900, 1800, 3600, and doublings of that beyond. It is never so fine that two neighbouring marks would read the same:
-// labels tell 0.1 ms apart below one second and 1 ms from there on. `latestSeconds` is the latest time in view.
-double secondsStep(double secondsPerPixel, double minPixels, double latestSeconds = 0);
+// The distance at which labels of marks around `seconds` still read differently: 0.1 ms below one second, 1 ms from there on.
+double labelPrecision(double seconds);
+
+// The smallest step in seconds that keeps labels at least `minPixels` apart: 1-2-5 per decade from 1 ns up to 10 s, then 15,
+// 30, 60, 120, 300, 600, 900, 1800, 3600, and doublings of that beyond. It may be finer than labels can tell apart.
+double secondsStep(double secondsPerPixel, double minPixels);
 // The same in samples: 1-2-5 throughout, at least 1.
 std::int64_t samplesStep(double framesPerPixel, double minPixels);
 

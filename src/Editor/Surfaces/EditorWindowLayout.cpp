@@ -3,16 +3,34 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdint>
+#include <utility>
 
 namespace kiv {
 
 namespace {
 
 constexpr int cascadeStep = 24;
+constexpr int titleBar = 32;  // about what the desktop's own frame takes above a window
 
 int overviewHeight(int windowHeight) { return windowHeight < 440 ? 0 : windowHeight < 560 ? 28 : 44; }
 
-bool overlap(const Box &a, const Box &b) { return a.x < b.right() && b.x < a.right() && a.y < b.bottom() && b.y < a.bottom(); }
+// How much of a box is on a screen; screens do not overlap.
+std::int64_t commonArea(const Box &a, const Box &b) {
+    const int width = std::min(a.right(), b.right()) - std::max(a.x, b.x);
+    const int height = std::min(a.bottom(), b.bottom()) - std::max(a.y, b.y);
+    return std::int64_t(std::max(width, 0)) * std::max(height, 0);
+}
+
+std::int64_t areaOnScreens(const Box &frame, const std::vector<Box> &screens) {
+    std::int64_t area = 0;
+    for (const Box &screen : screens) area += commonArea(frame, screen);
+    return area;
+}
+
+bool isAllOnScreens(const Box &frame, const std::vector<Box> &screens) {
+    return areaOnScreens(frame, screens) == std::int64_t(frame.width) * frame.height;
+}
 
 // How far a box is from another, in pixels of either direction.
 int distance(const Box &a, const Box &b) {
@@ -21,11 +39,19 @@ int distance(const Box &a, const Box &b) {
     return dx + dy;
 }
 
+// The screen that most of a box is on, else the nearest one.
+const Box &screenOf(const Box &frame, const std::vector<Box> &screens) {
+    return *std::min_element(screens.begin(), screens.end(), [&](const Box &a, const Box &b) {
+        return std::pair(-commonArea(frame, a), distance(frame, a)) < std::pair(-commonArea(frame, b), distance(frame, b));
+    });
+}
+
+// With its title bar.
 Box movedInto(Box frame, const Box &screen) {
     frame.width = std::min(frame.width, screen.width);
-    frame.height = std::min(frame.height, screen.height);
+    frame.height = std::min(frame.height, screen.height - titleBar);
     frame.x = std::clamp(frame.x, screen.x, screen.right() - frame.width);
-    frame.y = std::clamp(frame.y, screen.y, screen.bottom() - frame.height);
+    frame.y = std::clamp(frame.y, screen.y + titleBar, screen.bottom() - frame.height);
     return frame;
 }
 
@@ -68,23 +94,24 @@ std::optional<Box> parseFrame(std::string_view text) {
 Box openingFrame(const std::optional<Box> &remembered, const std::vector<Box> &screens) {
     const Box &first = screens.front();
     if (!remembered) {
-        const int width = std::min(1280, first.width), height = std::min(800, first.height);
-        return {first.x + (first.width - width) / 2, first.y + (first.height - height) / 2, width, height};
+        constexpr int width = 1280, height = 800;
+        return movedInto({first.x + (first.width - width) / 2, first.y + (first.height - height) / 2, width, height}, first);
     }
     Box frame = *remembered;
     frame.width = std::max(frame.width, editorWindowMinimumWidth);
     frame.height = std::max(frame.height, editorWindowMinimumHeight);
-    if (std::any_of(screens.begin(), screens.end(), [&](const Box &screen) { return overlap(frame, screen); })) return frame;
-    return movedInto(frame, *std::min_element(screens.begin(), screens.end(), [&](const Box &a, const Box &b) {
-                         return distance(frame, a) < distance(frame, b);
-                     }));
+    return isAllOnScreens(frame, screens) ? frame : movedInto(frame, screenOf(frame, screens));
 }
 
-Box cascaded(Box frame, const std::vector<Box> &others) {
+Box cascaded(Box frame, const std::vector<Box> &others, const std::vector<Box> &screens) {
+    const Box &screen = screenOf(frame, screens);
     const auto isTaken = [&](const Box &other) { return other.x == frame.x && other.y == frame.y; };
-    while (std::any_of(others.begin(), others.end(), isTaken)) {
+    for (std::size_t tries = 0; tries <= others.size() && std::any_of(others.begin(), others.end(), isTaken); ++tries) {
         frame.x += cascadeStep;
         frame.y += cascadeStep;
+        if (isAllOnScreens(frame, screens)) continue;
+        frame.x = screen.x;
+        frame.y = screen.y + titleBar;
     }
     return frame;
 }

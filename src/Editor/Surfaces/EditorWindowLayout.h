@@ -31,11 +31,12 @@ inline constexpr int editorWindowMinimumWidth = 640, editorWindowMinimumHeight =
 std::string frameText(const Box &frame);
 std::optional<Box> parseFrame(std::string_view text);
 
-// Where a new editor window opens: at the remembered frame, brought to the smallest size and, should it lie off every screen,
-// onto the nearest one; without one, 1280 x 800 in the middle of the first screen or as much of it as there is. `screens` are
-// their free areas, the first one first, at least one.
+// Where a new editor window opens: at the remembered frame, brought to the smallest size and, should any of it lie where there
+// is no screen, into the nearest one; without one, 1280 x 800 in the middle of the first screen or as much of it as there is.
+// `screens` are their free areas, the first one first, at least one.
 Box openingFrame(const std::optional<Box> &remembered, const std::vector<Box> &screens);
-// The frame moved to the right and down, as long as a window (given by its top left corner) stands just there.
-Box cascaded(Box frame, const std::vector<Box> &others);
+// The frame moved to the right and down, as long as a window (given by its top left corner) stands just there. One that would
+// leave its screen begins anew at the screen's upper left corner.
+Box cascaded(Box frame, const std::vector<Box> &others, const std::vector<Box> &screens);
 
 }  // namespace kiv

@@ -15,9 +15,9 @@ constexpr int betweenRightGroups = 16;
 
 // Between two texts of a group.
 int gap(const InfoText &before, const InfoText &after) {
-    constexpr int wide = 6, aroundDot = 4, aroundDash = 2;
-    if (before.isLabel || before.text == "·") return wide;
-    return after.text == "·" ? aroundDot : aroundDash;
+    constexpr int afterLabel = 6, aroundDot = 5, aroundDash = 3;
+    if (before.isLabel) return afterLabel;
+    return before.text == "·" || after.text == "·" ? aroundDot : aroundDash;
 }
 
 std::vector<InfoGroup> places(const AudioEditorState &state) {
@@ -99,7 +99,7 @@ InfoLineScene infoLineScene(const AudioEditorState &state, const std::optional<W
             joined({facts.typeName, facts.bits, rateText(facts.sampleRate), channelsText(state.buffer.channels())});
         scene.right.push_back({InfoGroupKind::format, {{text, true, {}}}});
     }
-    scene.right.push_back({InfoGroupKind::place, {{format(state.timeUnit, double(state.buffer.frames()), rate), false, {}}}});
+    scene.right.push_back({InfoGroupKind::total, {{format(state.timeUnit, double(state.buffer.frames()), rate), false, {}}}});
     return scene;
 }
 
@@ -124,7 +124,7 @@ std::vector<PlacedInfoText> placedInfoTexts(const InfoLineScene &scene, int widt
         return 2 * padding + widthOf(shown.left, betweenGroups, measure) + betweenGroups +
                widthOf(shown.right, betweenRightGroups, measure);
     };
-    for (InfoGroupKind kind : {InfoGroupKind::pointer, InfoGroupKind::mode, InfoGroupKind::format}) {
+    for (InfoGroupKind kind : {InfoGroupKind::pointer, InfoGroupKind::mode, InfoGroupKind::format, InfoGroupKind::total}) {
         if (needed() <= width) break;
         drop(shown.left, kind);
         drop(shown.right, kind);

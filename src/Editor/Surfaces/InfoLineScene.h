@@ -31,7 +31,7 @@ struct InfoText {
 };
 
 // In the order in which they go when room is short; the places themselves never do.
-enum class InfoGroupKind { pointer, mode, format, place, work };
+enum class InfoGroupKind { pointer, mode, format, total, place, work };
 
 struct InfoGroup {
     InfoGroupKind kind;

@@ -15,6 +15,7 @@ double overviewFrameAt(const OverviewGeometry &geometry, double x) {
 }
 
 void OverviewInput::press(const PointerEvent &event, const OverviewGeometry &geometry) {
+    if (!geometry.box) return;  // all of it is in view: there is nothing to move
     const AudioEditorZoom view = model_.state().view;
     const std::int64_t frames = model_.state().buffer.frames();
     const double frame = overviewFrameAt(geometry, event.x);

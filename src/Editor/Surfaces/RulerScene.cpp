@@ -13,7 +13,7 @@ RulerScene rulerScene(const AudioEditorState &state, ViewSize size, const RulerS
     RulerScene scene{rulerGeometry(state, size), state.buffer.sampleRate(), unit, {}, {}};
     const bool same =
         last.geometry == scene.geometry && last.unit == unit && last.sampleRate == scene.sampleRate && !last.ticks.empty();
-    scene.ticks = same ? last.ticks : timeTicks(state, scene.geometry.axis, scene.geometry.wholeColumns(), size.scale);
+    scene.ticks = same ? last.ticks : timeTicks(state, scene.geometry.axis, scene.geometry.wholeColumns(), size.textScale());
     scene.marks = viewMarks(state, scene.geometry.axis, scene.geometry.wholeColumns());
     scene.marks.selection.reset();
     return scene;

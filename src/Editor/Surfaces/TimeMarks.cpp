@@ -18,15 +18,14 @@ struct Grid {
     int divisions = 10;
 };
 
-Grid gridOf(const AudioEditorState &state, const TimeAxis &axis, int columns, double scale) {
-    const double framesPerPixel = axis.framesPerColumn * scale, rate = double(state.buffer.sampleRate());
+Grid gridOf(const AudioEditorState &state, const TimeAxis &axis, double textScale) {
+    const double framesPerPixel = axis.framesPerColumn * textScale, rate = double(state.buffer.sampleRate());
     Grid grid;
     if (state.timeUnit == AudioEditorTimeUnit::samples) {
         grid.step = double(AudioEditorTimeGrid::samplesStep(framesPerPixel, betweenLabels));
         grid.frames = grid.step;
     } else {
-        const double latest = axis.frameAt(columns) / rate;
-        grid.step = AudioEditorTimeGrid::secondsStep(framesPerPixel / rate, betweenLabels, latest);
+        grid.step = AudioEditorTimeGrid::secondsStep(framesPerPixel / rate, betweenLabels);
         grid.frames = grid.step * rate;
     }
     grid.divisions = AudioEditorTimeGrid::minorDivisions(grid.frames / framesPerPixel);
@@ -39,6 +38,27 @@ std::string labelOf(const AudioEditorState &state, const Grid &grid, std::int64_
                                                           : AudioEditorTimeGrid::label(place, grid.step);
 }
 
+// Whether the label of a labelled mark tells where it stands, and not just about where.
+bool isToldExactly(const AudioEditorState &state, const Grid &grid, std::int64_t index) {
+    if (state.timeUnit == AudioEditorTimeUnit::samples) return true;
+    const double place = double(index) * grid.step, parts = place / AudioEditorTimeGrid::labelPrecision(place);
+    return std::abs(parts - std::round(parts)) < 1e-3;
+}
+
+// Takes away the labels that are not exact; where that would leave none, those that repeat the one before.
+void thinLabels(std::vector<TimeTick> &ticks, const std::vector<bool> &isExact) {
+    bool hasExact = false;
+    for (std::size_t i = 0; i < ticks.size(); ++i) hasExact = hasExact || (isExact[i] && !ticks[i].label.empty());
+    std::string last;
+    for (std::size_t i = 0; i < ticks.size(); ++i) {
+        std::string &label = ticks[i].label;
+        if (label.empty()) continue;
+        const bool isKept = hasExact ? isExact[i] : label != last;
+        last = label;
+        if (!isKept) label.clear();
+    }
+}
+
 // Calls visit(index, x) for every mark in view, `divisions` to a labelled step.
 template <class Visit>
 void forEachMark(const Grid &grid, int divisions, const TimeAxis &axis, int columns, Visit visit) {
@@ -49,23 +69,27 @@ void forEachMark(const Grid &grid, int divisions, const TimeAxis &axis, int colu
 
 }  // namespace
 
-std::vector<TimeTick> timeTicks(const AudioEditorState &state, const TimeAxis &axis, int columns, double scale) {
-    const Grid grid = gridOf(state, axis, columns, scale);
-    const double lastLabel = columns - (roomAtTheEdge + labelAfterTick) * scale;
+std::vector<TimeTick> timeTicks(const AudioEditorState &state, const TimeAxis &axis, int columns, double textScale) {
+    const Grid grid = gridOf(state, axis, textScale);
+    const double lastLabel = columns - (roomAtTheEdge + labelAfterTick) * textScale;
     std::vector<TimeTick> ticks;
+    std::vector<bool> isExact;
     forEachMark(grid, grid.divisions, axis, columns, [&](std::int64_t i, int x) {
+        const std::int64_t index = i / grid.divisions;
         const int part = int(i % grid.divisions);
+        isExact.push_back(part == 0 && isToldExactly(state, grid, index));
         if (part != 0)
             ticks.push_back({x, 2 * part == grid.divisions ? TimeTick::Kind::middle : TimeTick::Kind::minor, {}});
         else
-            ticks.push_back({x, TimeTick::Kind::labelled, x <= lastLabel ? labelOf(state, grid, i / grid.divisions) : ""});
+            ticks.push_back({x, TimeTick::Kind::labelled, x <= lastLabel ? labelOf(state, grid, index) : ""});
     });
+    thinLabels(ticks, isExact);
     return ticks;
 }
 
-std::vector<int> timeLines(const AudioEditorState &state, const TimeAxis &axis, int columns, double scale) {
+std::vector<int> timeLines(const AudioEditorState &state, const TimeAxis &axis, int columns, double textScale) {
     std::vector<int> lines;
-    forEachMark(gridOf(state, axis, columns, scale), 1, axis, columns, [&](std::int64_t, int x) { lines.push_back(x); });
+    forEachMark(gridOf(state, axis, textScale), 1, axis, columns, [&](std::int64_t, int x) { lines.push_back(x); });
     return lines;
 }
 

@@ -10,10 +10,13 @@
 // Where everything of the waveform stands, in device pixels from its upper left corner.
 namespace kiv {
 
-// The size of a view: logical pixels, and device pixels a logical one.
+// The size of a view: logical pixels, device pixels a logical one, and how much larger than usual the desktop wants its texts.
 struct ViewSize {
     double width = 0, height = 0;
     double scale = 1;
+    double textFactor = 1;
+
+    double textScale() const { return scale * textFactor; }
 
     friend bool operator==(const ViewSize &, const ViewSize &) = default;
 };

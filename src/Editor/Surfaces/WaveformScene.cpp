@@ -49,7 +49,7 @@ WaveformScene waveformScene(const AudioEditorState &state, ViewSize size, const 
     scene.generation = state.generation;
     scene.powersRevision = view.powersRevision;
     scene.isEmpty = state.buffer.isEmpty() && state.generation > 0;  // before, nothing has been read yet
-    scene.timeLines = timeLines(state, scene.geometry.axis, scene.geometry.columns(), size.scale);
+    scene.timeLines = timeLines(state, scene.geometry.axis, scene.geometry.columns(), size.textScale());
     scene.marks = viewMarks(state, scene.geometry.axis, scene.geometry.columns());
     scene.preview = previewOf(state, scene.geometry);
     if (view.pointer) scene.pointed = hoverAt(scene.geometry, view.pointer->x, view.pointer->y, state.buffer.frames());

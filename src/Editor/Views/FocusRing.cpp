@@ -64,7 +64,8 @@ void FocusRing::place() {
     setVisible(control_ && control_->isVisible());
     if (!control_) return;
     const QRect rect(control_->mapTo(parentWidget(), QPoint()), control_->size());
-    setGeometry(rect.adjusted(-reach, -reach, reach, reach));
+    // Where a control reaches to the window's side, the ring stays inside.
+    setGeometry(rect.adjusted(-reach, -reach, reach, reach).intersected(parentWidget()->rect()));
     raise();
 }
 

@@ -12,7 +12,7 @@ using Role = AudioEditorThemeColor;
 
 constexpr double outsideStrength = 0.42, insideOuterStrength = 0.72, boxStrength = 0.85;
 // Logical pixels.
-constexpr double boxRadius = 4, gripWidth = 3, gripHeight = 14, markerHeight = 7, loopHeight = 3;
+constexpr double boxRadius = 4, narrowBox = 16, gripWidth = 3, gripHeight = 14, markerHeight = 7, loopHeight = 3;
 
 class Painting {
 public:
@@ -78,8 +78,11 @@ private:
         painter_.drawRoundedRect(rect.adjusted(half, half, -half, -half), radius, radius);
         painter_.setPen(Qt::NoPen);
         painter_.setBrush(toColor(colors_[Role::topbarButtonText]));
-        grip(columns.lo + hair_ / 2);
-        grip(columns.hi - hair_ + hair_ / 2);
+        // Astride the box's sides, but outside of a box so narrow that they would fill it.
+        const int width = devicePixels(gripWidth, scale_);
+        const int outward = columns.count() < devicePixels(narrowBox, scale_) ? width - hair_ - (width - hair_) / 2 : 0;
+        grip(columns.lo + hair_ / 2 - outward);
+        grip(columns.hi - hair_ + hair_ / 2 + outward);
         painter_.restore();
     }
 
@@ -104,11 +107,13 @@ private:
 OverviewImage::Look overviewLook(const ThemeColors &colors) {
     const Pixel dimmed = toPixel(mix(colors.well, colors[Role::waveFg], outsideStrength));
     const Pixel outer = toPixel(mix(colors[Role::waveBg], colors[Role::waveFg], insideOuterStrength));
-    return {{dimmed, dimmed, dimmed, 0, 0, 0}, {outer, toPixel(colors[Role::waveFg]), outer, 0, 0, 0}};
+    const Pixel full = toPixel(colors[Role::waveFg]);
+    return {{dimmed, dimmed, dimmed, dimmed, 0, 0}, {outer, full, outer, full, 0, 0}};
 }
 
 void paintOverview(QPainter &painter, const OverviewScene &scene, const OverviewImage &image, const ThemeColors &colors,
                    const QRect &part) {
+    painter.setClipRect(part);  // what is not opaque must not be painted over itself where there are several parts
     Painting painting(painter, scene, colors, part);
     painting.background();
     painting.sound(image);

@@ -13,11 +13,6 @@
 #include "Editor/Views/PainterTools.h"
 
 namespace kiv {
-namespace {
-
-constexpr int usualHeight = 44;
-
-}  // namespace
 
 struct OverviewView::Parts {
     Parts(AudioEditorModel &aModel, ViewStyle &aStyle, WaveformRms &aRms)
@@ -38,7 +33,6 @@ OverviewView::OverviewView(AudioEditorModel &model, ViewStyle &style, WaveformRm
     setFocusPolicy(Qt::TabFocus);
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setFixedHeight(usualHeight);
     setAccessibleName("Overview");
     parts_->modelChanges = model.observers.add([this](const Changes &) { refresh(); });
     parts_->rmsChanges = rms.completed.add([this](const WaveformRms &) { refresh(); });
@@ -113,6 +107,10 @@ bool OverviewView::event(QEvent *event) {
     return QWidget::event(event);
 }
 
-bool OverviewView::cancelDrag() { return parts_->input.cancel(); }
+bool OverviewView::cancelDrag() {
+    if (!parts_->input.cancel()) return false;
+    setShape(*this, PointerShape::arrow);
+    return true;
+}
 
 }  // namespace kiv

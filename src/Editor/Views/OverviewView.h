@@ -10,7 +10,7 @@
 namespace kiv {
 
 // The whole sound in one strip, and the part of it that is in view. As wide as gutter and waveform together: it leaves the
-// gutter's width free at its left. 44 high unless told otherwise.
+// gutter's width free at its left.
 class OverviewView : public QWidget {
 public:
     // `rms` must have been made before, for the same model.

@@ -38,6 +38,8 @@ public:
     // Draws with the baseline's left end at a place in device pixels, or its right end. The painter's unit may be either.
     void drawLeft(QPainter &painter, const QFont &font, const std::string &text, double x, double baseline, double scale);
     void drawRight(QPainter &painter, const QFont &font, const std::string &text, double x, double baseline, double scale);
+    // In device pixels.
+    double width(const QFont &font, const std::string &text, double scale) { return layout(font, text).size().width() * scale; }
     void drawCentred(QPainter &painter, const QFont &font, const std::string &text, double x, double baseline, double scale);
 
 private:

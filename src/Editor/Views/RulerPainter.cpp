@@ -14,7 +14,8 @@ using Role = AudioEditorThemeColor;
 constexpr double tickStrength = 0.55;
 // Logical pixels.
 constexpr double labelledTick = 8, middleTick = 6, minorTick = 4;
-constexpr double labelAfterTick = 5, baselineAboveFoot = 8, unitLeft = 10, textSize = 11;
+constexpr double labelAfterTick = 5, baselineAboveFoot = 8, unitLeft = 10;
+constexpr int textSize = 11;
 constexpr double playheadWidth = 2, playheadHeadWidth = 12, playheadHeadHeight = 8;
 constexpr double cursorHeadWidth = 10, cursorHeadHeight = 7;
 constexpr double flagTop = 1, flagWidth = 11, flagShoulder = 8, flagHeight = 9;
@@ -53,14 +54,14 @@ public:
         for (const TimeTick &tick : scene_.ticks) {
             const int x = left_ + tick.x, foot = geometry_.ruler.hi;
             fillPart(intersected({x, x + hair_}, strip_), {foot - tickHeight(tick.kind), foot}, color);
-            if (!tick.label.empty()) text(tick.label, x + labelAfterTick * scale_);
+            if (!tick.label.empty()) label(tick.label, x + labelAfterTick * scale_);
         }
     }
 
     void loop() {
         if (!scene_.marks.loop) return;
         painter_.save();
-        painter_.setClipRect(rectOf(strip_, geometry_.lane));
+        painter_.setClipRect(rectOf(strip_, geometry_.lane), Qt::IntersectClip);
         const int lo = left_ + scene_.marks.loop->lo, hi = left_ + scene_.marks.loop->hi + hair_;
         const int foot = geometry_.lane.hi - devicePixels(loopBarFoot, scale_), width = devicePixels(tabWidth, scale_);
         const int top = foot - devicePixels(tabHeight, scale_), radius = devicePixels(tabRadius, scale_);
@@ -72,7 +73,7 @@ public:
 
     void markers() {
         painter_.save();
-        painter_.setClipRect(rectOf(strip_, geometry_.lane));
+        painter_.setClipRect(rectOf(strip_, geometry_.lane), Qt::IntersectClip);
         const int top = geometry_.lane.lo + devicePixels(flagTop, scale_);
         for (const int marker : scene_.marks.markers) {
             const double x = left_ + marker;
@@ -120,9 +121,14 @@ private:
         if (!rect.isEmpty()) fill(painter_, rect, color);
     }
 
+    // A long one that the view's side would cut off is left out.
+    void label(const std::string &label, double x) {
+        if (x + texts_.width(style_.font(textSize), label, scale_) <= strip_.hi) text(label, x);
+    }
+
     void text(const std::string &text, double x) {
         painter_.setPen(style_.color(Role::rulerText));
-        texts_.drawLeft(painter_, style_.font(int(textSize)), text, x, geometry_.ruler.hi - baselineAboveFoot * scale_, scale_);
+        texts_.drawLeft(painter_, style_.font(textSize), text, x, geometry_.ruler.hi - baselineAboveFoot * scale_, scale_);
         painter_.setPen(Qt::NoPen);
     }
 
@@ -162,6 +168,7 @@ private:
 }  // namespace
 
 void paintRuler(QPainter &painter, const RulerScene &scene, const ViewStyle &style, TextCache &texts, const QRect &part) {
+    painter.setClipRect(part);  // what is not opaque must not be painted over itself where there are several parts
     Painting painting(painter, scene, style, texts, part);
     painting.background();
     painting.ticks();

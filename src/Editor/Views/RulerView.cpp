@@ -38,11 +38,12 @@ RulerView::~RulerView() = default;
 
 void RulerView::takeStyle() {
     setFixedHeight(parts_->style.grown(rulerHeight) + markerLaneHeight);
+    refresh();
     update();
 }
 
 void RulerView::refresh() {
-    const ViewSize size{double(width()), double(height()), devicePixelRatioF()};
+    const ViewSize size{double(width()), double(height()), devicePixelRatioF(), parts_->style.textFactor()};
     RulerScene scene = rulerScene(parts_->model.state(), size, parts_->scene);
     const Damage damage = rulerDamage(parts_->scene, scene);
     parts_->scene = std::move(scene);

@@ -29,7 +29,8 @@ public:
     // The field has closed by Enter or Esc: where the keyboard should go.
     std::function<void()> onLeft;
 
-    static constexpr int reach = 4;
+    // Not so far that the focus ring around it would touch a label before it.
+    static constexpr int reach = 3;
 
 protected:
     void paintEvent(QPaintEvent *event) override;

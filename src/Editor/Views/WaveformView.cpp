@@ -51,7 +51,10 @@ WaveformView::WaveformView(AudioEditorModel &model, ViewStyle &style, WaveformRm
     setShape(*this, PointerShape::textBeam);
     parts_->modelChanges = model.observers.add([this](const Changes &) { refresh(); });
     parts_->rmsChanges = rms.completed.add([this](const WaveformRms &) { refresh(); });
-    parts_->styleChanges = style.changed.add([this](const ViewStyle &) { update(); });
+    parts_->styleChanges = style.changed.add([this](const ViewStyle &) {
+        refresh();
+        update();
+    });
 }
 
 WaveformView::~WaveformView() = default;
@@ -61,7 +64,8 @@ void WaveformView::refresh() {
     parts_->view.powersRevision = parts_->rms.revision();
     parts_->view.isDragging = parts_->input.isDragging();
     const WaveformScene before = std::exchange(
-        parts_->scene, waveformScene(parts_->model.state(), {double(width()), double(height()), scale}, parts_->view));
+        parts_->scene, waveformScene(parts_->model.state(),
+                                     {double(width()), double(height()), scale, parts_->style.textFactor()}, parts_->view));
     const Damage damage = waveformDamage(before, parts_->scene);
     if (damage.everything) update();
     for (const PixelSpan &strip : damage.strips) update(toLogical(strip, height(), scale));

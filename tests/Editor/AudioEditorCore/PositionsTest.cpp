@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <set>
 
 #include "Editor/AudioEditorCore/AudioEditorLengthChange.h"
 #include "Editor/AudioEditorCore/AudioEditorLevelGrid.h"
@@ -127,10 +126,11 @@ TEST(TimeGrid, LabelsMarks) {
 TEST(TimeGrid, StepsAreTheSmallestThatKeepLabelsApart) {
     const struct {
         double least, step;
-    } cases[] = {{0.0001, 0.0001}, {0.00011, 0.0002}, {0.0002, 0.0002}, {0.03, 0.05},  {0.1, 0.1}, {0.7, 1},
-                 {1, 1},           {1.1, 2},          {4, 5},           {9, 10},       {10, 10},   {11, 15},
-                 {16, 30},         {45, 60},          {61, 120},        {150, 300},    {500, 600}, {601, 900},
-                 {1000, 1800},     {1801, 3600},      {3601, 7200},     {20000, 28800}};
+    } cases[] = {{0, 1e-9},     {1.1e-6, 2e-6}, {0.00003, 0.00005}, {0.0001, 0.0001}, {0.00011, 0.0002}, {0.0002, 0.0002},
+                 {0.03, 0.05},  {0.1, 0.1},     {0.7, 1},           {1, 1},           {1.1, 2},          {4, 5},
+                 {9, 10},       {10, 10},       {11, 15},           {16, 30},         {45, 60},          {61, 120},
+                 {150, 300},    {500, 600},     {601, 900},         {1000, 1800},     {1801, 3600},      {3601, 7200},
+                 {20000, 28800}};
     for (const auto &c : cases) EXPECT_EQ(AudioEditorTimeGrid::secondsStep(c.least / 92, 92), c.step) << c.least;
     const std::pair<double, std::int64_t> samples[] = {{0.01, 1}, {1, 1},     {1.5, 2},    {3, 5},
                                                        {6, 10},   {500, 500}, {501, 1000}, {3e9, 5'000'000'000}};
@@ -139,18 +139,6 @@ TEST(TimeGrid, StepsAreTheSmallestThatKeepLabelsApart) {
     EXPECT_GT(AudioEditorTimeGrid::samplesStep(1e300, 92), 0);
     EXPECT_EQ(AudioEditorTimeGrid::minorDivisions(70), 10);
     EXPECT_EQ(AudioEditorTimeGrid::minorDivisions(69.9), 5);
-}
-
-TEST(TimeGrid, NeighbouringMarksNeverReadTheSame) {
-    for (const double start : {0.0, 0.5, 3.0, 59.9, 3599.0})
-        for (double perPixel = 1e-8; perPixel < 1; perPixel *= 1.7) {
-            const double step = AudioEditorTimeGrid::secondsStep(perPixel, 92, start + 1000 * perPixel);
-            std::set<std::string> texts;
-            const double first = std::ceil(start / step);
-            for (int i = 0; i < 20; ++i) texts.insert(AudioEditorTimeGrid::label((first + i) * step, step));
-            if (start == 0 && 20 * step > 1 && step < 0.001) continue;  // beyond the view
-            ASSERT_EQ(texts.size(), 20u) << "from " << start << " in steps of " << step;
-        }
 }
 
 std::string levels(double fullScale, double zoomDb) {

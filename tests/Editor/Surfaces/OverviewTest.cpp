@@ -1,3 +1,4 @@
+#include "Editor/Surfaces/OverviewImage.h"
 #include "Editor/Surfaces/OverviewInput.h"
 #include "Editor/Surfaces/OverviewScene.h"
 #include "Editor/Surfaces/SurfaceFixture.h"
@@ -98,6 +99,26 @@ TEST_F(OverviewTest, APressOutsideCentresThereAndDragsOn) {
     input.release();
     input.doubleClick();
     EXPECT_EQ(state().view.zoom, 1);
+    press(800);
+    EXPECT_EQ(input.shape({844, 20, {}}, geometry()), PointerShape::arrow)
+        << "with all in view there is nothing to take hold of";
+    EXPECT_FALSE(input.cancel());
+}
+
+TEST_F(OverviewTest, AShortSoundIsALineThroughAllChannels) {
+    std::vector<float> samples;
+    for (int i = 0; i < 50; ++i) samples.insert(samples.end(), {i < 25 ? 0.5f : -0.5f, 0});
+    const Sound sound(AudioEditorBuffer(samples, 2, 44100));
+    load(sound.buffer);
+    const WaveformInk ink{0xFF000001, 0xFF000002, 0xFF000001, 0xFF000003, 0, 0};
+    OverviewImage image;
+    ASSERT_TRUE(image.update(sound.source(), geometry(), {ink, ink}));
+    const auto at = [&](int x, int row) { return image.inside()[row * image.width() + x]; };
+    for (const int column : {100, 400, 700, 900}) {
+        EXPECT_EQ(at(column, column < 500 ? 14 : 30), ink.curve) << column;
+        EXPECT_EQ(at(column, 22), ink.curve) << "the silent channel at " << column;
+        EXPECT_EQ(at(column, column < 500 ? 30 : 14), 0u) << column;
+    }
 }
 
 TEST_F(OverviewTest, KeysScrollAndZoom) {

@@ -128,15 +128,36 @@ TEST_F(WaveformSceneTest, TimeLabelsKeepTheirDistances) {
                 const auto ticks = timeTicks(state(), axis, int(1000 * scale), scale);
                 std::vector<int> labelled;
                 double last = -1e9;
+                std::string text;
                 for (const TimeTick &tick : ticks) {
                     if (tick.kind == TimeTick::Kind::labelled) labelled.push_back(tick.x);
                     if (tick.label.empty()) continue;
                     EXPECT_GE(tick.x - last, 92 * scale - 1) << framesPerPixel;
+                    EXPECT_NE(tick.label, std::exchange(text, tick.label)) << "read the same " << framesPerPixel;
                     EXPECT_LE(tick.x + 5 * scale, (1000 - 30) * scale + 1e-6);
                     last = tick.x;
                 }
+                EXPECT_FALSE(text.empty()) << "no label at " << framesPerPixel;
                 EXPECT_EQ(timeLines(state(), axis, int(1000 * scale), scale), labelled);
             }
+    }
+}
+
+TEST_F(WaveformSceneTest, LabelsFinerThanTheyCanTellStandWhereTheySay) {
+    load(AudioEditorBuffer(std::vector<float>(500000), 1, 100000));
+    struct Row {
+        double first, framesPerPixel;
+        std::string labels;  // of the first five labelled ticks
+    };
+    for (const Row &row : {Row{123400, 0.2, "1.234 s||||"}, Row{123420, 0.2, "||||1.235 s"}, Row{123420, 0.02, "1.234 s||||"},
+                           Row{1230, 0.02, "12.3 ms||||"}, Row{1233, 0.02, "|||12.4 ms|"}, Row{6012340, 0.2, "|||1:00.124|"}}) {
+        if (row.first > 500000) load(AudioEditorBuffer(std::vector<float>(6100000), 1, 100000));
+        show(row.first, row.framesPerPixel);
+        std::string labels;
+        int count = 0;
+        for (const TimeTick &tick : timeTicks(state(), viewAxis(state(), 1000), 1000, 1))
+            if (tick.kind == TimeTick::Kind::labelled && count++ < 5) labels += (count > 1 ? "|" : "") + tick.label;
+        EXPECT_EQ(labels, row.labels) << row.first << " " << row.framesPerPixel;
     }
 }
 

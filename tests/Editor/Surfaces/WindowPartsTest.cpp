@@ -109,6 +109,7 @@ TEST_F(InfoLineTest, DropsThePointerFirstAndThenTheFormat) {
     EXPECT_EQ(shown(700, pointer), "Cursor|0.000 s|Pointer|0.100 s|·|−11.6 dB|WAV · 24-bit · 48 kHz · Stereo|1.000 s|");
     EXPECT_EQ(shown(500, pointer), "Cursor|0.000 s|WAV · 24-bit · 48 kHz · Stereo|1.000 s|");
     EXPECT_EQ(shown(300, pointer), "Cursor|0.000 s|1.000 s|");
+    EXPECT_EQ(shown(150, pointer), "Cursor|0.000 s|") << "in a line too short even for this, the length goes last";
 }
 
 TEST_F(InfoLineTest, NothingOverlapsAndTheRightEndsAtThePadding) {
@@ -172,17 +173,26 @@ TEST(WindowFrame, OnlyFourWholeNumbersCount) {
 TEST(WindowFrame, OpensWhereItWasOrWhereItCanBeSeen) {
     const std::vector<Box> screens{{0, 0, 1920, 1050}, {1920, 200, 1280, 800}};
     EXPECT_EQ(openingFrame({}, screens), (Box{320, 125, 1280, 800}));
-    EXPECT_EQ(openingFrame({}, {{0, 0, 1024, 700}}), (Box{0, 0, 1024, 700}));
+    EXPECT_EQ(openingFrame({}, {{0, 0, 1024, 700}}), (Box{0, 32, 1024, 668})) << "with room for the title bar";
     EXPECT_EQ(openingFrame(Box{100, 50, 900, 600}, screens), (Box{100, 50, 900, 600}));
     EXPECT_EQ(openingFrame(Box{100, 50, 300, 100}, screens), (Box{100, 50, 640, 400})) << "never below the smallest size";
     EXPECT_EQ(openingFrame(Box{5000, 300, 900, 600}, screens), (Box{2300, 300, 900, 600})) << "onto the nearest screen";
-    EXPECT_EQ(openingFrame(Box{-2000, -2000, 900, 600}, screens), (Box{0, 0, 900, 600}));
+    EXPECT_EQ(openingFrame(Box{-2000, -2000, 900, 600}, screens), (Box{0, 32, 900, 600}));
+    EXPECT_EQ(openingFrame(Box{-899, 300, 900, 600}, screens), (Box{0, 300, 900, 600}))
+        << "a mere edge cannot be taken hold of";
+    EXPECT_EQ(openingFrame(Box{2000, 100, 900, 600}, screens), (Box{2000, 232, 900, 600}));
+    EXPECT_EQ(openingFrame(Box{1500, 300, 900, 600}, screens), (Box{1500, 300, 900, 600})) << "on two screens at once";
+    EXPECT_EQ(openingFrame(Box{0, 0, 2560, 1400}, {{0, 0, 1366, 768}}), (Box{0, 32, 1366, 736}));
 }
 
 TEST(WindowFrame, NextWindowsStepAside) {
+    const std::vector<Box> screens{{0, 20, 1100, 800}};
     const Box frame{100, 100, 900, 600};
-    EXPECT_EQ(cascaded(frame, {}), frame);
-    EXPECT_EQ(cascaded(frame, {{100, 100, 1, 1}, {124, 124, 1, 1}, {500, 500, 1, 1}}), (Box{148, 148, 900, 600}));
+    EXPECT_EQ(cascaded(frame, {}, screens), frame);
+    EXPECT_EQ(cascaded(frame, {{100, 100, 1, 1}, {124, 124, 1, 1}, {500, 500, 1, 1}}, screens), (Box{148, 148, 900, 600}));
+    EXPECT_EQ(cascaded({190, 100, 900, 600}, {{190, 100, 1, 1}}, screens), (Box{0, 52, 900, 600})) << "begins anew";
+    const Box full{0, 52, 1100, 768};
+    EXPECT_EQ(cascaded(full, {{0, 52, 1, 1}}, screens), full) << "there is no other place";
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 #include <QMouseEvent>
 #include <QPaintEvent>
+#include <QScreen>
 #include <QWheelEvent>
+#include <functional>
 #include <map>
+#include <random>
 
 #include "Editor/Surfaces/SurfaceFixture.h"
 #include "Editor/Views/GutterView.h"
@@ -102,6 +105,41 @@ TEST_F(SoundViewsTest, APlayheadStepPaintsTwoNarrowStrips) {
         EXPECT_GE(width(region), view == &overview ? 2 : 24);
     }
     EXPECT_TRUE(painted(gutter, [&] { model.setPlayheads({{1, 50000}}); }).isEmpty());
+}
+
+// What is on the screen after many small paintings is what one painting of everything gives.
+TEST_F(SoundViewsTest, PartsComeOutAsTheWhole) {
+    std::mt19937 random(7);
+    const auto frame = [&] { return std::int64_t(random() % 100001); };
+    const std::vector<std::function<void()>> acts{
+        [&] { model.placeCursor(frame()); },
+        [&] {
+            model.select({frame() / 2, 50000 + frame() / 2});
+        },
+        [&] {
+            model.setPlayheads({{1, double(frame())}});
+        },
+        [&] { model.setPlayheads({}); },
+        [&] {
+            model.commitLoop(FrameRange{frame() / 2, 50000 + frame() / 2});
+        },
+        [&] {
+            model.setView({double(random() % 300 + 1), double(frame())});
+        },
+        [&] {
+            model.setView({state().view.zoom, state().view.centerFrame + 300});
+        },
+        [&] { model.toggleTimeUnit(); },
+        [&] { mouse(waveform, QEvent::MouseMove, double(random() % 1000), 50); },
+    };
+    for (int i = 0; i < 300; ++i) {
+        const std::size_t act = random() % acts.size();
+        acts[act]();
+        settle();
+        const QImage shown = window.screen()->grabWindow(window.winId()).toImage().convertToFormat(QImage::Format_RGB32);
+        const QImage whole = window.grab().toImage().convertToFormat(QImage::Format_RGB32);
+        ASSERT_EQ(shown, whole) << "after step " << i << ", act " << act;
+    }
 }
 
 TEST_F(SoundViewsTest, ASelectionDragPaintsWhereItsEdgeWent) {

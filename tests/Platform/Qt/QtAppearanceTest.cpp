@@ -2,14 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <QDBusMessage>
-#include <QDBusMetaType>
-#include <QDBusVariant>
-#include <QDBusVirtualObject>
 #include <QGuiApplication>
 #include <QPalette>
 #include <QProcess>
 
+#include "Platform/Qt/FakePortal.h"
 #include "Platform/Qt/QtWorld.h"
 
 namespace kiv {
@@ -35,47 +32,8 @@ private:
     QString address_;
 };
 
-using Namespaces = QMap<QString, QVariantMap>;
-
-// What a desktop runs: answers which settings there are and tells of changes.
-class Portal : public QDBusVirtualObject {
-public:
-    explicit Portal(const QDBusConnection &bus) : bus_(bus) {
-        bus_.registerVirtualObject("/org/freedesktop/portal/desktop", this);
-        bus_.registerService("org.freedesktop.portal.Desktop");
-    }
-    ~Portal() override { bus_.unregisterObject("/org/freedesktop/portal/desktop"); }
-
-    void set(const QString &space, const QString &key, const QVariant &value) { settings[space][key] = value; }
-    void tell() {
-        auto signal =
-            QDBusMessage::createSignal("/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings", "SettingChanged");
-        signal << "org.freedesktop.appearance"
-               << "color-scheme" << QVariant::fromValue(QDBusVariant(1u));
-        bus_.send(signal);
-    }
-
-    bool handleMessage(const QDBusMessage &question, const QDBusConnection &bus) override {
-        if (question.member() != "ReadAll" || question.interface() != "org.freedesktop.portal.Settings") return false;
-        ++asked;
-        Namespaces answer;
-        for (const QString &name : question.arguments().value(0).toStringList())
-            if (settings.contains(name)) answer[name] = settings[name];
-        return bus.send(question.createReply(QVariant::fromValue(answer)));
-    }
-    QString introspect(const QString &) const override { return {}; }
-
-    Namespaces settings;
-    int asked = 0;
-
-private:
-    QDBusConnection bus_;
-};
-
 class QtAppearanceTest : public testing::Test {
 protected:
-    QtAppearanceTest() { qDBusRegisterMetaType<Namespaces>(); }
-
     static void setPalette(Qt::GlobalColor window, Qt::GlobalColor text) {
         QPalette palette;
         palette.setColor(QPalette::Window, window);
@@ -102,7 +60,7 @@ TEST_F(QtAppearanceTest, goes_by_the_palette_where_no_portal_answers) {
 }
 
 TEST_F(QtAppearanceTest, is_told_what_the_portal_says_and_each_change) {
-    Portal portal(bus.connect("portal"));
+    FakePortal portal(bus.connect("portal"));
     portal.set("org.freedesktop.appearance", "color-scheme", 1u);
     setPalette(Qt::white, Qt::black);
     QtAppearance appearance(bus.connect("program"));
@@ -142,7 +100,7 @@ TEST_F(QtAppearanceTest, reads_the_wishes_of_each_desktop) {
         {"org.kde.kdeglobals.KDE", "AnimationDurationFactor", "0", true, true},
         {"org.kde.kdeglobals.KDE", "AnimationDurationFactor", "0.5", true, false},
     };
-    Portal portal(bus.connect("portal"));
+    FakePortal portal(bus.connect("portal"));
     const auto program = bus.connect("program");
     setPalette(Qt::black, Qt::white);
     for (const Row &row : rows) {
