@@ -36,6 +36,20 @@ inline constexpr NumberSetting gainDb{"audio_editor_gain_db", 0, -24, 24};
 inline constexpr NumberSetting normalizeDb{"audio_editor_normalize_db", 0, -24, 0};
 inline constexpr TextSetting monoSource{"audio_editor_mono_source", "mix", "left right mix"};
 inline constexpr FlagSetting loop{"audio_editor_loop", false};
+inline constexpr FlagSetting loopZeroCrossing{"audio_editor_loop_zero_crossing", false};
+inline constexpr FlagSetting loopCrossfadeEqualPower{"audio_editor_loop_xfade_equal_power", false};
+inline constexpr TextSetting sliceMode{"audio_editor_slice_mode", "transients", "transients stripSilence grid"};
+// Not clamped: what is none of those offered is the default.
+inline constexpr NumberSetting sliceDivisions{"audio_editor_slice_divisions", 16, -2147483647, 2147483647};
+inline constexpr NumberSetting sliceThresholdDb{"audio_editor_slice_threshold_db", -30, -60, 0};
+inline constexpr NumberSetting sliceMinSilenceMs{"audio_editor_slice_min_silence_ms", 50, 10, 5000};
+inline constexpr NumberSetting sliceSensitivity{"audio_editor_slice_sensitivity", 50, 0, 100};
+inline constexpr NumberSetting slicePreRollMs{"audio_editor_slice_pre_roll_ms", 5, 0, 100};
+inline constexpr NumberSetting sliceTailDb{"audio_editor_slice_tail_db", -50, -120, -6};
+inline constexpr NumberSetting sliceLengthPercent{"audio_editor_slice_length_percent", 100, 0, 500};
+inline constexpr NumberSetting sliceFadeInSamples{"audio_editor_slice_fade_in_samples", 0, 0, 500};
+inline constexpr NumberSetting sliceFadeOutSamples{"audio_editor_slice_fade_out_samples", 0, 0, 500};
+inline constexpr TextSetting folderBookmarks{"folder_bookmarks", "", ""};
 inline constexpr TextSetting documentWindowFrame{"KivDocumentWindow", "", ""};
 }  // namespace Setting
 

@@ -33,4 +33,10 @@ FrameRange AudioEditorLengthChange::mapLoop(FrameRange loop, std::int64_t newFra
     return {start, std::max(start + 1, map(loop.hi, newFrameCount))};
 }
 
+std::vector<FrameRange> AudioEditorLengthChange::mapRanges(std::vector<FrameRange> ranges, std::int64_t newFrameCount) const {
+    for (FrameRange &each : ranges) each = {map(each.lo, newFrameCount), map(each.hi, newFrameCount)};
+    std::erase_if(ranges, [](FrameRange each) { return each.isEmpty(); });
+    return ranges;
+}
+
 }  // namespace kiv

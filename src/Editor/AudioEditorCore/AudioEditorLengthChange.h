@@ -27,6 +27,8 @@ struct AudioEditorLengthChange {
     std::int64_t map(std::int64_t frame, std::int64_t newFrameCount) const;
     // A loop keeps at least one frame and starts on an existing one.
     FrameRange mapLoop(FrameRange loop, std::int64_t newFrameCount) const;
+    // Ranges whose ends move as positions do; one that becomes empty goes.
+    std::vector<FrameRange> mapRanges(std::vector<FrameRange> ranges, std::int64_t newFrameCount) const;
 
     friend bool operator==(const AudioEditorLengthChange &, const AudioEditorLengthChange &) = default;
 };

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Editor/AudioEditorModel/AudioEditorSlices.h"
+
 namespace kiv {
 namespace {
 
@@ -23,6 +25,7 @@ AudioEditorModel::AudioEditorModel(Settings &settings, Clipboard &clipboard) : s
         settings.get(Setting::timeUnit) == "samples" ? AudioEditorTimeUnit::samples : AudioEditorTimeUnit::seconds;
     state_.loopEnabled = settings.get(Setting::loop);
     state_.followPlayhead = settings.get(Setting::followPlayhead);
+    readModeSettings();
 }
 
 AudioEditorModel::Batch::~Batch() {
@@ -36,6 +39,7 @@ void AudioEditorModel::tell(Change change) {
 
 void AudioEditorModel::flush() {
     const Changes changes{std::exchange(pending_, 0)};
+    if (changes.contains(Change::loopPoints) && onLoopPointsChanged) onLoopPointsChanged();
     if (changes.bits) observers.notify(changes);
 }
 
@@ -55,7 +59,9 @@ void AudioEditorModel::reload(AudioEditorBuffer buffer, std::vector<std::int64_t
     tell(Change::history);
     set(&AudioEditorState::markerFrames, std::move(markers), Change::markers);
     set(&AudioEditorState::loopPoints, loop, Change::loopPoints);
+    setSlices({});
     install({std::move(buffer), std::move(peaks), state_.cursorFrame, state_.selection, nextVersion_++});
+    if (state_.slicerEnabled) AudioEditorSlices::setSlicerEnabled(*this, true);
 }
 
 // Everything else that belongs to the new sound is set by now, for the owner is told here.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <optional>
 #include <string>
@@ -15,11 +16,14 @@
 #include "Editor/AudioEditorCore/AudioEditorPeaks.h"
 #include "Editor/AudioEditorCore/AudioEditorPlayhead.h"
 #include "Editor/AudioEditorCore/AudioEditorTimeUnit.h"
+#include "Editor/AudioEditorModel/AudioEditorLoopState.h"
+#include "Editor/AudioEditorModel/AudioEditorSlicerState.h"
 #include "Editor/AudioEditorModel/AudioEditorZoom.h"
 #include "Editor/AudioEditorModel/EditPlan.h"
 #include "Editor/AudioEditorModel/UndoHistory.h"
 #include "Preferences/Settings.h"
 #include "Support/Observers.h"
+#include "Support/Progress.h"
 
 namespace kiv {
 
@@ -37,7 +41,8 @@ struct EdgeDrag {  // one edge of the selection; the other stays at `fixed`
     std::int64_t fixed = 0;
     friend bool operator==(const EdgeDrag &, const EdgeDrag &) = default;
 };
-using PointerMode = std::variant<CursorDrag, EdgeDrag>;
+using SliceEdgeDrag = SliceEdge;
+using PointerMode = std::variant<CursorDrag, EdgeDrag, SliceEdgeDrag>;
 
 // What changed, as one set: an edit tells its observers once.
 enum class Change : std::uint32_t {
@@ -54,8 +59,11 @@ enum class Change : std::uint32_t {
     loopPoints = 1 << 10,
     playback = 1 << 11,  // loopEnabled, previewPlaying, playing
     followPlayhead = 1 << 12,
-    pointer = 1 << 13,  // pointerMode, waveHover
-    history = 1 << 14,  // what can be undone and redone, contentVersion
+    pointer = 1 << 13,   // pointerMode, waveHover
+    history = 1 << 14,   // what can be undone and redone, contentVersion
+    editLoop = 1 << 15,  // all of AudioEditorLoopState
+    slices = 1 << 16,    // the slices themselves
+    slicer = 1 << 17,    // the rest of AudioEditorSlicerState
 };
 
 struct Changes {
@@ -74,8 +82,14 @@ struct Clipboard {
     Observers<Clipboard> changed;
 };
 
+// Work on values away from the main thread, and what is made of it back there.
+struct AnalysisPlan {
+    std::function<void(Progress &)> work;
+    std::function<void(std::exception_ptr failure)> done;
+};
+
 // Everything a view of a document can see; plain values.
-struct AudioEditorState {
+struct AudioEditorState : AudioEditorLoopState, AudioEditorSlicerState {
     AudioEditorBuffer buffer;
     AudioEditorPeaks peaks;
     std::int64_t generation = 0;      // grows whenever the audio changes
@@ -121,8 +135,14 @@ public:
     std::function<void(const AudioEditorBuffer &before, const AudioEditorBuffer &now)> onAudioChanged;
     std::function<void(FrameRange range, bool loop)> onPlayRange;
     std::function<void(bool)> onLoopChanged;
+    std::function<void(bool)> onEditLoopChanged;
+    std::function<void()> onLoopPointsChanged;
+    std::function<void()> onPlayJoint;
+    std::function<void(const std::vector<FrameRange> &slices, const std::string &name)> onSaveSlices;
     // Wants a long edit carried out away from the main thread; absent, it is done on the spot as the short ones are.
     std::function<void(EditPlan)> onLongEdit;
+    // Wants a search or a detection run away from the main thread; absent, it is run on the spot.
+    std::function<void(AnalysisPlan)> onAnalyse;
 
     // A fresh sound as read from a file, with its marks: no undo, whole file in view. The peaks are built here when not given.
     void load(AudioEditorBuffer buffer, std::vector<std::int64_t> markers, std::optional<FrameRange> loop,
@@ -147,6 +167,8 @@ public:
     void apply(EditPlan plan);
     // A change of the loop alone: an undoable step without a buffer. A loop that is already so makes none.
     void commitLoop(std::optional<FrameRange> loop);
+    // The same of the slices alone.
+    void commitSlices(std::vector<FrameRange> slices);
     void undo();
     void redo();
 
@@ -185,6 +207,14 @@ public:
 
     void setPointerMode(std::optional<PointerMode> mode);
 
+    // The modes, of which entering one leaves the others. AudioEditorLoops and AudioEditorSlices say what is done in them; they
+    // alone set their states, which stores what of them is a setting.
+    void setEditLoopEnabled(bool enabled);
+    void setSlicerEnabled(bool enabled);
+    void setLoopState(AudioEditorLoopState next);
+    void setSlicerState(AudioEditorSlicerState next);
+    void analyse(AnalysisPlan plan);
+
     // Changes made until the returned guard dies are told as one. Guards may nest.
     class Batch {
     public:
@@ -207,8 +237,8 @@ private:
     };
 
     // Whether that was a change.
-    template <class T>
-    bool set(T AudioEditorState::*field, std::type_identity_t<T> value, Change change) {
+    template <class T, class Part>
+    bool set(T Part::*field, std::type_identity_t<T> value, Change change) {
         if (state_.*field == value) return false;
         state_.*field = std::move(value);
         tell(change);
@@ -222,6 +252,10 @@ private:
     void pushHistory(bool withBuffer);
     void commitOutcome(EditOutcome outcome);
     void restore(std::optional<Snapshot> snapshot);
+    void readModeSettings();
+    enum class Mode { editLoop, slicer };
+    void leaveModesBut(Mode mode);
+    void setSlices(std::vector<FrameRange> slices);
 
     Settings &settings_;
     Clipboard &clipboard_;

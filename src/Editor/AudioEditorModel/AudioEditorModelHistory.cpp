@@ -5,8 +5,14 @@
 namespace kiv {
 
 Snapshot AudioEditorModel::currentSnapshot(bool withBuffer) const {
-    Snapshot snapshot{{}, state_.cursorFrame, state_.selection, state_.contentVersion, state_.markerFrames, state_.loopPoints};
+    Snapshot snapshot;
     if (withBuffer) snapshot.buffer = state_.buffer;
+    snapshot.cursor = state_.cursorFrame;
+    snapshot.selection = state_.selection;
+    snapshot.version = state_.contentVersion;
+    snapshot.markers = state_.markerFrames;
+    snapshot.slices = state_.slices;
+    snapshot.loop = state_.loopPoints;
     return snapshot;
 }
 
@@ -41,6 +47,7 @@ void AudioEditorModel::commitOutcome(EditOutcome outcome) {
     set(&AudioEditorState::markerFrames, std::move(markers), Change::markers);
     if (state_.loopPoints)
         set(&AudioEditorState::loopPoints, outcome.change.mapLoop(*state_.loopPoints, frames), Change::loopPoints);
+    setSlices(outcome.change.mapRanges(state_.slices, frames));
     const auto place = outcome.place.value_or(EditOutcome::Place{state_.cursorFrame, state_.selection});
     install({std::move(outcome.buffer), std::move(outcome.peaks), place.cursor, place.selection, nextVersion_++});
 }
@@ -58,6 +65,14 @@ void AudioEditorModel::commitLoop(std::optional<FrameRange> loop) {
     state_.contentVersion = nextVersion_++;
 }
 
+void AudioEditorModel::commitSlices(std::vector<FrameRange> slices) {
+    if (slices == state_.slices) return;
+    const Batch batch(*this);
+    pushHistory(false);
+    setSlices(std::move(slices));
+    state_.contentVersion = nextVersion_++;
+}
+
 void AudioEditorModel::undo() {
     restore(history_.undo([this](bool withBuffer) { return currentSnapshot(withBuffer); }));
 }
@@ -72,6 +87,8 @@ void AudioEditorModel::restore(std::optional<Snapshot> snapshot) {
     tell(Change::history);
     set(&AudioEditorState::markerFrames, std::move(snapshot->markers), Change::markers);
     set(&AudioEditorState::loopPoints, snapshot->loop, Change::loopPoints);
+    setSlices(std::move(snapshot->slices));
+    set(&AudioEditorState::loopFindNotice, std::nullopt, Change::editLoop);
     if (snapshot->buffer)
         install({std::move(*snapshot->buffer), std::nullopt, snapshot->cursor, snapshot->selection, snapshot->version});
     else

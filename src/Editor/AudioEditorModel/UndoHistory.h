@@ -15,6 +15,7 @@ struct Snapshot {
     std::optional<FrameRange> selection;
     std::int64_t version = 0;
     std::vector<std::int64_t> markers;
+    std::vector<FrameRange> slices;
     std::optional<FrameRange> loop;
 
     // 4 bytes a sample of the buffer; positions do not count.
