@@ -74,6 +74,13 @@ std::optional<std::string> given(const CLI::App &command, const char *option, co
     return command.count(option) ? std::optional(plain(value)) : std::nullopt;
 }
 
+// The parser's own words, but where they would leave open which command was meant.
+std::string complaint(const CLI::App &app, const std::vector<std::string> &words, const CLI::ParseError &error) {
+    if (!app.get_subcommands().empty() || (!words.empty() && words.back().starts_with("-"))) return error.what();
+    const std::string what = words.empty() ? "no command given" : "there is no command \"" + plain(words.back()) + "\"";
+    return what + "; kiv --help lists them";
+}
+
 }  // namespace
 
 Call parseCommandLine(int argc, const char *const *argv) {
@@ -87,11 +94,12 @@ Call parseCommandLine(int argc, const char *const *argv) {
     CLI::App *peaks = addCommand(app, "peaks", "The extremes of every 256 frames", parsed.flags);
     peaks->add_option("FILE", parsed.peaks.file, "The sound file")->required();
     addCommand(app, "commands", "The editor's commands", parsed.flags);
+    const std::vector<std::string> words = wholeWords(argc, argv);
     try {
-        app.parse(wholeWords(argc, argv));
+        app.parse(std::vector(words));
     } catch (const CLI::ParseError &error) {
         std::ostringstream text, ignored;
-        if (error.get_exit_code() != 0) return Answered{2, error.what()};
+        if (error.get_exit_code() != 0) return Answered{2, complaint(app, words, error)};
         app.exit(error, text, ignored);
         return Answered{0, text.str()};
     }
