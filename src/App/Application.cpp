@@ -63,6 +63,7 @@ Application::Application(const LaunchOptions &options, double millisecondsAtMain
       tips_(style_),
       keys_(shortcuts_, recorder_, makeKeyboard()) {
     if (options.reportsPainting) paintReport_ = std::make_unique<PaintReport>(millisecondsAtMain);
+    if (options.reportsState) stateReport_ = std::make_unique<StateReport>();
     installAccessibility();
     style_.setReducesMotion(appearance_.reducesMotion());
     style_.setTranslucency(windowsMayBeTranslucent());
@@ -109,6 +110,7 @@ void Application::openFile(const std::string &path) {
     // The program may not end with another window before this one is there.
     controller->onComplete = [this, running = std::make_shared<QEventLoopLocker>()] { documentShown(); };
     controller->open(path, [this, controller, path](const std::string &error) { fileFailed(controller, path, error); });
+    if (stateReport_) stateReport_->watch(controller->document().model());
     if (paintReport_)
         paintReport_->watch(&controller->view().waveform(), [controller] { return controller->view().isSoundComplete(); });
 }

@@ -7,6 +7,7 @@
 #include "App/KeyMonitor.h"
 #include "App/LaunchOptions.h"
 #include "App/PaintReport.h"
+#include "App/StateReport.h"
 #include "Document/Windows/DocumentWindowController.h"
 #include "Document/Windows/DropWindowController.h"
 #include "Editor/Views/Tips.h"
@@ -62,6 +63,7 @@ private:
     std::unique_ptr<DropWindowController> dropWindow_;
     std::unique_ptr<QSocketNotifier> signals_;
     std::unique_ptr<PaintReport> paintReport_;
+    std::unique_ptr<StateReport> stateReport_;
     Subscription appearanceChanges_;
 };
 

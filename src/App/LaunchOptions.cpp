@@ -29,6 +29,8 @@ LaunchOptions parseArguments(const std::vector<std::string> &arguments) {
             options.showsVersion = true;
         else if (argument == "--paint-report")
             options.reportsPainting = true;
+        else if (argument == "--state-report")
+            options.reportsState = true;
         else if (options.unknown.empty())
             options.unknown = argument;
     }

@@ -10,6 +10,7 @@ struct LaunchOptions {
     std::vector<std::string> files;
     bool showsHelp = false, showsVersion = false;
     bool reportsPainting = false;  // --paint-report, for measuring
+    bool reportsState = false;     // --state-report, for tests from outside
     std::string unknown;           // an option that there is not
 };
 

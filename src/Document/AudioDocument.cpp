@@ -71,7 +71,7 @@ bool is(std::exception_ptr failure) {
 
 AudioDocument::AudioDocument(DocumentServices services, DocumentUi &ui)
     : services_(services), ui_(ui), model_(services.settings, services.clipboard), edits_(model_, services.jobs) {
-    modelChanges_ = model_.observers.add([this](const Changes &changes) { modelChanged(changes); });
+    modelChanges_ = model_.observers.add([this](const Changes &) { tellIfEditedChanged(); });
     editChanges_ = edits_.changed.add([this](const BackgroundEdits &) { observers.notify(*this); });
     edits_.onEnded = [this](bool committed) { editEnded(committed); };
     edits_.onFailed = [this](std::exception_ptr failure) {
@@ -162,8 +162,22 @@ void AudioDocument::install(Loaded loaded, Install how) {
         ui_.showNotice("A save had been interrupted: " + quoted(name()) + " is as it was before.");
 }
 
+// So that the window shows the file's lanes while it is being read; what comes too late is not needed any more.
+void AudioDocument::expectShape() {
+    const auto shape = std::make_shared<std::optional<AudioEditorBuffer>>();
+    services_.jobs.run(
+        std::make_shared<Progress>(),
+        [&files = services_.files, path = path_, shape](Progress &) {
+            if (auto summary = AudioFileCodec::summarizeNative(*files.open(path))) *shape = std::move(summary->contents.buffer);
+        },
+        whileAlive([this, shape](std::exception_ptr) {
+            if (*shape) model_.expect(std::move(**shape));
+        }));
+}
+
 void AudioDocument::open(const std::string &path, std::function<void(const std::string &error)> done) {
     path_ = path;
+    expectShape();
     load(path, [this, done = std::move(done)](std::shared_ptr<Loaded> loaded, const std::string &error) {
         if (loaded) install(std::move(*loaded), Install::fresh);
         done(error);
@@ -288,11 +302,6 @@ void AudioDocument::closeAnswered(std::size_t button) {
     if (button != dontSave) return;
     edits_.cancel();
     for (const auto &close : closers) close();
-}
-
-void AudioDocument::modelChanged(const Changes &changes) {
-    if (changes.contains(Change::view) && !revealing_ && isPlaying()) noteUserView();
-    tellIfEditedChanged();
 }
 
 void AudioDocument::tellIfEditedChanged() {

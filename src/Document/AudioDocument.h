@@ -12,6 +12,7 @@
 #include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
 #include "Editor/AudioEditorModel/BackgroundEdits.h"
+#include "Editor/Surfaces/PlayheadFollower.h"
 #include "Platform/Files.h"
 #include "Platform/Jobs.h"
 
@@ -88,6 +89,7 @@ private:
     struct Saving;
     enum class IfChanged { ask, overwrite };
 
+    void expectShape();
     void startWork(Work kind, std::function<void(Progress &)> work, std::function<void(std::exception_ptr)> done);
     void load(const std::string &path, std::function<void(std::shared_ptr<Loaded>, const std::string &error)> done);
     enum class Install { fresh, again };
@@ -100,10 +102,8 @@ private:
     void askOverChanges(const std::string &path, std::function<void(bool)> done);
     void considerClosing();
     void closeAnswered(std::size_t button);
-    void noteUserView();
     template <class Call>
     auto whileAlive(Call call);
-    void modelChanged(const Changes &changes);
     void tellIfEditedChanged();
 
     DocumentServices services_;
@@ -120,8 +120,7 @@ private:
     bool closeAsked_ = false;                     // that question stands, or its answer is being carried out
     std::int64_t savedVersion_ = 0;
     bool toldEdited_ = false;
-    bool revealing_ = false;        // the view moves because the playhead does
-    bool followSuspended_ = false;  // the user has moved the view off the playhead
+    PlayheadFollower follower_{model_};
     Subscription modelChanges_, editChanges_;
     std::shared_ptr<int> alive_ = std::make_shared<int>();  // jobs and questions hold it weakly
 };

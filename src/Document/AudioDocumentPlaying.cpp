@@ -3,12 +3,6 @@
 // Where the document meets playback.
 namespace kiv {
 
-namespace {
-
-bool isInView(const AudioEditorState &state, double frame) { return kiv::isInView(state.view, frame, state.buffer.frames()); }
-
-}  // namespace
-
 bool AudioDocument::canPlay() const { return services_.playback && !model_.state().buffer.isEmpty(); }
 
 bool AudioDocument::isPlaying() const { return services_.playback && services_.playback->isPlaying(this); }
@@ -28,7 +22,6 @@ void AudioDocument::togglePlay() {
 void AudioDocument::play(FrameRange range, std::int64_t start, bool loop) {
     if (!canPlay()) return;
     stop();
-    followSuspended_ = false;
     model_.setPlaying(true);  // before play(), which may end in playbackStopped()
     PlaybackEngine::Request request;
     request.range = range;
@@ -56,21 +49,7 @@ void AudioDocument::playbackPeak(float level) {
     if (level > highest.value_or(0)) model_.setMaxLevel(level);
 }
 
-void AudioDocument::playbackMoved(double frame) {
-    model_.setPlayheads({{0, frame}});
-    if (!model_.state().followPlayhead) return;
-    if (isInView(model_.state(), frame)) followSuspended_ = false;
-    if (followSuspended_) return;
-    revealing_ = true;
-    model_.revealFrame(frame);
-    revealing_ = false;
-}
-
-// A view that the user has moved off the playhead stays until the playhead comes into it by itself.
-void AudioDocument::noteUserView() {
-    const auto &heads = model_.state().playheads;
-    if (!heads.empty() && !isInView(model_.state(), heads.front().frame)) followSuspended_ = true;
-}
+void AudioDocument::playbackMoved(double frame) { model_.setPlayheads({{0, frame}}); }
 
 void AudioDocument::playbackStopped() {
     const AudioEditorModel::Batch batch(model_);

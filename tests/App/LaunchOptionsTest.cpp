@@ -6,9 +6,10 @@ namespace kiv {
 namespace {
 
 TEST(LaunchOptions, FilesAndOptions) {
-    const LaunchOptions options = parseArguments({"a.wav", "--paint-report", "file:///music/b%20c.wav", "-", "--", "--help"});
+    const LaunchOptions options =
+        parseArguments({"a.wav", "--paint-report", "--state-report", "file:///music/b%20c.wav", "-", "--", "--help"});
     EXPECT_EQ(options.files, (std::vector<std::string>{"a.wav", "/music/b c.wav", "-", "--help"}));
-    EXPECT_TRUE(options.reportsPainting);
+    EXPECT_TRUE(options.reportsPainting && options.reportsState);
     EXPECT_FALSE(options.showsHelp);
     EXPECT_EQ(options.unknown, "");
     EXPECT_TRUE(parseArguments({"--version"}).showsVersion);

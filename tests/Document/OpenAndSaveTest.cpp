@@ -57,6 +57,19 @@ TEST(Opening, TellsWhatIsWrongWithAFile) {
     EXPECT_THAT(missing, HasSubstr("No such file"));
 }
 
+TEST(Opening, KnowsTheChannelsBeforeItHasReadTheSamples) {
+    DocumentWorld world;
+    world.put(Wav::file(Wav::ramp(100), "", 2));
+    world.document->open(world.path, [](const std::string &) {});
+    world.jobs.work();
+    world.jobs.report();
+    EXPECT_TRUE(world.document->isBusy());
+    EXPECT_EQ(world.model.state().buffer, AudioEditorBuffer(2, 8000));
+    EXPECT_EQ(world.model.state().generation, 0);
+    world.jobs.runAll();
+    EXPECT_EQ(world.model.state().buffer.frames(), 50);
+}
+
 TEST(Opening, CanBeCancelled) {
     DocumentWorld world;
     world.put(plainFile);

@@ -21,10 +21,13 @@ def wait_for(what, condition, seconds=20.0):
 
 
 class Desktop:
-    """Starts everything on entry and stops everything on exit, whatever happens between."""
+    """Starts everything on entry and stops everything on exit, whatever happens between. `settings` are the editor's stored
+    ones, by key; `scale` is device pixels a logical one, on a screen that has room for a window of 1280 x 800."""
 
-    def __init__(self, sound=False):
+    def __init__(self, sound=False, settings=None, scale=1):
         self.sound = sound
+        self.settings = settings or {}
+        self.scale = scale
         self.children = []
 
     def __enter__(self):
@@ -43,8 +46,15 @@ class Desktop:
                     "XDG_STATE_HOME": str(self.folder / "state"), "HOME": str(self.folder), "QT_QPA_PLATFORM": "xcb"}
         for name in ("WAYLAND_DISPLAY", "PULSE_SERVER", "DBUS_SESSION_BUS_ADDRESS", "QT_SCALE_FACTOR"):
             self.env.pop(name, None)
+        if self.scale != 1:
+            self.env["QT_SCALE_FACTOR"] = str(self.scale)
+        if self.settings:
+            stored = self.folder / "config" / "kiv-audio-editor" / "settings"
+            stored.parent.mkdir(parents=True)
+            stored.write_text("".join(f"{key}={value}\n" for key, value in self.settings.items()))
         read, write = os.pipe()
-        self.start(["Xvfb", "-displayfd", str(write), "-screen", "0", "1400x900x24", "-nolisten", "tcp"], pass_fds=[write])
+        screen = f"{round(1400 * self.scale)}x{round(900 * self.scale)}x24"
+        self.start(["Xvfb", "-displayfd", str(write), "-screen", "0", screen, "-nolisten", "tcp"], pass_fds=[write])
         os.close(write)
         self.env["DISPLAY"] = ":" + os.read(read, 16).decode().strip()
         wait_for("the window manager", self.has_window_manager)
@@ -95,13 +105,13 @@ class Desktop:
 class Editor:
     """The program with one file open, its window at a known place."""
 
-    def __init__(self, desktop, program, path):
+    def __init__(self, desktop, program, path, *options, **start):
         self.desktop = desktop
-        self.process = desktop.start([program, str(path)])
+        self.process = desktop.start([program, *options, str(path)], **start)
         self.name = Path(path).name
         self.window = wait_for("the window", self.find)
         desktop.do("windowactivate", "--sync", self.window)
-        desktop.do("windowsize", "--sync", self.window, 1280, 800)
+        desktop.do("windowsize", "--sync", self.window, round(1280 * desktop.scale), round(800 * desktop.scale))
         time.sleep(0.5)
         place = dict(line.split("=") for line in
                      desktop.output(["xdotool", "getwindowgeometry", "--shell", self.window]).splitlines() if "=" in line)

@@ -43,6 +43,13 @@ void AudioEditorModel::flush() {
     if (changes.bits) observers.notify(changes);
 }
 
+void AudioEditorModel::expect(AudioEditorBuffer empty) {
+    if (state_.generation > 0) return;
+    state_.buffer = std::move(empty);
+    state_.peaks = AudioEditorPeaks(state_.buffer);
+    tell(Change::audio);
+}
+
 void AudioEditorModel::load(AudioEditorBuffer buffer, std::vector<std::int64_t> markers, std::optional<FrameRange> loop,
                             std::optional<AudioEditorPeaks> peaks) {
     const Batch batch(*this);
@@ -55,6 +62,7 @@ void AudioEditorModel::load(AudioEditorBuffer buffer, std::vector<std::int64_t> 
 void AudioEditorModel::reload(AudioEditorBuffer buffer, std::vector<std::int64_t> markers, std::optional<FrameRange> loop,
                               std::optional<AudioEditorPeaks> peaks) {
     const Batch batch(*this);
+    state_.pressLoop.reset();
     history_.clear();
     tell(Change::history);
     set(&AudioEditorState::markerFrames, std::move(markers), Change::markers);
@@ -154,5 +162,7 @@ void AudioEditorModel::setPointerMode(std::optional<PointerMode> mode) {
     set(&AudioEditorState::resizingEdge, mode && std::holds_alternative<EdgeDrag>(*mode), Change::pointer);
     set(&AudioEditorState::pointerMode, mode, Change::pointer);
 }
+
+void AudioEditorModel::setViewDragged(bool dragged) { set(&AudioEditorState::viewDragged, dragged, Change::pointer); }
 
 }  // namespace kiv

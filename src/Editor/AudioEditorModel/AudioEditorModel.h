@@ -41,8 +41,18 @@ struct EdgeDrag {  // one edge of the selection; the other stays at `fixed`
     std::int64_t fixed = 0;
     friend bool operator==(const EdgeDrag &, const EdgeDrag &) = default;
 };
+struct LoopEdgeDrag {  // one of the loop points, its start or its end
+    bool start = false;
+    friend bool operator==(const LoopEdgeDrag &, const LoopEdgeDrag &) = default;
+};
 using SliceEdgeDrag = SliceEdge;
-using PointerMode = std::variant<CursorDrag, EdgeDrag, SliceEdgeDrag>;
+using PointerMode = std::variant<CursorDrag, EdgeDrag, SliceEdgeDrag, LoopEdgeDrag>;
+
+// The loop points at the press of a drag that moves them.
+struct LoopPress {
+    std::optional<FrameRange> old;
+    friend bool operator==(const LoopPress &, const LoopPress &) = default;
+};
 
 // What changed, as one set: an edit tells its observers once.
 enum class Change : std::uint32_t {
@@ -59,7 +69,7 @@ enum class Change : std::uint32_t {
     loopPoints = 1 << 10,
     playback = 1 << 11,  // loopEnabled, previewPlaying, playing
     followPlayhead = 1 << 12,
-    pointer = 1 << 13,   // pointerMode, waveHover
+    pointer = 1 << 13,   // pointerMode, viewDragged
     history = 1 << 14,   // what can be undone and redone, contentVersion
     editLoop = 1 << 15,  // all of AudioEditorLoopState
     slices = 1 << 16,    // the slices themselves
@@ -110,12 +120,14 @@ struct AudioEditorState : AudioEditorLoopState, AudioEditorSlicerState {
     std::string dialogText;         // the number being typed into the open dialog
     bool dialogTypedAhead = false;  // typing began before its field had the focus
     AudioEditorTimeUnit timeUnit = AudioEditorTimeUnit::seconds;
+    std::optional<LoopPress> pressLoop;  // while a drag moves the loop
     bool loopEnabled = false;
     bool followPlayhead = false;
     bool playing = false;
     bool previewPlaying = false;
     std::optional<PointerMode> pointerMode;
     bool resizingEdge = false;
+    bool viewDragged = false;  // the pointer holds the view itself
 };
 
 // The editing state of one document. Main thread only. Views read state() and observe; every change goes through here, so that
@@ -144,6 +156,9 @@ public:
     // Wants a search or a detection run away from the main thread; absent, it is run on the spot.
     std::function<void(AnalysisPlan)> onAnalyse;
 
+    // What a file says of its sound before it has been read: an empty sound of that kind, so that views can lay themselves out.
+    // Only before the first load.
+    void expect(AudioEditorBuffer empty);
     // A fresh sound as read from a file, with its marks: no undo, whole file in view. The peaks are built here when not given.
     void load(AudioEditorBuffer buffer, std::vector<std::int64_t> markers, std::optional<FrameRange> loop,
               std::optional<AudioEditorPeaks> peaks = {});
@@ -169,6 +184,11 @@ public:
     void commitLoop(std::optional<FrameRange> loop);
     // The same of the slices alone.
     void commitSlices(std::vector<FrameRange> slices);
+    // For drags: shows a loop without making a step. The end of the drag makes one step of all that it moved, or puts the loop
+    // back as it was at the first move. Any other change of the sound ends the drag first.
+    void moveLoop(FrameRange loop);
+    void endLoopMove();
+    void cancelLoopMove();
     void undo();
     void redo();
 
@@ -193,6 +213,7 @@ public:
     void toggleTimeUnit();
     void setFollowPlayhead(bool follow);
     void setLoopEnabled(bool enabled);
+    void setEditLoopEnabled(bool enabled);
     void setPlayheads(std::vector<AudioEditorPlayhead> heads);
     void setPlaying(bool playing);
     void setPreviewPlaying(bool playing);
@@ -206,6 +227,7 @@ public:
     void setDialogText(std::string text, bool typedAhead);
 
     void setPointerMode(std::optional<PointerMode> mode);
+    void setViewDragged(bool dragged);
 
     // The modes, of which entering one leaves the others. AudioEditorLoops and AudioEditorSlices say what is done in them; they
     // alone set their states, which stores what of them is a setting.
@@ -256,6 +278,7 @@ private:
     enum class Mode { editLoop, slicer };
     void leaveModesBut(Mode mode);
     void setSlices(std::vector<FrameRange> slices);
+    std::optional<FrameRange> clampedLoop(std::optional<FrameRange> loop) const;
 
     Settings &settings_;
     Clipboard &clipboard_;

@@ -40,6 +40,7 @@ void AudioEditorModel::apply(EditPlan plan) {
 
 void AudioEditorModel::commitOutcome(EditOutcome outcome) {
     const Batch batch(*this);
+    endLoopMove();
     pushHistory(true);
     const std::int64_t frames = outcome.buffer.frames();
     std::vector<std::int64_t> markers = state_.markerFrames;
@@ -52,16 +53,20 @@ void AudioEditorModel::commitOutcome(EditOutcome outcome) {
     install({std::move(outcome.buffer), std::move(outcome.peaks), place.cursor, place.selection, nextVersion_++});
 }
 
-void AudioEditorModel::commitLoop(std::optional<FrameRange> loop) {
+std::optional<FrameRange> AudioEditorModel::clampedLoop(std::optional<FrameRange> loop) const {
     const std::int64_t frames = state_.buffer.frames();
-    if (loop && frames > 0) {
-        loop->lo = std::clamp<std::int64_t>(loop->lo, 0, frames - 1);
-        loop->hi = std::clamp<std::int64_t>(loop->hi, loop->lo + 1, frames);
-    }
-    if (loop == state_.loopPoints || (loop && frames == 0)) return;
+    if (!loop || frames == 0) return std::nullopt;
+    const std::int64_t lo = std::clamp<std::int64_t>(loop->lo, 0, frames - 1);
+    return FrameRange{lo, std::clamp<std::int64_t>(loop->hi, lo + 1, frames)};
+}
+
+void AudioEditorModel::commitLoop(std::optional<FrameRange> loop) {
     const Batch batch(*this);
+    endLoopMove();
+    const auto clamped = clampedLoop(loop);
+    if (clamped == state_.loopPoints || clamped.has_value() != loop.has_value()) return;
     pushHistory(false);
-    set(&AudioEditorState::loopPoints, loop, Change::loopPoints);
+    set(&AudioEditorState::loopPoints, clamped, Change::loopPoints);
     state_.contentVersion = nextVersion_++;
 }
 
@@ -73,11 +78,37 @@ void AudioEditorModel::commitSlices(std::vector<FrameRange> slices) {
     state_.contentVersion = nextVersion_++;
 }
 
+void AudioEditorModel::moveLoop(FrameRange loop) {
+    const auto clamped = clampedLoop(loop);
+    if (!clamped) return;
+    if (!state_.pressLoop) state_.pressLoop = LoopPress{state_.loopPoints};
+    set(&AudioEditorState::loopPoints, clamped, Change::loopPoints);
+}
+
+// The step is taken from the loop as it was, so that undoing goes back to the press.
+void AudioEditorModel::endLoopMove() {
+    if (!state_.pressLoop) return;
+    const Batch batch(*this);
+    const auto moved = state_.loopPoints;
+    cancelLoopMove();
+    commitLoop(moved);
+}
+
+void AudioEditorModel::cancelLoopMove() {
+    if (!state_.pressLoop) return;
+    set(&AudioEditorState::loopPoints, state_.pressLoop->old, Change::loopPoints);
+    state_.pressLoop.reset();
+}
+
 void AudioEditorModel::undo() {
+    const Batch batch(*this);
+    endLoopMove();
     restore(history_.undo([this](bool withBuffer) { return currentSnapshot(withBuffer); }));
 }
 
 void AudioEditorModel::redo() {
+    const Batch batch(*this);
+    endLoopMove();
     restore(history_.redo([this](bool withBuffer) { return currentSnapshot(withBuffer); }));
 }
 

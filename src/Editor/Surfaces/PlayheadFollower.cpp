@@ -18,7 +18,8 @@ void PlayheadFollower::changed(const Changes &changes) {
     const bool isInView = isHeadInView();
     if (isInView)
         isSuspended_ = false;
-    else if (model_.state().pointerMode || (changes.contains(Change::view) && !changes.contains(Change::audio)))
+    else if (model_.state().pointerMode || model_.state().viewDragged ||
+             (changes.contains(Change::view) && !changes.contains(Change::audio)))
         isSuspended_ = true;
     if (isInView || isSuspended_ || !model_.state().followPlayhead) return;
     isTurning_ = true;

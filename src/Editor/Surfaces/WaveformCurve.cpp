@@ -184,8 +184,9 @@ void rasterCurve(PixelRows to, int x, int count, const AudioEditorBuffer &buffer
     if (axis.framesPerColumn > curveFrom)
         piece.drawStraight();
     else
+        // To the end of the last sample's time, so that a sound of one sample is a line too.
         piece.drawCurve(std::max(axis.frameAt(-reach), double(samples.inside().lo)),
-                        std::min(axis.frameAt(count + reach), double(samples.inside().hi - 1)));
+                        std::min(axis.frameAt(count + reach), double(samples.inside().hi)));
     if (dotted) piece.drawDots();
     piece.drawCaps();
 }

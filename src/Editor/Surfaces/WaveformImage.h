@@ -28,6 +28,8 @@ public:
     const Pixel *pixels() const { return pixels_.data(); }
     // Where in the image the view's first column stands; the columns before it follow those after it.
     int origin() const { return origin_; }
+    // Whether a column of the view, counted from its first, has a cap at the upper edge.
+    bool isCapped(int column) const { return pixels_[std::size_t((origin_ + column) % width_)] == key_.look.ink.over; }
 
 private:
     struct Key {

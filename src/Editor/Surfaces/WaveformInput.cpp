@@ -6,57 +6,59 @@
 namespace kiv {
 namespace {
 
-constexpr double grace = 5;  // logical pixels
-constexpr double dragFrom = 3;
+constexpr double dragFrom = 3;        // logical pixels
 constexpr double speedPerPixel = 20;  // columns a second for each one that the pointer is outside
+constexpr double leastDistance = 8;   // added to it
 constexpr double page = 0.8;          // of the view
 
 }  // namespace
 
-std::vector<std::int64_t> markedFrames(const AudioEditorState &state) {
-    std::vector<std::int64_t> frames = state.markerFrames;
-    frames.insert(frames.end(), {0, state.buffer.frames()});
-    if (state.loopPoints) frames.insert(frames.end(), {state.loopPoints->lo, state.loopPoints->hi});
-    std::sort(frames.begin(), frames.end());
-    frames.erase(std::unique(frames.begin(), frames.end()), frames.end());
-    return frames;
-}
-
-void WaveformInput::begin(const PointerEvent &event, bool movesView) {
+void WaveformInput::begin(const PointerEvent &event) {
     const AudioEditorState &state = model_.state();
-    press_ = Press{state.cursorFrame, state.selection, state.view, movesView, event, event, 0, {}};
+    press_ = Press{state.cursorFrame, state.selection, state.view, event, event, {}, 0, {}};
 }
 
 void WaveformInput::press(const PointerEvent &event, int clicks, const WaveformGeometry &geometry) {
     const AudioEditorModel::Batch batch(model_);
-    const AudioEditorState &state = model_.state();
-    const std::int64_t frame = geometry.frameAt(event.x, state.buffer.frames());
+    const std::int64_t frame = geometry.frameAt(event.x, model_.state().buffer.frames());
     if (clicks == 3) return model_.selectAll();
     if (clicks == 2) return selectBetweenMarks(frame);
-    begin(event, false);
-    const auto edge = edgeNear(event.x, geometry);
-    if (edge) {
-        press_->grab = double(*edge) - geometry.axis.frameAt(event.x);
-        dragEdge(*edge, *edge == state.selection->lo ? state.selection->hi : state.selection->lo);
-    } else if (event.modifiers.shift) {
-        const FrameRange from = state.selection.value_or(FrameRange{state.cursorFrame, state.cursorFrame});
-        dragEdge(frame, frame - from.lo > from.hi - frame ? from.lo : from.hi);
-        extendTo(*fixed_, frame);
-    } else {
-        fixed_ = frame;
-        model_.setPointerMode(CursorDrag{frame, event.x, false});
-        model_.placeCursor(frame);
-    }
+    begin(event);
+    if (const auto edge = edgeNear(model_.state(), geometry.axis, event.x, geometry.size.scale))
+        return pressEdge(*edge, geometry);
+    if (event.modifiers.shift) return pressExtending(frame, geometry);
+    fixed_ = frame;
+    model_.setPointerMode(CursorDrag{frame, event.x, false});
+    model_.placeCursor(frame);
 }
 
-void WaveformInput::dragEdge(std::int64_t edge, std::int64_t fixed) {
-    press_->start = edge;
-    fixed_ = fixed;
+void WaveformInput::pressEdge(TimeEdge edge, const WaveformGeometry &geometry) {
+    const FrameRange range = rangeOf(model_.state(), edge.kind);
+    press_->start = frameOf(range, edge.isStart);
+    press_->grab = double(*press_->start) - geometry.axis.frameAt(press_->at.x);
+    if (edge.kind == TimeEdge::Kind::loop) return model_.setPointerMode(LoopEdgeDrag{edge.isStart});
+    fixed_ = frameOf(range, !edge.isStart);
+    model_.setPointerMode(EdgeDrag{*fixed_});
+}
+
+void WaveformInput::pressExtending(std::int64_t frame, const WaveformGeometry &geometry) {
+    const AudioEditorState &state = model_.state();
+    const FrameRange from = state.selection.value_or(FrameRange{state.cursorFrame, state.cursorFrame});
+    const std::int64_t fixed = frame - from.lo > from.hi - frame ? from.lo : from.hi;
+    press_->start = frame;
+    press_->grab = double(frame) - geometry.axis.frameAt(press_->at.x);
     model_.setPointerMode(EdgeDrag{fixed});
+    extendTo(fixed, frame);
 }
 
-void WaveformInput::pressMiddle(const PointerEvent &event, const WaveformGeometry &) {
-    if (!press_) begin(event, true);
+void WaveformInput::pressMiddle(const PointerEvent &event, const WaveformGeometry &geometry) {
+    if (press_) return;
+    begin(event);
+    const AudioEditorState &state = model_.state();
+    const std::int64_t frames = state.buffer.frames();
+    const double fraction = event.x / (geometry.size.width * geometry.size.scale);
+    press_->held = firstVisibleFrame(state.view, frames) + fraction * visibleFrames(state.view, frames);
+    model_.setViewDragged(true);
 }
 
 void WaveformInput::pressRight(const PointerEvent &event, const WaveformGeometry &geometry) {
@@ -69,45 +71,62 @@ void WaveformInput::pressRight(const PointerEvent &event, const WaveformGeometry
 void WaveformInput::move(const PointerEvent &event, const WaveformGeometry &geometry) {
     if (!press_) return;
     press_->last = event;
-    if (press_->movesView) {
-        const double frames = (press_->at.x - event.x) * geometry.axis.framesPerColumn;
-        model_.setView(scrolledBy(press_->view, frames, model_.state().buffer.frames()));
-    } else {
-        drag(event, geometry);
-    }
+    viewMoved(geometry);
+}
+
+void WaveformInput::viewMoved(const WaveformGeometry &geometry) {
+    if (!press_) return;
+    if (press_->held)
+        dragView(press_->last.x, geometry);
+    else
+        drag(press_->last, geometry);
+}
+
+// What is held stays under the pointer, also after the view was zoomed meanwhile.
+void WaveformInput::dragView(double x, const WaveformGeometry &geometry) {
+    const AudioEditorState &state = model_.state();
+    const double fraction = x / (geometry.size.width * geometry.size.scale);
+    const double visible = visibleFrames(state.view, state.buffer.frames());
+    model_.setView({state.view.zoom, *press_->held + (0.5 - fraction) * visible});
 }
 
 void WaveformInput::drag(const PointerEvent &event, const WaveformGeometry &geometry) {
+    using Kind = TimeEdge::Kind;
     const auto mode = model_.state().pointerMode;
     if (!mode) return;
     const AudioEditorModel::Batch batch(model_);
+    if (const auto *loop = std::get_if<LoopEdgeDrag>(&*mode)) return dragLoop(loop->start, event, geometry);
     if (const auto *edge = std::get_if<EdgeDrag>(&*mode))
-        return extendTo(edge->fixed, draggedFrame(event, edge->fixed, geometry));
+        return extendTo(edge->fixed, draggedFrame(event, Kind::selection, edge->fixed, geometry));
     const auto cursor = std::get<CursorDrag>(*mode);
     if (!cursor.selecting && std::abs(event.x - cursor.pressX) < dragFrom * geometry.size.scale) return;
     model_.setPointerMode(CursorDrag{cursor.anchor, cursor.pressX, true});
-    extendTo(cursor.anchor, draggedFrame(event, cursor.anchor, geometry));
+    extendTo(cursor.anchor, draggedFrame(event, Kind::selection, cursor.anchor, geometry));
+}
+
+// One end stops where the other stands.
+void WaveformInput::dragLoop(bool isStart, const PointerEvent &event, const WaveformGeometry &geometry) {
+    if (!model_.state().loopPoints) return;
+    FrameRange loop = *model_.state().loopPoints;
+    const std::int64_t frame = draggedFrame(event, TimeEdge::Kind::loop, frameOf(loop, !isStart), geometry);
+    (isStart ? loop.lo : loop.hi) = isStart ? std::min(frame, loop.hi - 1) : std::max(frame, loop.lo + 1);
+    model_.moveLoop(loop);
 }
 
 // Where a dragged edge is put: at the pointer, or at a mark near it unless Ctrl is held.
-std::int64_t WaveformInput::draggedFrame(const PointerEvent &event, std::int64_t fixed,
+std::int64_t WaveformInput::draggedFrame(const PointerEvent &event, TimeEdge::Kind kind, std::int64_t fixed,
                                          const WaveformGeometry &geometry) const {
     const AudioEditorState &state = model_.state();
-    if (press_->grab != 0 && event.x == press_->at.x) return *press_->start;
+    if (press_->start && event.x == press_->at.x && state.view == press_->view) return *press_->start;
     const double x = std::clamp(event.x, 0.0, geometry.size.width * geometry.size.scale);
     const double place = x + press_->grab / geometry.axis.framesPerColumn;
-    std::int64_t nearest = geometry.frameAt(place, state.buffer.frames());
-    if (event.modifiers.control) return nearest;
-    double within = grace * geometry.size.scale;
-    const auto consider = [&](std::int64_t frame) {
-        const double distance = std::abs(geometry.axis.xOf(double(frame)) - place);
-        if (frame == fixed || frame == press_->start || distance > within) return;
-        within = distance;
-        nearest = frame;
-    };
-    if (press_->start) consider(press_->cursor);
-    for (const std::int64_t frame : markedFrames(state)) consider(frame);
-    return nearest;
+    if (!event.modifiers.control) {
+        auto marks = stickyFrames(state, kind);
+        std::erase(marks, fixed);
+        if (const auto mark = stuckTo(marks, geometry.axis, place, geometry.size.scale)) return *mark;
+    }
+    if (!press_->start) return geometry.frameAt(place, state.buffer.frames());
+    return std::clamp<std::int64_t>(std::llround(geometry.axis.frameAt(place)), 0, state.buffer.frames());
 }
 
 void WaveformInput::extendTo(std::int64_t fixed, std::int64_t frame) {
@@ -124,13 +143,17 @@ void WaveformInput::selectBetweenMarks(std::int64_t frame) {
 }
 
 void WaveformInput::release() {
+    const AudioEditorModel::Batch batch(model_);
     press_.reset();
+    model_.endLoopMove();
     model_.setPointerMode(std::nullopt);
+    model_.setViewDragged(false);
 }
 
 bool WaveformInput::cancel() {
     if (!press_) return false;
     const AudioEditorModel::Batch batch(model_);
+    model_.cancelLoopMove();
     model_.setCursorAndSelection(press_->cursor, press_->selection);
     model_.setView(press_->view);
     release();
@@ -141,8 +164,9 @@ double WaveformInput::scrollSpeed(const WaveformGeometry &geometry) const {
     const auto &mode = model_.state().pointerMode;
     if (!press_ || !mode) return 0;
     if (const auto *cursor = std::get_if<CursorDrag>(&*mode); cursor && !cursor->selecting) return 0;
-    const double x = press_->last.x, width = geometry.size.width * geometry.size.scale;
-    return x < 0 ? x * speedPerPixel : x > width ? (x - width) * speedPerPixel : 0;
+    const double x = press_->last.x, last = geometry.size.width * geometry.size.scale - 1;
+    const double least = leastDistance * geometry.size.scale;
+    return x < 0 ? (x - least) * speedPerPixel : x >= last ? (x - last + least) * speedPerPixel : 0;
 }
 
 void WaveformInput::scroll(double seconds, const WaveformGeometry &geometry) {
@@ -153,18 +177,12 @@ void WaveformInput::scroll(double seconds, const WaveformGeometry &geometry) {
     drag(press_->last, waveformGeometry(state, geometry.size));
 }
 
-std::optional<std::int64_t> WaveformInput::edgeNear(double x, const WaveformGeometry &geometry) const {
-    const auto &selection = model_.state().selection;
-    if (!selection) return std::nullopt;
-    const auto distance = [&](std::int64_t frame) { return std::abs(geometry.axis.xOf(double(frame)) - std::floor(x)); };
-    const std::int64_t edge = distance(selection->lo) < distance(selection->hi) ? selection->lo : selection->hi;
-    return distance(edge) <= grace * geometry.size.scale ? std::optional(edge) : std::nullopt;
-}
-
 PointerShape WaveformInput::shape(const PointerEvent &event, const WaveformGeometry &geometry) const {
-    if (press_ && press_->movesView) return PointerShape::closedHand;
-    if (press_) return model_.state().resizingEdge ? PointerShape::horizontalSize : PointerShape::textBeam;
-    return edgeNear(event.x, geometry) ? PointerShape::horizontalSize : PointerShape::textBeam;
+    const AudioEditorState &state = model_.state();
+    if (press_ && press_->held) return PointerShape::closedHand;
+    const bool isEdge = press_ ? state.pointerMode && !std::holds_alternative<CursorDrag>(*state.pointerMode)
+                               : edgeNear(state, geometry.axis, event.x, geometry.size.scale).has_value();
+    return isEdge ? PointerShape::horizontalSize : PointerShape::textBeam;
 }
 
 // The end that keys move when they extend the selection.

@@ -6,6 +6,7 @@
 
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
 #include "Editor/Surfaces/Pointer.h"
+#include "Editor/Surfaces/TimeEdges.h"
 #include "Editor/Surfaces/WaveformGeometry.h"
 
 namespace kiv {
@@ -21,14 +22,17 @@ public:
     // Before the menu opens: a click outside the selection sets the cursor.
     void pressRight(const PointerEvent &event, const WaveformGeometry &geometry);
     void move(const PointerEvent &event, const WaveformGeometry &geometry);
+    // The view has moved under a pointer that rests.
+    void viewMoved(const WaveformGeometry &geometry);
     void release();
     // Everything as at the press. False when nothing is being dragged.
     bool cancel();
     bool isDragging() const { return press_.has_value(); }
 
-    // While a selection is dragged past a side: the columns a second by which the view is to move, to the right when positive.
+    // While something is dragged past a side: the columns a second by which the view is to move, to the right when positive.
+    // The last column counts as past it, for a window may end where the screen does.
     double scrollSpeed(const WaveformGeometry &geometry) const;
-    // Moves the view, and the selection with it, as the pointer does that rests outside.
+    // Moves the view, and what is dragged with it, as the pointer does that rests outside.
     void scroll(double seconds, const WaveformGeometry &geometry);
 
     PointerShape shape(const PointerEvent &event, const WaveformGeometry &geometry) const;
@@ -39,20 +43,23 @@ private:
         std::int64_t cursor = 0;
         std::optional<FrameRange> selection;
         AudioEditorZoom view;
-        bool movesView = false;
         PointerEvent at;
         PointerEvent last;
+        std::optional<double> held;         // the frame that the view is held by
         double grab = 0;                    // frames by which the dragged edge lay off the pointer
         std::optional<std::int64_t> start;  // where the dragged edge stood
     };
 
-    std::optional<std::int64_t> edgeNear(double x, const WaveformGeometry &geometry) const;
-    void begin(const PointerEvent &event, bool movesView);
-    void dragEdge(std::int64_t edge, std::int64_t fixed);
+    void begin(const PointerEvent &event);
+    void pressEdge(TimeEdge edge, const WaveformGeometry &geometry);
+    void pressExtending(std::int64_t frame, const WaveformGeometry &geometry);
+    void dragView(double x, const WaveformGeometry &geometry);
     void drag(const PointerEvent &event, const WaveformGeometry &geometry);
+    void dragLoop(bool isStart, const PointerEvent &event, const WaveformGeometry &geometry);
     void extendTo(std::int64_t fixed, std::int64_t frame);
     void selectBetweenMarks(std::int64_t frame);
-    std::int64_t draggedFrame(const PointerEvent &event, std::int64_t fixed, const WaveformGeometry &geometry) const;
+    std::int64_t draggedFrame(const PointerEvent &event, TimeEdge::Kind kind, std::int64_t fixed,
+                              const WaveformGeometry &geometry) const;
     std::int64_t movingEnd() const;
     std::int64_t keyTarget(ViewKey key, bool toMark, std::int64_t from, const WaveformGeometry &geometry) const;
     void moveTo(std::int64_t frame, bool extends);
@@ -61,8 +68,5 @@ private:
     std::optional<Press> press_;
     std::optional<std::int64_t> fixed_;  // the end of the selection that did not move last
 };
-
-// The file's ends, markers and loop points, in order, each once.
-std::vector<std::int64_t> markedFrames(const AudioEditorState &state);
 
 }  // namespace kiv

@@ -51,9 +51,10 @@ WaveformScene waveformScene(const AudioEditorState &state, ViewSize size, const 
     scene.isEmpty = state.buffer.isEmpty() && state.generation > 0;  // before, nothing has been read yet
     scene.timeLines = timeLines(state, scene.geometry.axis, scene.geometry.columns(), size.textScale());
     scene.marks = viewMarks(state, scene.geometry.axis, scene.geometry.columns());
+    scene.editsLoop = state.editLoopEnabled;
     scene.preview = previewOf(state, scene.geometry);
     if (view.pointer) scene.pointed = hoverAt(scene.geometry, view.pointer->x, view.pointer->y, state.buffer.frames());
-    if (view.pointer && !view.isDragging) scene.hover = pixelAt(view.pointer->x);
+    if (view.pointer && !view.isButtonDown) scene.hover = pixelAt(view.pointer->x);
     scene.dropFrame = view.dropFrame;
     return scene;
 }
@@ -62,7 +63,7 @@ Damage waveformDamage(const WaveformScene &before, const WaveformScene &now) {
     Damage damage;
     damage.everything = before.geometry != now.geometry || before.generation != now.generation ||
                         before.powersRevision != now.powersRevision || before.timeLines != now.timeLines ||
-                        before.dropFrame != now.dropFrame;
+                        before.dropFrame != now.dropFrame || before.editsLoop != now.editsLoop;
     if (damage.everything || before == now) return damage;
     const int reach = devicePixels(stripReach, now.geometry.size.scale);
     addMarksDamage(damage, before.marks, now.marks, reach);

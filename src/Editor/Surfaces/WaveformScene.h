@@ -24,6 +24,7 @@ struct WaveformScene {
     bool isEmpty = false;  // no audio
     std::vector<int> timeLines;
     ViewMarks marks;
+    bool editsLoop = false;  // its range is tinted, its lines are solid
     std::optional<WaveformPreview> preview;
     std::optional<WaveformHover> pointed;  // what the pointer stands on
     std::optional<int> hover;              // the column of the line under the pointer
@@ -36,7 +37,7 @@ struct WaveformScene {
 struct WaveformViewState {
     std::int64_t powersRevision = 0;
     std::optional<PointerEvent> pointer;  // while it is over the view
-    bool isDragging = false;
+    bool isButtonDown = false;
     bool dropFrame = false;
 };
 

@@ -3,13 +3,6 @@
 #include <cmath>
 
 namespace kiv {
-namespace {
-
-constexpr double zoomPerNotch = 1.25;
-constexpr double scrollPerNotch = 0.1;  // of the view
-
-}  // namespace
-
 template <class Zoom>
 void WheelInput::apply(const WheelTurn &turn, Zoom zoom) {
     if (turn.modifiers.control && turn.modifiers.shift)

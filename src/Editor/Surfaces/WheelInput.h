@@ -5,6 +5,9 @@
 
 namespace kiv {
 
+inline constexpr double zoomPerNotch = 1.25;
+inline constexpr double scrollPerNotch = 0.1;  // of the view
+
 // Wheel, touchpad and pinch, the same over waveform, ruler and overview: zoom at the pointer, scroll, vertical zoom.
 class WheelInput {
 public:

@@ -8,11 +8,16 @@
 #include <QStyleHints>
 #include <QWheelEvent>
 #include <QWidget>
+#include <algorithm>
+#include <cmath>
+
+#include "Editor/Surfaces/WheelInput.h"
 
 namespace kiv {
 namespace {
 
 constexpr double unitsPerNotch = 120;
+constexpr double pixelsPerDoubling = 64;  // of the zoom, as in a drag on the ruler
 
 Qt::CursorShape cursorShape(PointerShape shape) {
     switch (shape) {
@@ -40,8 +45,16 @@ PointerEvent pointerEvent(const QMouseEvent &event, double scale) {
     return {event.position().x() * scale, event.position().y() * scale, modifiersOf(event.modifiers())};
 }
 
-WheelTurn wheelTurn(const QWheelEvent &event) {
-    return {event.angleDelta().y() / unitsPerNotch, event.angleDelta().x() / unitsPerNotch, modifiersOf(event.modifiers())};
+// Pixels are believed only of a device that says when fingers touch it: of others they may be anything.
+WheelTurn wheelTurn(const QWheelEvent &event, double width) {
+    const Modifiers modifiers = modifiersOf(event.modifiers());
+    if (event.phase() == Qt::NoScrollPhase || event.pixelDelta().isNull())
+        return {event.angleDelta().y() / unitsPerNotch, event.angleDelta().x() / unitsPerNotch, modifiers};
+    const double viewsPerPixel = 1 / std::max(width, 1.0);
+    const double up = event.pixelDelta().y(), left = event.pixelDelta().x();
+    const double leftNotches = left * viewsPerPixel / scrollPerNotch;
+    if (modifiers.shift && !modifiers.control) return {up * viewsPerPixel / scrollPerNotch, leftNotches, modifiers};
+    return {up / (pixelsPerDoubling * std::log2(zoomPerNotch)), leftNotches, modifiers};
 }
 
 int clicks(ClickCounter &counter, const QMouseEvent &event, double scale) {

@@ -18,7 +18,8 @@ namespace kiv {
 
 Modifiers modifiersOf(Qt::KeyboardModifiers modifiers);
 PointerEvent pointerEvent(const QMouseEvent &event, double scale);
-WheelTurn wheelTurn(const QWheelEvent &event);
+// In a view of a width. Fingers on a touchpad move the picture as far as they go.
+WheelTurn wheelTurn(const QWheelEvent &event, double width);
 // Which of quick successive presses this is.
 int clicks(ClickCounter &counter, const QMouseEvent &event, double scale);
 std::optional<ViewKey> viewKey(const QKeyEvent &event);

@@ -50,6 +50,6 @@ void GutterView::paintEvent(QPaintEvent *) {
 
 void GutterView::resizeEvent(QResizeEvent *) { refresh(); }
 
-void GutterView::wheelEvent(QWheelEvent *event) { parts_->wheel.turnVertical(wheelTurn(*event).up); }
+void GutterView::wheelEvent(QWheelEvent *event) { parts_->wheel.turnVertical(wheelTurn(*event, width()).up); }
 
 }  // namespace kiv

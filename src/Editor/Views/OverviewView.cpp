@@ -88,7 +88,7 @@ void OverviewView::mouseDoubleClickEvent(QMouseEvent *event) {
 
 void OverviewView::wheelEvent(QWheelEvent *event) {
     const double x = event->position().x() * devicePixelRatioF();
-    parts_->wheel.turnAround(wheelTurn(*event), overviewFrameAt(parts_->scene.geometry, x));
+    parts_->wheel.turnAround(wheelTurn(*event, width()), overviewFrameAt(parts_->scene.geometry, x));
 }
 
 void OverviewView::keyPressEvent(QKeyEvent *event) {

@@ -81,7 +81,7 @@ void RulerView::mouseReleaseEvent(QMouseEvent *event) {
 }
 
 void RulerView::wheelEvent(QWheelEvent *event) {
-    parts_->wheel.turn(wheelTurn(*event), event->position().x() - gutterWidth, width() - gutterWidth);
+    parts_->wheel.turn(wheelTurn(*event, width() - gutterWidth), event->position().x() - gutterWidth, width() - gutterWidth);
 }
 
 bool RulerView::event(QEvent *event) {

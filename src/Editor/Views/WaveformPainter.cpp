@@ -11,7 +11,7 @@ namespace {
 
 using Role = AudioEditorThemeColor;
 
-constexpr double previewStrength = 0.62, markerStrength = 0.75, hoverStrength = 0.25;
+constexpr double previewStrength = 0.62, markerStrength = 0.75, hoverStrength = 0.25, loopStrength = 0.09;
 constexpr int noAudioSize = 13;
 constexpr double noAudioGap = 8;                                 // beside the text
 constexpr double topBarHeight = 2, dropFrameWidth = 2, dot = 3;  // logical pixels
@@ -37,6 +37,11 @@ public:
             fillRows({geometry_.lanes[i - 1].rows.hi, geometry_.lanes[i].rows.lo}, colors_.edge);
     }
 
+    void loopRange() {
+        const auto &loop = scene_.marks.loop;
+        if (loop && scene_.editsLoop) fillPart(*loop, all_, withAlpha(colors_[Role::accentBg], loopStrength));
+    }
+
     void selection() {
         const auto &span = scene_.marks.selection;
         if (span) fillPart(*span, all_, colors_[Role::waveSelection]);
@@ -52,9 +57,20 @@ public:
         drawImage(image, intersected(columns, {seam, image.width()}), -seam);
     }
 
+    // Above the sound, but for its caps, which say more.
+    void selectionBar(const WaveformImage &image) {
+        if (!scene_.marks.selection) return;
+        const PixelSpan part{part_.left(), part_.left() + part_.width()};
+        const PixelSpan columns = intersected(intersected(*scene_.marks.selection, part), {0, image.width()});
+        const int height = devicePixels(topBarHeight, scale_);
+        for (int lo = columns.lo, x = lo; x <= columns.hi; ++x)
+            if (x == columns.hi || image.isCapped(x)) {
+                fillPart({lo, x}, {0, height}, colors_.selectionEdge);
+                lo = x + 1;
+            }
+    }
+
     void overlays() {
-        if (scene_.marks.selection)
-            fillPart(*scene_.marks.selection, {0, devicePixels(topBarHeight, scale_)}, colors_.selectionEdge);
         for (const OverlayLine &line : overlayLines(scene_)) overlay(line);
         if (scene_.dropFrame) frame(devicePixels(dropFrameWidth, scale_), colors_[Role::accentBg]);
     }
@@ -89,7 +105,7 @@ private:
 
     void overlay(const OverlayLine &line) {
         if (!rectOf(line.columns, all_).intersects(part_)) return;
-        if (line.kind == OverlayLine::Kind::loop) return dottedLine(line.columns);
+        if (line.kind == OverlayLine::Kind::loop && !scene_.editsLoop) return dottedLine(line.columns);
         fillPart(line.columns, all_, lineColor(line.kind));
     }
 
@@ -108,7 +124,7 @@ private:
             case OverlayLine::Kind::loop:
                 break;
         }
-        return colors_.loopMark;
+        return colors_[Role::accentBg];
     }
 
     void dottedLine(PixelSpan columns) {
@@ -159,6 +175,7 @@ void paintWaveform(QPainter &painter, const WaveformScene &scene, const Waveform
                    TextCache &texts, const QRect &part) {
     Painting painting(painter, scene, style, part);
     painting.background();
+    painting.loopRange();
     painting.selection();
     painting.centreLines();
     const PixelSpan all{0, scene.geometry.columns()};
@@ -167,6 +184,7 @@ void paintWaveform(QPainter &painter, const WaveformScene &scene, const Waveform
     painting.sound(pixels.sound(), all);
     if (scene.preview && scene.preview->factor < 1) painting.sound(pixels.preview(), scene.preview->columns);
     if (scene.isEmpty) painting.noAudio(style, texts);
+    painting.selectionBar(pixels.sound());
     painting.overlays();
 }
 

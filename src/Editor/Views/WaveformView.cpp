@@ -8,31 +8,27 @@
 #include <QPainter>
 #include <QTimerEvent>
 #include <QWheelEvent>
+#include <algorithm>
 #include <utility>
 
-#include "Editor/Surfaces/PlayheadFollower.h"
 #include "Editor/Surfaces/WaveformInput.h"
 #include "Editor/Surfaces/WheelInput.h"
 #include "Editor/Views/EventTools.h"
 #include "Editor/Views/WaveformPainter.h"
 
 namespace kiv {
-namespace {
-
-constexpr int scrollInterval = 16;  // milliseconds
-
-}  // namespace
 
 struct WaveformView::Parts {
     Parts(AudioEditorModel &aModel, ViewStyle &aStyle, WaveformRms &aRms)
-        : model(aModel), style(aStyle), rms(aRms), input(aModel), wheel(aModel), follower(aModel) {}
+        : model(aModel), style(aStyle), rms(aRms), input(aModel), wheel(aModel) {}
+
+    static constexpr int scrollInterval = 16;  // milliseconds
 
     AudioEditorModel &model;
     ViewStyle &style;
     WaveformRms &rms;
     WaveformInput input;
     WheelInput wheel;
-    PlayheadFollower follower;
     ClickCounter clicks;
     QBasicTimer scrolling;  // runs only while a selection is dragged past a side
     WaveformViewState view;
@@ -62,7 +58,6 @@ WaveformView::~WaveformView() = default;
 void WaveformView::refresh() {
     const double scale = devicePixelRatioF();
     parts_->view.powersRevision = parts_->rms.revision();
-    parts_->view.isDragging = parts_->input.isDragging();
     const WaveformScene before = std::exchange(
         parts_->scene, waveformScene(parts_->model.state(),
                                      {double(width()), double(height()), scale, parts_->style.textFactor()}, parts_->view));
@@ -70,6 +65,14 @@ void WaveformView::refresh() {
     if (damage.everything) update();
     for (const PixelSpan &strip : damage.strips) update(toLogical(strip, height(), scale));
     if (onHover && before.pointed != parts_->scene.pointed) onHover(parts_->scene.pointed);
+}
+
+void WaveformView::pointerMoved(const QMouseEvent &event, const PointerEvent &at) {
+    parts_->view.pointer = rect().contains(event.position().toPoint()) ? std::optional(at) : std::nullopt;
+    parts_->view.isButtonDown = event.buttons() != Qt::NoButton;
+    runWhile(parts_->input.scrollSpeed(parts_->scene.geometry) != 0, parts_->scrolling, Parts::scrollInterval, *this);
+    refresh();
+    setShape(*this, parts_->input.shape(at, parts_->scene.geometry));
 }
 
 void WaveformView::paintEvent(QPaintEvent *event) {
@@ -84,36 +87,34 @@ void WaveformView::paintEvent(QPaintEvent *event) {
 
 void WaveformView::mousePressEvent(QMouseEvent *event) {
     const PointerEvent at = pointerEvent(*event, devicePixelRatioF());
+    const WaveformGeometry &geometry = parts_->scene.geometry;
     WaveformInput &input = parts_->input;
     if (event->button() == Qt::LeftButton && !input.isDragging())
-        input.press(at, clicks(parts_->clicks, *event, devicePixelRatioF()), parts_->scene.geometry);
-    if (event->button() == Qt::MiddleButton) input.pressMiddle(at, parts_->scene.geometry);
-    if (event->button() == Qt::RightButton) input.pressRight(at, parts_->scene.geometry);
-    setShape(*this, parts_->input.shape(at, parts_->scene.geometry));
+        input.press(at, clicks(parts_->clicks, *event, devicePixelRatioF()), geometry);
+    if (event->button() == Qt::MiddleButton) input.pressMiddle(at, geometry);
+    if (event->button() == Qt::RightButton) input.pressRight(at, geometry);
+    pointerMoved(*event, at);
 }
 
 void WaveformView::mouseMoveEvent(QMouseEvent *event) {
     const PointerEvent at = pointerEvent(*event, devicePixelRatioF());
     parts_->input.move(at, parts_->scene.geometry);
-    setShape(*this, parts_->input.shape(at, parts_->scene.geometry));
-    runWhile(parts_->input.scrollSpeed(parts_->scene.geometry) != 0, parts_->scrolling, scrollInterval, *this);
-    const bool isOver = rect().contains(event->position().toPoint());
-    parts_->view.pointer = isOver ? std::optional(at) : std::nullopt;
-    refresh();
+    pointerMoved(*event, at);
 }
 
 void WaveformView::mouseReleaseEvent(QMouseEvent *event) {
-    if (event->buttons() & (Qt::LeftButton | Qt::MiddleButton)) return;
-    parts_->scrolling.stop();
-    parts_->input.release();
-    refresh();
-    setShape(*this, parts_->input.shape(pointerEvent(*event, devicePixelRatioF()), parts_->scene.geometry));
+    if (!(event->buttons() & (Qt::LeftButton | Qt::MiddleButton))) parts_->input.release();
+    pointerMoved(*event, pointerEvent(*event, devicePixelRatioF()));
 }
 
-void WaveformView::timerEvent(QTimerEvent *) { parts_->input.scroll(scrollInterval / 1000.0, parts_->scene.geometry); }
+void WaveformView::timerEvent(QTimerEvent *) { parts_->input.scroll(Parts::scrollInterval / 1000.0, parts_->scene.geometry); }
 
+// From the keyboard the menu opens at the cursor.
 void WaveformView::contextMenuEvent(QContextMenuEvent *event) {
-    if (onContextMenu && !parts_->input.isDragging()) onContextMenu(event->globalPos());
+    if (!onContextMenu || parts_->input.isDragging()) return;
+    const int cursor = std::clamp(int(parts_->scene.marks.cursor / devicePixelRatioF()), 0, width() - 1);
+    const bool isKey = event->reason() == QContextMenuEvent::Keyboard;
+    onContextMenu(isKey ? mapToGlobal(QPoint(cursor, height() / 2)) : event->globalPos());
 }
 
 void WaveformView::leaveEvent(QEvent *) {
@@ -121,7 +122,10 @@ void WaveformView::leaveEvent(QEvent *) {
     refresh();
 }
 
-void WaveformView::wheelEvent(QWheelEvent *event) { parts_->wheel.turn(wheelTurn(*event), event->position().x(), width()); }
+void WaveformView::wheelEvent(QWheelEvent *event) {
+    parts_->wheel.turn(wheelTurn(*event, width()), event->position().x(), width());
+    parts_->input.viewMoved(parts_->scene.geometry);
+}
 
 void WaveformView::keyPressEvent(QKeyEvent *event) {
     if (const auto key = viewKey(*event))
@@ -131,12 +135,10 @@ void WaveformView::keyPressEvent(QKeyEvent *event) {
 }
 
 bool WaveformView::event(QEvent *event) {
-    if (const double factor = pinchFactor(*event); factor != 1) {
-        const auto place = static_cast<QSinglePointEvent *>(event)->position();
-        parts_->wheel.pinch(factor, place.x(), width());
-        return true;
-    }
-    return QWidget::event(event);
+    const double factor = pinchFactor(*event);
+    if (factor == 1) return QWidget::event(event);
+    parts_->wheel.pinch(factor, static_cast<QSinglePointEvent *>(event)->position().x(), width());
+    return true;
 }
 
 bool WaveformView::cancelDrag() {

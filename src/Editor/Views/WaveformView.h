@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
+#include "Editor/Surfaces/Pointer.h"
 #include "Editor/Surfaces/WaveformHover.h"
 #include "Editor/Surfaces/WaveformRms.h"
 #include "Editor/Views/ViewStyle.h"
@@ -51,6 +52,8 @@ private:
 
     // Takes over what has changed and asks for the painting of just that.
     void refresh();
+    // After every event of the pointer.
+    void pointerMoved(const QMouseEvent &event, const PointerEvent &at);
 
     std::unique_ptr<Parts> parts_;
 };

@@ -113,6 +113,33 @@ TEST_F(HistoryTest, aLoopIsClampedToAtLeastOneFrame) {
     }
 }
 
+TEST_F(HistoryTest, aDragOfTheLoopIsOneStep) {
+    model.commitLoop(FrameRange{100, 200});
+    const auto version = state().contentVersion;
+    for (const std::int64_t end : {300, 500, 400}) model.moveLoop({100, end});
+    EXPECT_EQ(state().loopPoints, (FrameRange{100, 400}));
+    EXPECT_EQ(model.history().undoDepth(), 1u);
+    EXPECT_EQ(notices([&] { model.endLoopMove(); }), bits({Change::loopPoints, Change::history}));
+    EXPECT_EQ(model.history().undoDepth(), 2u);
+    EXPECT_GT(state().contentVersion, version);
+    model.undo();
+    EXPECT_EQ(state().loopPoints, (FrameRange{100, 200}));
+    EXPECT_EQ(state().contentVersion, version);
+
+    model.moveLoop({50, 60});
+    model.cancelLoopMove();
+    EXPECT_EQ(state().loopPoints, (FrameRange{100, 200}));
+    EXPECT_TRUE(model.canRedo());
+    model.moveLoop({50, 60});
+    model.moveLoop({100, 200});  // there and back: no step
+    model.endLoopMove();
+    EXPECT_TRUE(model.canRedo());
+    model.moveLoop({50, 60});
+    model.undo();  // ends the drag, then takes it back
+    EXPECT_EQ(state().loopPoints, (FrameRange{100, 200}));
+    EXPECT_FALSE(state().pressLoop);
+}
+
 TEST_F(HistoryTest, eachEditUndoAndRedoIsToldOnce) {
     void (*const edits[])(AudioEditorModel &) = {Edits::fadeIn,
                                                  Edits::fadeOut,

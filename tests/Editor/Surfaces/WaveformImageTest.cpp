@@ -129,6 +129,15 @@ TEST(WaveformCurve, MarksSamplesWithDotsAndStemsOnceThereIsRoom) {
     EXPECT_EQ(at(210, 24), 0u);
 }
 
+TEST(WaveformCurve, OfASingleSampleFallsToTheEndOfItsTime) {
+    const std::vector<Pixel> pixels = curvePixels(AudioEditorBuffer(std::vector<float>{1.0f}, 1, 44100), 1.0 / 400, 1);
+    for (int x = 10; x < 400; x += 10) {
+        int rows = 0;
+        for (int row = 10; row <= 31; ++row) rows += pixels[std::size_t(row * 400 + x)] != 0;
+        EXPECT_GE(rows, 1) << x;
+    }
+}
+
 struct WaveformImageTest : SurfaceFixture {
     WaveformColumns columns;
     WaveformImage image;
@@ -182,6 +191,18 @@ TEST_F(WaveformImageTest, DrawsAllAnewWhenWhatItShowsIsAnother) {
     EXPECT_EQ(update(sound, columns, image, {ink, 2, true}), 0);
     show(0, 20.5);
     EXPECT_EQ(update(sound, columns, image, {ink, 2, true}), 1000);
+}
+
+TEST_F(WaveformImageTest, KnowsWhichColumnsAreCapped) {
+    std::vector<float> samples(100000, 0.5f);
+    samples[20 * 600 + 3] = 1.5f;
+    const Sound sound(AudioEditorBuffer(samples, 1, 44100));
+    load(sound.buffer);
+    for (const std::int64_t first : {0, 137, 590}) {
+        show(double(20 * first), 20);
+        update(sound, columns, image, look);
+        for (int column = 0; column < 1000; ++column) ASSERT_EQ(image.isCapped(column), first + column == 600) << column;
+    }
 }
 
 }  // namespace

@@ -135,11 +135,15 @@ TEST_F(WaveformInputTest, DraggingPastASideScrollsFasterWithDistance) {
     move(1050);
     EXPECT_LT(slow, 0);
     EXPECT_GT(input.scrollSpeed(geometry()), -slow);
-    const double first = firstVisibleFrame(state().view, 100000);
+    const double first = firstVisibleFrame(state().view, 100000), way = input.scrollSpeed(geometry());
     const std::int64_t end = selection()->hi;
     input.scroll(0.1, geometry());
-    EXPECT_NEAR(firstVisibleFrame(state().view, 100000), first + 1000, 1);
-    EXPECT_NEAR(double(selection()->hi), double(end) + 1000, 10);
+    EXPECT_NEAR(firstVisibleFrame(state().view, 100000), first + way, 1);
+    EXPECT_NEAR(double(selection()->hi), double(end) + way, 10);
+    move(998);
+    EXPECT_EQ(input.scrollSpeed(geometry()), 0);
+    move(999);  // the last column, beyond which there may be no screen
+    EXPECT_GT(input.scrollSpeed(geometry()), 0);
     input.release();
     EXPECT_EQ(input.scrollSpeed(geometry()), 0);
 }
@@ -147,9 +151,66 @@ TEST_F(WaveformInputTest, DraggingPastASideScrollsFasterWithDistance) {
 TEST_F(WaveformInputTest, TheMiddleButtonMovesTheView) {
     input.pressMiddle(at(500), geometry());
     EXPECT_EQ(input.shape(at(500), geometry()), PointerShape::closedHand);
+    EXPECT_TRUE(state().viewDragged);
     EXPECT_EQ(notices([&] { move(400); }), bits({Change::view}));
     EXPECT_NEAR(firstVisibleFrame(state().view, 100000), 11000, 1e-6);
+    // Zoomed by the wheel meanwhile, the frame that is held stays under the pointer.
+    WheelInput(model).turn({3, 0, {}}, 400, 1000);
+    const double perColumn = geometry().axis.framesPerColumn;
+    move(300);
+    EXPECT_NEAR(geometry().axis.framesPerColumn, perColumn, 1e-9);
+    EXPECT_NEAR(firstVisibleFrame(state().view, 100000), 15000 - 300 * perColumn, 1e-6);
     input.release();
+    EXPECT_FALSE(state().viewDragged);
+}
+
+TEST_F(WaveformInputTest, TheLoopIsDraggedWhileItIsEdited) {
+    model.commitLoop(FrameRange{13000, 14000});  // pixels 300 and 400
+    const auto steps = model.history().undoDepth();
+    drag(303, 350);
+    EXPECT_EQ(state().loopPoints, (FrameRange{13000, 14000})) << "not in this mode";
+    model.setEditLoopEnabled(true);
+    model.placeCursor(12500);
+    struct Row {
+        double from, to;
+        Modifiers modifiers;
+        FrameRange loop;
+    };
+    for (const Row &row :
+         {Row{303, 353, {}, {13500, 14000}}, Row{396, 296, {}, {13000, 13001}}, Row{297, 250, {}, {12500, 14000}},
+          Row{300, 203, {}, {12000, 14000}}, Row{300, 203, control, {12030, 14000}}, Row{400, 2000, {}, {13000, 20000}},
+          Row{300, 900, {}, {13999, 14000}}}) {
+        EXPECT_EQ(input.shape(at(row.from), geometry()), PointerShape::horizontalSize) << row.from;
+        drag(row.from, row.to, row.modifiers);
+        EXPECT_EQ(state().loopPoints, row.loop) << row.from << " to " << row.to;
+        EXPECT_EQ(model.history().undoDepth(), steps + 1);
+        EXPECT_EQ(state().cursorFrame, 12500);
+        model.undo();
+        EXPECT_EQ(state().loopPoints, (FrameRange{13000, 14000}));
+    }
+    press(303);
+    move(353);
+    EXPECT_TRUE(input.cancel());
+    EXPECT_EQ(state().loopPoints, (FrameRange{13000, 14000}));
+    EXPECT_EQ(model.history().undoDepth(), steps);
+}
+
+TEST_F(WaveformInputTest, TheNearestEdgeIsCaughtAndTheModesOwnWinTies) {
+    model.setEditLoopEnabled(true);  // the loop at pixels 300 and 400
+    struct Row {
+        FrameRange selection;
+        double x;
+        std::optional<TimeEdge> edge;
+    };
+    using Kind = TimeEdge::Kind;
+    for (const Row &row :
+         {Row{{13000, 13500}, 300, TimeEdge{Kind::loop, true}}, Row{{13040, 13500}, 302, TimeEdge{Kind::loop, true}},
+          Row{{13040, 13500}, 303, TimeEdge{Kind::selection, true}}, Row{{11000, 14060}, 405, TimeEdge{Kind::selection, false}},
+          Row{{11000, 14110}, 406, TimeEdge{Kind::selection, false}}, Row{{11000, 11020}, 99, TimeEdge{Kind::selection, true}},
+          Row{{11000, 11020}, 104, TimeEdge{Kind::selection, false}}, Row{{11000, 14200}, 406, {}}}) {
+        model.select(row.selection);
+        EXPECT_EQ(edgeNear(state(), geometry().axis, row.x, 1), row.edge) << row.x;
+    }
 }
 
 TEST_F(WaveformInputTest, ARightClickOutsideTheSelectionSetsTheCursor) {

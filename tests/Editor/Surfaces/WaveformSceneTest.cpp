@@ -46,7 +46,7 @@ TEST_F(WaveformSceneTest, OverlaysComeInTheirOrder) {
         {Kind::cursor, {20, 21}},   {Kind::playhead, {39, 41}},      {Kind::hover, {77, 78}},
     };
     EXPECT_EQ(overlayLines(scene()), want);
-    view.isDragging = true;
+    view.isButtonDown = true;
     EXPECT_EQ(overlayLines(scene()).back().kind, Kind::playhead);
 }
 
@@ -77,6 +77,7 @@ TEST_F(WaveformSceneTest, TheRestIsEverything) {
     EXPECT_TRUE(damage([&] { show(11000, 50); }).everything);
     EXPECT_TRUE(damage([&] { load(noise(100000, 2, 2)); }).everything);
     EXPECT_TRUE(damage([&] { ++view.powersRevision; }).everything);
+    EXPECT_TRUE(damage([&] { model.setEditLoopEnabled(true); }).everything);
 }
 
 TEST_F(WaveformSceneTest, DialogsShowTheirOutcomeInTheActiveRange) {

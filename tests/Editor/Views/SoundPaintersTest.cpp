@@ -121,6 +121,29 @@ TEST_P(SoundPaintersTest, WhatAGainWouldDo) {
     EXPECT_TRUE(near(at(50, 45), colors[Role::waveFg]));
 }
 
+TEST_P(SoundPaintersTest, CapsLieOverTheBarOfTheSelection) {
+    std::vector<float> samples(100000, 0.0f);
+    for (std::size_t i = 15000; i < 15200; ++i) samples[i] = 1.5f;
+    load(AudioEditorBuffer(samples, 1, 44100));
+    model.select({10000, 20000});
+    paintSound();
+    EXPECT_TRUE(near(at(150.5, 0), colors.over));
+    EXPECT_TRUE(near(at(150.5, 2), colors.over));
+    EXPECT_TRUE(near(at(140, 0), colors.selectionEdge));
+    EXPECT_TRUE(near(at(160, 0), colors.selectionEdge));
+    EXPECT_FALSE(near(at(160, 0, 0, devicePixels(2, scale)), colors.selectionEdge));
+}
+
+TEST_P(SoundPaintersTest, TheLoopWhileItIsEdited) {
+    model.setEditLoopEnabled(true);
+    paintSound();
+    const Rgba bg = colors[Role::waveBg], accent = colors[Role::accentBg];
+    for (const int y : {4, 8, 55, 95}) EXPECT_TRUE(near(at(600, y), accent)) << y;
+    EXPECT_TRUE(near(at(800, 4), accent));
+    EXPECT_TRUE(near(at(620, 4), mix(bg, accent, 0.09)));
+    EXPECT_TRUE(near(at(820, 4), bg));
+}
+
 TEST_P(SoundPaintersTest, AnEmptySoundSaysSo) {
     load(AudioEditorBuffer(2, 44100));
     paintSound();

@@ -166,6 +166,23 @@ TEST_F(SoundViewsTest, HoveringTellsWhereThePointerIsAndPaintsOneLine) {
     EXPECT_EQ(hovers.size(), 4u);
 }
 
+TEST_F(SoundViewsTest, WhileAButtonIsDownThereIsNoHoverLine) {
+    mouse(waveform, QEvent::MouseMove, 400, 50);
+    EXPECT_EQ(waveform.cursor().shape(), Qt::IBeamCursor);
+    const auto pixel = [&] { return waveform.grab().toImage().pixel(400, 2); };
+    const QRgb hovered = pixel();
+    for (const Qt::MouseButton button : {Qt::MiddleButton, Qt::RightButton}) {
+        mouse(waveform, QEvent::MouseButtonPress, 400, 50, button);
+        model.placeCursor(90000);
+        EXPECT_NE(pixel(), hovered);
+        mouse(waveform, QEvent::MouseButtonRelease, 400, 50, button);
+        EXPECT_EQ(pixel(), hovered);
+    }
+    model.select({39000, 60000});
+    mouse(waveform, QEvent::MouseMove, 392, 50);
+    EXPECT_EQ(waveform.cursor().shape(), Qt::SizeHorCursor);
+}
+
 TEST_F(SoundViewsTest, EscPutsADragBack) {
     model.setCursorAndSelection(70000, FrameRange{70000, 75000});
     mouse(waveform, QEvent::MouseButtonPress, 100, 50);
@@ -186,10 +203,12 @@ TEST_F(SoundViewsTest, ARightClickAsksForTheMenu) {
 }
 
 TEST_F(SoundViewsTest, WheelsAndKeysReachTheModel) {
-    const auto wheel = [](QWidget &view, QPoint delta, Qt::KeyboardModifiers modifiers) {
-        QWheelEvent event(QPointF(500, 10), view.mapToGlobal(QPointF(500, 10)), {}, delta, {}, modifiers, Qt::NoScrollPhase,
-                          false);
+    const auto turn = [](QWidget &view, QPoint pixels, QPoint delta, Qt::KeyboardModifiers modifiers, Qt::ScrollPhase phase) {
+        QWheelEvent event(QPointF(500, 10), view.mapToGlobal(QPointF(500, 10)), pixels, delta, {}, modifiers, phase, false);
         QApplication::sendEvent(&view, &event);
+    };
+    const auto wheel = [&](QWidget &view, QPoint delta, Qt::KeyboardModifiers modifiers) {
+        turn(view, {}, delta, modifiers, Qt::NoScrollPhase);
     };
     wheel(waveform, {0, 120}, {});
     EXPECT_NEAR(state().view.zoom, 1.25, 1e-9);
@@ -199,6 +218,14 @@ TEST_F(SoundViewsTest, WheelsAndKeysReachTheModel) {
     EXPECT_NEAR(state().view.zoom, 1, 1e-9);
     wheel(gutter, {0, 120}, {});
     EXPECT_EQ(state().verticalZoomDb, 3);
+    // Fingers move the picture as far as they go, and zoom by 2 in 64 pixels.
+    model.setView({4, 50000});
+    turn(waveform, {30, 1}, {900, 30}, {}, Qt::ScrollUpdate);
+    EXPECT_NEAR(state().view.centerFrame, 50000 - 30 * 25, 1e-6);
+    turn(waveform, {0, -20}, {0, -900}, Qt::ShiftModifier, Qt::ScrollUpdate);
+    EXPECT_NEAR(state().view.centerFrame, 50000 - 10 * 25, 1e-6);
+    turn(waveform, {0, 64}, {0, 900}, {}, Qt::ScrollUpdate);
+    EXPECT_NEAR(state().view.zoom, 8, 1e-9);
     QKeyEvent end(QEvent::KeyPress, Qt::Key_End, Qt::NoModifier);
     QApplication::sendEvent(&waveform, &end);
     EXPECT_EQ(state().cursorFrame, 100000);
