@@ -19,20 +19,20 @@ RATE = 48000
 # Sounds: interleaved floats, −1 … 1.
 
 def hit(length, pitch, fall, noise, seed):
-    """A drum: a tone that sinks and dies away, with noise that dies faster."""
+    """A drum: a tone that sinks and dies away, with noise that dies as fast."""
     chance = random.Random(seed)
     samples, phase = [], 0.0
     for i in range(round(length * RATE)):
         t = i / RATE
         phase += pitch * (1 + 2 * math.exp(-t * 40)) / RATE
         tone = math.sin(2 * math.pi * phase) * math.exp(-t * fall)
-        samples.append((1 - noise) * tone + noise * chance.uniform(-1, 1) * math.exp(-t * fall * 1.6))
+        samples.append((1 - noise) * tone + noise * chance.uniform(-1, 1) * math.exp(-t * fall))
     return samples
 
 
 def drum_break(seconds=7.385):
     """Hits in a pattern of two bars, a silence, and hits again; the right channel is a little softer and later."""
-    drums = [hit(0.45, 55, 7, 0.05, 1), hit(0.5, 190, 8, 0.75, 2), hit(0.2, 900, 18, 0.95, 3), hit(0.4, 80, 6, 0.1, 4)]
+    drums = [hit(0.6, 55, 4, 0.12, 1), hit(0.6, 190, 5, 0.75, 2), hit(0.3, 900, 9, 0.95, 3), hit(0.6, 80, 3.5, 0.2, 4)]
     frames = round(seconds * RATE)
     left, right = [0.0] * (frames + RATE), [0.0] * (frames + RATE)
     pattern = [(0.0, 0, 0.7), (0.35, 3, 0.75), (0.43, 2, 0.3), (0.78, 0, 0.72), (1.07, 1, 0.8), (1.4, 2, 0.4),
@@ -47,6 +47,19 @@ def drum_break(seconds=7.385):
     return [value for pair in zip(left[:frames], right[:frames]) for value in pair]
 
 
+def smooth_noise(frames):
+    """Loud noise without its highest notes, a little different in each channel."""
+    chance = random.Random(3)
+    slow, fast, samples = [0.0, 0.0], [0.0, 0.0], []
+    for _ in range(frames):
+        common = chance.gauss(0, 1)
+        for side in (0, 1):
+            fast[side] += 0.5 * (common + 0.1 * chance.gauss(0, 1) - fast[side])
+            slow[side] += 0.6 * (fast[side] - slow[side])
+            samples.append(0.9 * math.tanh(1.1 * slow[side]))
+    return samples
+
+
 def long_talk(seconds=1200):
     """Speech-like noise whose loudness wanders, with pauses, in one channel."""
     chance = random.Random(7)
@@ -56,7 +69,7 @@ def long_talk(seconds=1200):
         low, grain = 0.0, []
         for _ in range(piece):
             low += 0.25 * (chance.gauss(0, 1) - low)
-            grain.append(low * 0.43)
+            grain.append(low * 0.6)
         grains.append([array.array("h", (round(max(-1, min(1, v * 0.04 * level)) * 32767) for v in grain)).tobytes()
                        for level in range(24)])
     made, loud, until = [], 5, 0.0
@@ -103,6 +116,11 @@ def frame(seconds):
 def break_file():
     marks = [frame(s) for s in (0.075, 1.644, 4.677, 6.4)]
     return wav24(drum_break(), 2, cue(marks) + smpl(frame(1.213), frame(5.826)))
+
+
+@functools.cache
+def noise_file():
+    return wav24(smooth_noise(354480), 2)
 
 
 @functools.cache
@@ -155,7 +173,7 @@ def main_window(editor):
     to_x = lambda s: GUTTER + (s - 0.72) / (6.06 - 0.72) * (1280 - GUTTER)
     editor.drag(to_x(2.368), to_x(3.522), 450)
     editor.key("c", "space")
-    time.sleep(0.55)
+    time.sleep(1.2)
     editor.move(to_x(3.482), 272)
     time.sleep(0.1)
 
@@ -178,7 +196,7 @@ def single_samples(editor):
 SITUATIONS = {
     "main": (break_file, {"follow_playhead": "true"}, main_window),
     "long-file": (talk_file, {}, long_file),
-    "single-samples": (break_file, {}, single_samples),
+    "single-samples": (noise_file, {}, single_samples),
 }
 
 

@@ -144,6 +144,7 @@ void measureColumn(const SoundSource &source, double framesPerColumn, std::int64
 std::int64_t WaveformColumns::update(const SoundSource &source, double framesPerColumn, bool merged, std::int64_t first,
                                      std::int64_t count) {
     const Key key{source.generation, source.powersRevision, framesPerColumn, merged};
+    if (key == key_ && first == first_ && count == this->count()) return 0;
     const std::int64_t keptLo = key == key_ ? std::max(first, first_) : first;
     const std::int64_t keptHi = key == key_ ? std::max(std::min(first + count, first_ + this->count()), keptLo) : first;
     const auto old = std::exchange(lanes_, {});

@@ -45,9 +45,9 @@ WaveformGeometry waveformGeometry(const AudioEditorState &state, ViewSize size) 
     geometry.gain = std::pow(10.0, state.verticalZoomDb / 20.0);
     const int rows = geometry.rows(), edge = hairline(size.scale);
     const auto channels = int(state.buffer.channels());
-    // An empty sound has one line for its one message.
+    // An empty sound has one line for its one message; one that is still being read has the lanes it will need.
     geometry.isMerged =
-        channels > 1 && (state.buffer.isEmpty() || (rows - edge * (channels - 1)) / size.scale < leastLaneHeight * channels);
+        channels > 1 && (isKnownEmpty(state) || (rows - edge * (channels - 1)) / size.scale < leastLaneHeight * channels);
     const int lanes = geometry.isMerged ? 1 : channels;
     for (int i = 0, top = 0; i < lanes; ++i) {
         const int left = lanes - i, height = (rows - top - edge * (left - 1) + left - 1) / left;

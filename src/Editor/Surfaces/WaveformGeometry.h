@@ -52,6 +52,9 @@ struct WaveformGeometry {
     friend bool operator==(const WaveformGeometry &, const WaveformGeometry &) = default;
 };
 
+// No audio: not only none read yet.
+inline bool isKnownEmpty(const AudioEditorState &state) { return state.buffer.isEmpty() && state.generation > 0; }
+
 WaveformGeometry waveformGeometry(const AudioEditorState &state, ViewSize size);
 WaveformHover hoverAt(const WaveformGeometry &geometry, double x, double y, std::int64_t frames);
 

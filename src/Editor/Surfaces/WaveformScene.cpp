@@ -39,6 +39,12 @@ void addHover(Damage &damage, const std::optional<int> &hover, int reach) {
     if (hover) damage.add(*hover, reach);
 }
 
+// The end stands where any mark of its frame would, at the view's right end in the last column.
+int selectionEnd(const WaveformScene &scene) {
+    const int columns = scene.geometry.columns(), hi = scene.marks.selection->hi;
+    return hi == columns ? columns - hairline(scene.geometry.size.scale) : hi;
+}
+
 PixelSpan lineAt(int column, int width) { return {column, column + width}; }
 
 }  // namespace
@@ -48,7 +54,7 @@ WaveformScene waveformScene(const AudioEditorState &state, ViewSize size, const 
     scene.geometry = waveformGeometry(state, size);
     scene.generation = state.generation;
     scene.powersRevision = view.powersRevision;
-    scene.isEmpty = state.buffer.isEmpty() && state.generation > 0;  // before, nothing has been read yet
+    scene.isEmpty = isKnownEmpty(state);
     scene.timeLines = timeLines(state, scene.geometry.axis, scene.geometry.columns(), size.textScale());
     scene.marks = viewMarks(state, scene.geometry.axis, scene.geometry.columns());
     scene.editsLoop = state.editLoopEnabled;
@@ -91,7 +97,7 @@ std::vector<OverlayLine> overlayLines(const WaveformScene &scene) {
     for (const int marker : marks.markers) lines.push_back({Kind::marker, lineAt(marker, hair)});
     if (marks.selection) {
         lines.push_back({Kind::selectionEdge, lineAt(marks.selection->lo, hair)});
-        lines.push_back({Kind::selectionEdge, lineAt(marks.selection->hi - hair, hair)});
+        lines.push_back({Kind::selectionEdge, lineAt(selectionEnd(scene), hair)});
     }
     lines.push_back({Kind::cursor, lineAt(marks.cursor, hair)});
     for (const int head : marks.playheads) lines.push_back({Kind::playhead, lineAt(head - thick / 2, thick)});

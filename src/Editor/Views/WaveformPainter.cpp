@@ -60,8 +60,9 @@ public:
     // Above the sound, but for its caps, which say more.
     void selectionBar(const WaveformImage &image) {
         if (!scene_.marks.selection) return;
+        const PixelSpan bar{scene_.marks.selection->lo, scene_.marks.selection->hi + hair_};
         const PixelSpan part{part_.left(), part_.left() + part_.width()};
-        const PixelSpan columns = intersected(intersected(*scene_.marks.selection, part), {0, image.width()});
+        const PixelSpan columns = intersected(intersected(bar, part), {0, image.width()});
         const int height = devicePixels(topBarHeight, scale_);
         for (int lo = columns.lo, x = lo; x <= columns.hi; ++x)
             if (x == columns.hi || image.isCapped(x)) {

@@ -39,6 +39,15 @@ INSTANTIATE_TEST_SUITE_P(Rows, Lanes,
 
 using WaveformGeometryTest = SurfaceFixture;
 
+TEST_F(WaveformGeometryTest, ASoundStillBeingReadHasItsLanesAlready) {
+    AudioEditorModel unread(settings, clipboard);
+    unread.expect(AudioEditorBuffer(2, 48000));
+    EXPECT_EQ(waveformGeometry(unread.state(), size).lanes, geometry().lanes);
+    EXPECT_EQ(waveformGeometry(unread.state(), size).lanes.size(), 2u);
+    unread.load(AudioEditorBuffer(2, 48000), {}, {});
+    EXPECT_EQ(waveformGeometry(unread.state(), size).lanes.size(), 1u);
+}
+
 TEST_F(WaveformGeometryTest, VerticalZoomScalesTheSoundAndNotItsLanes) {
     const int full = geometry().rowOf(geometry().lanes[0], 0.5);
     model.setVerticalZoomDb(6);

@@ -42,7 +42,7 @@ TEST_F(WaveformSceneTest, OverlaysComeInTheirOrder) {
     view.pointer = PointerEvent{77.5, 3, {}};
     const std::vector<OverlayLine> want{
         {Kind::loop, {600, 601}},   {Kind::loop, {999, 1000}},       {Kind::marker, {200, 201}},
-        {Kind::marker, {400, 401}}, {Kind::selectionEdge, {20, 21}}, {Kind::selectionEdge, {99, 100}},
+        {Kind::marker, {400, 401}}, {Kind::selectionEdge, {20, 21}}, {Kind::selectionEdge, {100, 101}},
         {Kind::cursor, {20, 21}},   {Kind::playhead, {39, 41}},      {Kind::hover, {77, 78}},
     };
     EXPECT_EQ(overlayLines(scene()), want);

@@ -78,8 +78,8 @@ TEST_P(SoundPaintersTest, TheWaveformInItsLayers) {
     EXPECT_TRUE(near(at(150, 5), tinted));
     EXPECT_TRUE(near(at(150, 45), colors[Role::waveFg]));
     EXPECT_TRUE(near(at(150, 1), colors.selectionEdge));
-    EXPECT_TRUE(near(at(200, 5, -1), colors.selectionEdge));
-    EXPECT_TRUE(near(at(200, 5), bg));
+    EXPECT_TRUE(near(at(200, 5), colors.selectionEdge));
+    EXPECT_TRUE(near(at(200, 5, hairline(scale)), bg));
 }
 
 TEST_P(SoundPaintersTest, TheWaveformsLines) {
