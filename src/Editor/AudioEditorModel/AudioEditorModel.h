@@ -213,7 +213,6 @@ public:
     void toggleTimeUnit();
     void setFollowPlayhead(bool follow);
     void setLoopEnabled(bool enabled);
-    void setEditLoopEnabled(bool enabled);
     void setPlayheads(std::vector<AudioEditorPlayhead> heads);
     void setPlaying(bool playing);
     void setPreviewPlaying(bool playing);
