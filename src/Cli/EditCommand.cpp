@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <span>
 
 #include "Cli/Commands.h"
 #include "Cli/Interrupt.h"
@@ -50,13 +52,33 @@ std::string readScript(const std::string &path) {
     return readAll(*file, path);
 }
 
-std::vector<Step> parseSteps(const EditCall &call) {
+struct NamedStep {
+    std::string name;
+    Step run;
+};
+
+std::vector<NamedStep> parseSteps(const EditCall &call) {
     std::vector<Words> words;
     if (call.script) words = scriptSteps(readScript(*call.script));
     for (const std::string &step : call.steps) words.push_back(splitWords(step));
-    std::vector<Step> steps;
-    for (const Words &step : words) steps.push_back(parseStep(step));
+    std::vector<NamedStep> steps;
+    for (const Words &step : words) {
+        Step run = parseStep(step);
+        steps.push_back({step[0], std::move(run)});
+    }
     return steps;
+}
+
+// Only what a later step can bring back is worth its memory.
+void runSteps(StepContext &context, std::span<const NamedStep> steps) {
+    for (; !steps.empty(); steps = steps.subspan(1)) {
+        const auto still = [&](std::string_view name) {
+            return std::size_t(std::ranges::count(steps, name, &NamedStep::name));
+        };
+        context.document.model().keepOnly(still("undo"), still("redo"));
+        steps.front().run(context);
+        Interrupt::throwIfRequested();
+    }
 }
 
 void openDocument(AudioDocument &document, const std::string &path) {
@@ -119,16 +141,13 @@ std::string asJson(const Outcome &outcome, JsonWriter::Layout layout) {
 }  // namespace
 
 std::string edit(const EditCall &call, const DocumentServices &services) {
-    const std::vector<Step> steps = parseSteps(call);
+    const std::vector<NamedStep> steps = parseSteps(call);
     Interrupt::install();  // until here there is nothing to be left whole
     CallUi ui;
     AudioDocument document(services, ui);
     openDocument(document, call.file);
     StepContext context{document, services};
-    for (const Step &step : steps) {
-        step(context);
-        Interrupt::throwIfRequested();
-    }
+    runSteps(context, steps);
     Outcome outcome{document, document.isEdited(), {}, std::nullopt};
     if (call.saves) {
         saveDocument(document, call, ui);

@@ -70,7 +70,11 @@ bool is(std::exception_ptr failure) {
 }  // namespace
 
 AudioDocument::AudioDocument(DocumentServices services, DocumentUi &ui)
-    : services_(services), ui_(ui), model_(services.settings, services.clipboard), edits_(model_, services.jobs) {
+    : services_(services),
+      ui_(ui),
+      model_(services.settings, services.clipboard),
+      edits_(model_, services.jobs),
+      peaks_(model_, services.jobs) {
     modelChanges_ = model_.observers.add([this](const Changes &) { tellIfEditedChanged(); });
     editChanges_ = edits_.changed.add([this](const BackgroundEdits &) { observers.notify(*this); });
     edits_.onEnded = [this](bool committed) { editEnded(committed); };

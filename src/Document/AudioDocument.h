@@ -12,6 +12,7 @@
 #include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
 #include "Editor/AudioEditorModel/BackgroundEdits.h"
+#include "Editor/AudioEditorModel/BackgroundPeaks.h"
 #include "Editor/Surfaces/PlayheadFollower.h"
 #include "Platform/Files.h"
 #include "Platform/Jobs.h"
@@ -110,6 +111,7 @@ private:
     DocumentUi &ui_;
     AudioEditorModel model_;
     BackgroundEdits edits_;
+    BackgroundPeaks peaks_;
     std::string path_;
     std::optional<AudioFileContents> contents_;
     std::optional<FileSystem::Identity> identity_;  // of the file as last read or written

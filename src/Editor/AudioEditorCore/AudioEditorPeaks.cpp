@@ -124,6 +124,69 @@ void resize(AudioEditorPeaks &peaks, std::int64_t channels, std::int64_t blocks)
     }
 }
 
+// Which blocks of the peaks of a sound can be had from those of the sound before it.
+struct Carry {
+    std::int64_t channels, count;
+    std::int64_t moved;  // frames by which the end has moved
+    std::int64_t head;   // blocks below this are as they were
+    std::int64_t tail;   // blocks from this one on lie in what has moved; what is between is new
+
+    Carry(const AudioEditorBuffer &buffer, const AudioEditorBuffer &before, const AudioEditorPeaks &old)
+        : channels(buffer.channels()), count(blocksFor(buffer.frames())), moved(buffer.frames() - before.frames()) {
+        const bool usable = std::int64_t(old.mins.size()) == channels && old.blocks() == blocksFor(before.frames());
+        const std::int64_t prefix = usable ? buffer.sharedPrefix(before) : 0, suffix = usable ? buffer.sharedSuffix(before) : 0;
+        // A block counts as shared when all of its frames are, in both: the last one of a longer or shorter sound does not.
+        head = moved == 0 && prefix == buffer.frames() ? count : prefix / AudioEditorPeaks::blockSize;
+        tail = std::max(head, blocksFor(buffer.frames() - suffix));
+    }
+    std::int64_t oldBlock(std::int64_t block) const { return floorDivided(block * AudioEditorPeaks::blockSize - moved); }
+    bool movesWholeBlocks() const { return moved % AudioEditorPeaks::blockSize == 0; }
+
+private:
+    static std::int64_t floorDivided(std::int64_t frame) {
+        constexpr std::int64_t size = AudioEditorPeaks::blockSize;
+        return frame >= 0 ? frame / size : -((-frame + size - 1) / size);
+    }
+};
+
+// Moves the values of the tail to where its blocks now are; one that covers parts of two old ones gets the wider of both.
+template <class Wider>
+void moveTail(const Carry &carry, std::vector<float> &values, Wider wider) {
+    const std::int64_t last = std::int64_t(values.size()) - 1, beside = carry.movesWholeBlocks() ? 0 : 1;
+    const auto at = [&](std::int64_t block) {
+        const std::int64_t from = carry.oldBlock(block);
+        return wider(values[std::size_t(from)], values[std::size_t(std::min(from + beside, last))]);
+    };
+    if (carry.moved <= 0) {
+        for (std::int64_t b = carry.tail; b < carry.count; ++b) values[std::size_t(b)] = at(b);
+        values.resize(std::size_t(carry.count));
+    } else {
+        values.resize(std::size_t(carry.count));
+        for (std::int64_t b = carry.count; b-- > carry.tail;) values[std::size_t(b)] = at(b);
+    }
+}
+
+// What can be had of the old values, at its place; what is new is not yet measured.
+AudioEditorPeaks carriedOver(const Carry &carry, AudioEditorPeaks old) {
+    if (carry.head == 0 && carry.tail == carry.count) old = AudioEditorPeaks();
+    const std::int64_t loose = old.looseFrom;
+    if (carry.moved != 0 && carry.tail < carry.count) {
+        for (auto &channel : old.mins) moveTail(carry, channel, [](float a, float b) { return std::min(a, b); });
+        for (auto &channel : old.maxs) moveTail(carry, channel, [](float a, float b) { return std::max(a, b); });
+    }
+    resize(old, carry.channels, carry.count);
+    const std::int64_t movedBy = carry.moved / AudioEditorPeaks::blockSize;
+    if (loose < carry.head)
+        old.looseFrom = loose;
+    else if (carry.tail == carry.count)
+        old.looseFrom = AudioEditorPeaks::none;
+    else if (!carry.movesWholeBlocks())
+        old.looseFrom = carry.tail;
+    else
+        old.looseFrom = loose == AudioEditorPeaks::none ? loose : std::max(carry.tail, loose + movedBy);
+    return old;
+}
+
 }  // namespace
 
 AudioEditorPeaks::AudioEditorPeaks(const AudioEditorBuffer &buffer, Progress *progress) {
@@ -134,16 +197,31 @@ AudioEditorPeaks::AudioEditorPeaks(const AudioEditorBuffer &buffer, Progress *pr
 
 AudioEditorPeaks::AudioEditorPeaks(const AudioEditorBuffer &buffer, const AudioEditorBuffer &before, AudioEditorPeaks old,
                                    Progress *progress) {
-    const std::int64_t count = blocksFor(buffer.frames()), frames = buffer.frames();
-    const bool usable = std::int64_t(old.mins.size()) == buffer.channels() && old.blocks() == blocksFor(before.frames());
-    const bool sameLength = frames == before.frames();
-    const std::int64_t prefix = usable ? buffer.sharedPrefix(before) : 0;
-    const std::int64_t suffix = usable && sameLength ? buffer.sharedSuffix(before) : 0;
-    *this = std::move(old);
-    resize(*this, buffer.channels(), count);
-    // A block counts as shared when all of its frames are, in both: the last one of a longer or shorter sound does not.
-    const std::int64_t lo = sameLength && prefix == frames ? count : prefix / blockSize;
-    measure(buffer, lo, std::max(lo, blocksFor(frames - suffix)), *this, progress);
+    const Carry carry(buffer, before, old);
+    *this = carriedOver(carry, std::move(old));
+    const std::int64_t end = isExact() ? carry.tail : blocks();
+    measure(buffer, std::min(carry.head, looseFrom), end, *this, progress);
+    looseFrom = none;
+}
+
+AudioEditorPeaks AudioEditorPeaks::carried(const AudioEditorBuffer &buffer, const AudioEditorBuffer &before,
+                                           AudioEditorPeaks old) {
+    const Carry carry(buffer, before, old);
+    AudioEditorPeaks peaks = carriedOver(carry, std::move(old));
+    measure(buffer, carry.head, carry.tail, peaks, nullptr);
+    return peaks;
+}
+
+AudioEditorPeaks AudioEditorPeaks::measuredTail(const AudioEditorBuffer &buffer, Progress *progress) const {
+    return AudioEditorPeaks(buffer.part({std::min(looseFrom * blockSize, buffer.frames()), buffer.frames()}), progress);
+}
+
+void AudioEditorPeaks::takeTail(const AudioEditorPeaks &tail) {
+    for (std::size_t c = 0; c < mins.size(); ++c) {
+        std::copy(tail.mins[c].begin(), tail.mins[c].end(), mins[c].begin() + looseFrom);
+        std::copy(tail.maxs[c].begin(), tail.maxs[c].end(), maxs[c].begin() + looseFrom);
+    }
+    looseFrom = none;
 }
 
 }  // namespace kiv

@@ -75,16 +75,24 @@ void AudioEditorModel::reload(AudioEditorBuffer buffer, std::vector<std::int64_t
 // Everything else that belongs to the new sound is set by now, for the owner is told here.
 void AudioEditorModel::install(Content content) {
     const Batch batch(*this);
-    if (!content.peaks) content.peaks.emplace(content.buffer, state_.buffer, std::move(state_.peaks));
-    state_.peaks = std::move(*content.peaks);
+    state_.peaks = content.peaks ? std::move(*content.peaks)
+                                 : AudioEditorPeaks::carried(content.buffer, state_.buffer, std::move(state_.peaks));
     const AudioEditorBuffer before = std::exchange(state_.buffer, std::move(content.buffer));
     ++state_.generation;
+    if (!state_.peaks.isExact())
+        onLoosePeaks ? onLoosePeaks() : completePeaks(state_.generation, state_.peaks.measuredTail(state_.buffer));
     state_.contentVersion = content.version;
     tell(Change::audio);
     setCursorAndSelection(content.cursor, content.selection);
     state_.lastSelection = clampedRange(state_.lastSelection, state_.buffer);
     setView(state_.view);
     if (onAudioChanged) onAudioChanged(before, state_.buffer);
+}
+
+void AudioEditorModel::completePeaks(std::int64_t generation, const AudioEditorPeaks &tail) {
+    if (generation != state_.generation || state_.peaks.isExact()) return;
+    state_.peaks.takeTail(tail);
+    tell(Change::peaks);
 }
 
 std::optional<FrameRange> AudioEditorModel::activeRange() const {

@@ -74,6 +74,7 @@ enum class Change : std::uint32_t {
     editLoop = 1 << 15,  // all of AudioEditorLoopState
     slices = 1 << 16,    // the slices themselves
     slicer = 1 << 17,    // the rest of AudioEditorSlicerState
+    peaks = 1 << 23,     // those that were loose have been measured
 };
 
 struct Changes {
@@ -155,6 +156,8 @@ public:
     std::function<void(EditPlan)> onLongEdit;
     // Wants a search or a detection run away from the main thread; absent, it is run on the spot.
     std::function<void(AnalysisPlan)> onAnalyse;
+    // Wants the loose peaks of a new sound measured; absent, they are measured on the spot.
+    std::function<void()> onLoosePeaks;
 
     // What a file says of its sound before it has been read: an empty sound of that kind, so that views can lay themselves out.
     // Only before the first load.
@@ -178,6 +181,8 @@ public:
                 AudioEditorLengthChange change);
     // The same with what an edit has made of the sound of that generation; one of another is dropped: false.
     bool commit(std::int64_t generation, EditOutcome outcome);
+    // Takes what the loose peaks of the sound of that generation have been measured to be.
+    void completePeaks(std::int64_t generation, const AudioEditorPeaks &tail);
     // Carries an edit out on the present sound and commits it: now, or later when it is a long one.
     void apply(EditPlan plan);
     // A change of the loop alone: an undoable step without a buffer. A loop that is already so makes none.
@@ -191,6 +196,8 @@ public:
     void cancelLoopMove();
     void undo();
     void redo();
+    // As UndoHistory::keepOnly.
+    void keepOnly(std::size_t undos, std::size_t redos) { history_.keepOnly(undos, redos); }
 
     // Placing the cursor clears the selection; selecting puts the cursor at its start. Positions are clamped.
     void placeCursor(std::int64_t frame);
@@ -270,7 +277,8 @@ private:
     void flush();
     void install(Content content);
     Snapshot currentSnapshot(bool withBuffer) const;
-    void pushHistory(bool withBuffer);
+    void pushHistory(Snapshot snapshot);
+    Snapshot counterpart(const Snapshot &taken);
     void commitOutcome(EditOutcome outcome);
     void restore(std::optional<Snapshot> snapshot);
     void readModeSettings();

@@ -3,6 +3,18 @@
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
 
 namespace kiv {
+namespace {
+
+// From so many samples on measuring peaks again takes longer than copying those of an hour.
+constexpr std::int64_t longToMeasure = std::int64_t(1) << 22;
+
+// Whether so much of the sound before an edit is not in the one after it that its peaks are worth keeping.
+bool leavesMuchOut(const AudioEditorBuffer &before, const AudioEditorBuffer &after) {
+    const std::int64_t shared = after.sharedPrefix(before) + after.sharedSuffix(before);
+    return (before.frames() - shared) * before.channels() > longToMeasure;
+}
+
+}  // namespace
 
 Snapshot AudioEditorModel::currentSnapshot(bool withBuffer) const {
     Snapshot snapshot;
@@ -16,8 +28,8 @@ Snapshot AudioEditorModel::currentSnapshot(bool withBuffer) const {
     return snapshot;
 }
 
-void AudioEditorModel::pushHistory(bool withBuffer) {
-    history_.push(currentSnapshot(withBuffer));
+void AudioEditorModel::pushHistory(Snapshot snapshot) {
+    history_.push(std::move(snapshot));
     tell(Change::history);
 }
 
@@ -41,7 +53,12 @@ void AudioEditorModel::apply(EditPlan plan) {
 void AudioEditorModel::commitOutcome(EditOutcome outcome) {
     const Batch batch(*this);
     endLoopMove();
-    pushHistory(true);
+    Snapshot before = currentSnapshot(true);
+    if (outcome.peaks)
+        before.peaks = std::move(state_.peaks);
+    else if (leavesMuchOut(state_.buffer, outcome.buffer))
+        before.peaks = state_.peaks;
+    pushHistory(std::move(before));
     const std::int64_t frames = outcome.buffer.frames();
     std::vector<std::int64_t> markers = state_.markerFrames;
     for (std::int64_t &marker : markers) marker = outcome.change.map(marker, frames);
@@ -65,7 +82,7 @@ void AudioEditorModel::commitLoop(std::optional<FrameRange> loop) {
     endLoopMove();
     const auto clamped = clampedLoop(loop);
     if (clamped == state_.loopPoints || clamped.has_value() != loop.has_value()) return;
-    pushHistory(false);
+    pushHistory(currentSnapshot(false));
     set(&AudioEditorState::loopPoints, clamped, Change::loopPoints);
     state_.contentVersion = nextVersion_++;
 }
@@ -73,7 +90,7 @@ void AudioEditorModel::commitLoop(std::optional<FrameRange> loop) {
 void AudioEditorModel::commitSlices(std::vector<FrameRange> slices) {
     if (slices == state_.slices) return;
     const Batch batch(*this);
-    pushHistory(false);
+    pushHistory(currentSnapshot(false));
     setSlices(std::move(slices));
     state_.contentVersion = nextVersion_++;
 }
@@ -103,13 +120,20 @@ void AudioEditorModel::cancelLoopMove() {
 void AudioEditorModel::undo() {
     const Batch batch(*this);
     endLoopMove();
-    restore(history_.undo([this](bool withBuffer) { return currentSnapshot(withBuffer); }));
+    restore(history_.undo([this](const Snapshot &taken) { return counterpart(taken); }));
 }
 
 void AudioEditorModel::redo() {
     const Batch batch(*this);
     endLoopMove();
-    restore(history_.redo([this](bool withBuffer) { return currentSnapshot(withBuffer); }));
+    restore(history_.redo([this](const Snapshot &taken) { return counterpart(taken); }));
+}
+
+// Where the peaks come back with a sound, those of the present one go with it.
+Snapshot AudioEditorModel::counterpart(const Snapshot &taken) {
+    Snapshot snapshot = currentSnapshot(taken.buffer.has_value());
+    if (taken.peaks) snapshot.peaks = std::move(state_.peaks);
+    return snapshot;
 }
 
 void AudioEditorModel::restore(std::optional<Snapshot> snapshot) {
@@ -121,7 +145,8 @@ void AudioEditorModel::restore(std::optional<Snapshot> snapshot) {
     setSlices(std::move(snapshot->slices));
     set(&AudioEditorState::loopFindNotice, std::nullopt, Change::editLoop);
     if (snapshot->buffer)
-        install({std::move(*snapshot->buffer), std::nullopt, snapshot->cursor, snapshot->selection, snapshot->version});
+        install({std::move(*snapshot->buffer), std::move(snapshot->peaks), snapshot->cursor, snapshot->selection,
+                 snapshot->version});
     else
         state_.contentVersion = snapshot->version;
 }

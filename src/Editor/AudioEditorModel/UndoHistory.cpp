@@ -1,5 +1,6 @@
 #include "Editor/AudioEditorModel/UndoHistory.h"
 
+#include <algorithm>
 #include <numeric>
 
 namespace kiv {
@@ -9,14 +10,34 @@ std::int64_t Snapshot::bytes() const {
 }
 
 void UndoHistory::push(Snapshot snapshot) {
-    undo_.push_back(std::move(snapshot));
+    undo_.emplace_back(std::move(snapshot));
     redo_.clear();
     auto oldest = undo_.begin();
     if (undo_.size() > maxSteps) oldest += std::ptrdiff_t(undo_.size() - maxSteps);
     std::int64_t total = std::accumulate(oldest, undo_.end(), std::int64_t(0),
-                                         [](std::int64_t sum, const Snapshot &each) { return sum + each.bytes(); });
-    for (; undo_.end() - oldest >= 2 && total > maxBytes; ++oldest) total -= oldest->bytes();
+                                         [](std::int64_t sum, const Step &each) { return sum + each.bytes; });
+    for (; undo_.end() - oldest >= 2 && total > maxBytes; ++oldest) total -= oldest->bytes;
     undo_.erase(undo_.begin(), oldest);
+    letGo();
+}
+
+void UndoHistory::keepOnly(std::size_t undos, std::size_t redos) {
+    undosKept_ = undos;
+    redosKept_ = redos;
+    letGo();
+}
+
+// One undo leads to the state before its step, so the newest `undosKept_` are what undos can need; what those push can be
+// redone, and the other way round.
+void UndoHistory::letGo() {
+    const auto shorten = [](std::vector<Step> &steps, std::size_t kept) {
+        for (auto step = steps.begin(); steps.end() - step > std::ptrdiff_t(kept); ++step) {
+            if (step->snapshot.buffer) step->snapshot.buffer.emplace();
+            step->snapshot.peaks.reset();
+        }
+    };
+    shorten(undo_, undosKept_);
+    shorten(redo_, redosKept_);
 }
 
 void UndoHistory::clear() {

@@ -2,9 +2,11 @@
 
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "Editor/AudioEditorCore/AudioEditorBuffer.h"
+#include "Editor/AudioEditorCore/AudioEditorPeaks.h"
 
 namespace kiv {
 
@@ -17,6 +19,8 @@ struct Snapshot {
     std::vector<std::int64_t> markers;
     std::vector<FrameRange> slices;
     std::optional<FrameRange> loop;
+    // Of the buffer, where measuring them again would take long. A hundredth of it, and not counted.
+    std::optional<AudioEditorPeaks> peaks = {};
 
     // 4 bytes a sample of the buffer; positions do not count.
     std::int64_t bytes() const;
@@ -30,7 +34,8 @@ public:
     static constexpr std::int64_t maxBytes = 0x40000000;
 
     void push(Snapshot snapshot);
-    // Takes the newest off one stack and puts what makeCurrent(withBuffer) gives on the other. Nothing when it is empty.
+    // Takes the newest off one stack and puts on the other what makeCurrent gives for it: with a buffer exactly when it has
+    // one. Nothing when the stack is empty.
     template <class MakeCurrent>
     std::optional<Snapshot> undo(MakeCurrent makeCurrent) {
         return step(undo_, redo_, makeCurrent);
@@ -39,21 +44,33 @@ public:
     std::optional<Snapshot> redo(MakeCurrent makeCurrent) {
         return step(redo_, undo_, makeCurrent);
     }
+    // Says that from here on at most so many undos and redos will be asked for, as a script knows: the sounds that only more
+    // of them would bring back are let go. The stacks keep their depths and count the sounds as if they were still there.
+    void keepOnly(std::size_t undos, std::size_t redos);
     std::size_t undoDepth() const { return undo_.size(); }
     std::size_t redoDepth() const { return redo_.size(); }
     void clear();
 
 private:
+    struct Step {
+        explicit Step(Snapshot made) : snapshot(std::move(made)), bytes(snapshot.bytes()) {}
+        Snapshot snapshot;
+        std::int64_t bytes;
+    };
+
     template <class MakeCurrent>
-    static std::optional<Snapshot> step(std::vector<Snapshot> &from, std::vector<Snapshot> &to, MakeCurrent makeCurrent) {
+    std::optional<Snapshot> step(std::vector<Step> &from, std::vector<Step> &to, MakeCurrent makeCurrent) {
         if (from.empty()) return std::nullopt;
-        Snapshot snapshot = std::move(from.back());
+        Snapshot snapshot = std::move(from.back().snapshot);
         from.pop_back();
-        to.push_back(makeCurrent(snapshot.buffer.has_value()));
+        to.emplace_back(makeCurrent(std::as_const(snapshot)));
+        letGo();
         return snapshot;
     }
+    void letGo();
 
-    std::vector<Snapshot> undo_, redo_;
+    std::vector<Step> undo_, redo_;
+    std::size_t undosKept_ = maxSteps, redosKept_ = maxSteps;
 };
 
 }  // namespace kiv

@@ -3,21 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Editor/AudioEditorCore/AudioEditorOps.h"
 #include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Editor/Surfaces/DecibelText.h"
 
 namespace kiv {
 
 namespace {
-
-float largest(const AudioEditorBuffer &buffer, FrameRange range) {
-    float peak = 0;
-    buffer.forEachSpan(range, [&](std::span<const float> samples, FrameRange) {
-        for (float sample : samples)
-            if (std::fabs(sample) > peak) peak = std::fabs(sample);
-    });
-    return peak;
-}
 
 float largestOfBlocks(const AudioEditorPeaks &peaks, std::int64_t lo, std::int64_t hi) {
     float peak = 0;
@@ -33,10 +25,12 @@ float peakOfRange(const AudioEditorBuffer &buffer, const AudioEditorPeaks &peaks
     constexpr std::int64_t size = AudioEditorPeaks::blockSize;
     // The last block ends with the sound, so it is whole in a range that does.
     const std::int64_t first = (range.lo + size - 1) / size;
-    const std::int64_t end = range.hi == buffer.frames() ? peaks.blocks() : range.hi / size;
-    if (first >= end) return largest(buffer, range);
+    const std::int64_t whole = range.hi == buffer.frames() ? peaks.blocks() : range.hi / size;
+    const std::int64_t end = std::min(whole, peaks.looseFrom);
+    if (first >= end) return AudioEditorOps::peak(buffer, range);
     const FrameRange before{range.lo, first * size}, after{std::min(end * size, range.hi), range.hi};
-    return std::max({largest(buffer, before), largestOfBlocks(peaks, first, end), largest(buffer, after)});
+    return std::max(
+        {AudioEditorOps::peak(buffer, before), largestOfBlocks(peaks, first, end), AudioEditorOps::peak(buffer, after)});
 }
 
 LevelSlider levelSlider(Dialog dialog) {

@@ -16,7 +16,10 @@ SoundSource soundSource(const AudioEditorState &state, const WaveformRms &rms) {
 
 WaveformRms::WaveformRms(AudioEditorModel &model, Jobs &jobs) : model_(model), jobs_(jobs) {
     modelChanges_ = model.observers.add([this](const Changes &changes) {
-        if (changes.contains(Change::audio)) soundChanged();
+        if (changes.contains(Change::audio)) return soundChanged();
+        if (!changes.contains(Change::peaks)) return;
+        ++revision_;  // the columns are measured from both
+        completed.notify(*this);
     });
     soundChanged();
 }

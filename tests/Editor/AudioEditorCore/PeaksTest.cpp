@@ -100,6 +100,43 @@ TEST(Peaks, AfterRandomEditsTheIncrementalOnesEqualTheWhole) {
     }
 }
 
+bool covers(const AudioEditorPeaks &wide, const AudioEditorPeaks &exact) {
+    for (std::size_t c = 0; c < exact.mins.size(); ++c)
+        for (std::size_t b = 0; b < exact.mins[c].size(); ++b)
+            if (wide.mins[c][b] > exact.mins[c][b] || wide.maxs[c][b] < exact.maxs[c][b]) return false;
+    return wide.blocks() == exact.blocks();
+}
+
+TEST(Peaks, CarriedOverRandomEditsAreExactUpToTheLooseOnesWhichCoverTheExact) {
+    std::mt19937 chance(815);
+    int loose = 0;
+    for (const std::int64_t channels : {1, 2, 5}) {
+        AudioEditorBuffer buffer = noise(100'000, channels, 1);
+        AudioEditorPeaks peaks(buffer);
+        for (int round = 0; round < 300; ++round) {
+            const AudioEditorBuffer next = edited(buffer, chance);
+            peaks = AudioEditorPeaks::carried(next, buffer, std::move(peaks));
+            const AudioEditorPeaks whole(next);
+            ASSERT_TRUE(covers(peaks, whole)) << channels << " channels, round " << round;
+            const std::int64_t exact = std::min(peaks.looseFrom, peaks.blocks());
+            for (std::size_t c = 0; c < whole.mins.size(); ++c) {
+                ASSERT_TRUE(std::equal(whole.mins[c].begin(), whole.mins[c].begin() + exact, peaks.mins[c].begin())) << round;
+                ASSERT_TRUE(std::equal(whole.maxs[c].begin(), whole.maxs[c].begin() + exact, peaks.maxs[c].begin())) << round;
+            }
+            loose += !peaks.isExact();
+            if (chance() % 3 == 0) {
+                if (!peaks.isExact()) peaks.takeTail(peaks.measuredTail(next));
+                ASSERT_EQ(peaks, whole) << channels << " channels, round " << round;
+            }
+            buffer = next;
+            if (buffer.frames() >= 2000) continue;
+            buffer = AudioEditorOps::inserting(next, noise(80'000, channels, chance()), 0);
+            peaks = AudioEditorPeaks::carried(buffer, next, std::move(peaks));
+        }
+    }
+    EXPECT_GT(loose, 200);
+}
+
 // Old peaks that say something else show where they were taken over and where the sound was read again.
 TEST(Peaks, ReadOnlyWhatMayDiffer) {
     const AudioEditorBuffer before = noise(256 * 1000, 2, 1);
@@ -116,7 +153,9 @@ TEST(Peaks, ReadOnlyWhatMayDiffer) {
     EXPECT_EQ(readAgain(before), (FrameRange{1000, 0})) << "nothing";
     EXPECT_EQ(readAgain(AudioEditorOps::scaled(before, {25'600, 51'200}, 0.5)), (FrameRange{100, 200}));
     EXPECT_EQ(readAgain(AudioEditorOps::scaled(before, {25'599, 51'201}, 0.5)), (FrameRange{99, 201}));
-    EXPECT_EQ(readAgain(AudioEditorOps::removing(before, {128'000, 140'000})).lo, 500);
+    EXPECT_EQ(readAgain(AudioEditorOps::removing(before, {128'000, 140'000})), (FrameRange{500, 954})) << "all behind";
+    EXPECT_EQ(readAgain(AudioEditorOps::removing(before, {128'000, 140'800})), (FrameRange{950, 0})) << "whole blocks move";
+    EXPECT_EQ(readAgain(AudioEditorOps::removing(before, {128'100, 140'900})), (FrameRange{500, 501}));
     EXPECT_EQ(readAgain(before.atRate(8000)), (FrameRange{1000, 0}));
 }
 

@@ -1,4 +1,5 @@
 #include "Editor/AudioEditorModel/BackgroundEdits.h"
+#include "Editor/AudioEditorModel/BackgroundPeaks.h"
 
 #include <chrono>
 #include <random>
@@ -172,6 +173,40 @@ TEST_F(LongSound, AFailureIsToldAndLeavesNoTrace) {
     EXPECT_EQ(failures, 1);
     EXPECT_FALSE(background.isRunning());
     EXPECT_EQ(Trace(model), before);
+}
+
+TEST_F(LongSound, TakingALongEditBackMeasuresNothing) {
+    AudioEditorEdits::reverse(model);
+    jobs.runAll();
+    const auto values = [&] { return state().peaks.mins[0].data(); };
+    const float *reversed = values();
+    model.undo();
+    EXPECT_EQ(state().peaks, AudioEditorPeaks(buffer()));
+    const float *original = values();
+    model.redo();
+    EXPECT_EQ(values(), reversed) << "not the same values in the same place";
+    EXPECT_EQ(state().peaks, AudioEditorPeaks(buffer()));
+    model.undo();
+    EXPECT_EQ(values(), original);
+}
+
+TEST_F(LongSound, WhatACutMovesIsMeasuredLaterAndOnce) {
+    const BackgroundPeaks peaks(model, jobs);
+    const std::int64_t cut = 1001;
+    for (std::int64_t i = 1; i <= 3; ++i) {
+        model.select({500, 500 + cut});
+        AudioEditorEdits::deleteSelection(model);
+        EXPECT_FALSE(state().peaks.isExact());
+    }
+    told.clear();
+    jobs.runAll();
+    EXPECT_EQ(told, std::vector{bits({Change::peaks})});
+    EXPECT_EQ(state().peaks, AudioEditorPeaks(buffer()));
+    model.undo();
+    jobs.work();
+    model.undo();
+    jobs.runAll();
+    EXPECT_EQ(state().peaks, AudioEditorPeaks(buffer()));
 }
 
 // Real threads from here on.

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 #include "Editor/AudioEditorCore/TestSounds.h"
 
 namespace kiv {
@@ -28,7 +31,8 @@ AudioEditorBuffer repeated(int powerOfTwo) {
 
 std::vector<std::int64_t> undoVersions(UndoHistory history) {
     std::vector<std::int64_t> versions;
-    while (const auto snapshot = history.undo([](bool) { return position(-1); })) versions.push_back(snapshot->version);
+    while (const auto snapshot = history.undo([](const Snapshot &) { return position(-1); }))
+        versions.push_back(snapshot->version);
     return versions;
 }
 
@@ -90,9 +94,9 @@ TEST(UndoHistory, stepsCarryABufferExactlyWhenTheOneTakenDoes) {
     history.push(sound(0, noise(10, 1, 1)));
     history.push(position(1));
     std::vector<bool> asked;
-    const auto current = [&](bool withBuffer) {
-        asked.push_back(withBuffer);
-        return withBuffer ? sound(9, noise(20, 1, 2)) : position(9);
+    const auto current = [&](const Snapshot &taken) {
+        asked.push_back(taken.buffer.has_value());
+        return taken.buffer ? sound(9, noise(20, 1, 2)) : position(9);
     };
     history.undo(current);
     history.undo(current);
@@ -103,7 +107,7 @@ TEST(UndoHistory, stepsCarryABufferExactlyWhenTheOneTakenDoes) {
 
 TEST(UndoHistory, onlyAPushIsBoundedAndClearsTheRedos) {
     const AudioEditorBuffer tooMuch = repeated(29);
-    const auto current = [&](bool) { return sound(9, tooMuch); };
+    const auto current = [&](const Snapshot &) { return sound(9, tooMuch); };
     UndoHistory history;
     for (int i = 0; i < 3; ++i) history.push(position(i));
     for (int i = 0; i < 3; ++i) history.undo(current);
@@ -114,6 +118,49 @@ TEST(UndoHistory, onlyAPushIsBoundedAndClearsTheRedos) {
     history.push(position(7));
     EXPECT_EQ(history.redoDepth(), 0u);
     EXPECT_EQ(undoVersions(history), std::vector<std::int64_t>{7});
+}
+
+// What comes back of 20 random steps whose undos and redos are known beforehand is what an unlimited history gives.
+TEST(UndoHistory, keepingOnlyWhatAScriptCanNeedLosesNothingOfIt) {
+    enum class Act { edit, undo, redo };
+    std::mt19937 chance(3);
+    for (int round = 0; round < 200; ++round) {
+        std::vector<Act> script;
+        for (int i = 0; i < 20; ++i) script.push_back(Act(chance() % 3));
+        UndoHistory whole, lean;
+        Snapshot now[2] = {sound(0, noise(1, 1, 0)), sound(0, noise(1, 1, 0))};
+        for (std::size_t i = 0; i < script.size(); ++i) {
+            lean.keepOnly(std::size_t(std::count(script.begin() + std::ptrdiff_t(i), script.end(), Act::undo)),
+                          std::size_t(std::count(script.begin() + std::ptrdiff_t(i), script.end(), Act::redo)));
+            for (UndoHistory *history : {&whole, &lean}) {
+                Snapshot &current = now[history == &lean];
+                const auto counterpart = [&](const Snapshot &) { return current; };
+                if (script[i] == Act::edit) {
+                    history->push(current);
+                    current = sound(std::int64_t(i), noise(10, 1, std::uint32_t(i)));
+                } else if (auto back = script[i] == Act::undo ? history->undo(counterpart) : history->redo(counterpart)) {
+                    current = *back;
+                }
+            }
+            ASSERT_EQ(now[0].version, now[1].version);
+            ASSERT_TRUE(*now[0].buffer == *now[1].buffer) << "round " << round << ", step " << i;
+            ASSERT_EQ(whole.undoDepth(), lean.undoDepth());
+            ASSERT_EQ(whole.redoDepth(), lean.redoDepth());
+        }
+    }
+}
+
+TEST(UndoHistory, letsSoundsGoThatNobodyWillAskForButStillCountsThem) {
+    const AudioEditorBuffer half = repeated(27);
+    UndoHistory history;
+    history.keepOnly(1, 0);
+    history.push(sound(0, half));
+    history.push(sound(1, half));
+    history.push(sound(2, half));
+    EXPECT_EQ(history.undoDepth(), 2u);
+    const auto none = [](const Snapshot &) { return position(9); };
+    EXPECT_EQ(history.undo(none)->buffer->frames(), half.frames());
+    EXPECT_TRUE(history.undo(none)->buffer->isEmpty());
 }
 
 }  // namespace
