@@ -33,6 +33,16 @@ function(kiv_program name)
   endif()
 endfunction()
 
+# A module stands beside the programs, and exports nothing but its entry.
+function(kiv_module name)
+  cmake_parse_arguments(arg "" "FOLDER" "LINK" ${ARGN})
+  kiv_sources(sources ${CMAKE_SOURCE_DIR}/src ${arg_FOLDER})
+  add_library(${name} MODULE ${sources})
+  set_target_properties(${name} PROPERTIES PREFIX "" CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/src)
+  target_link_libraries(${name} PRIVATE ${arg_LINK})
+endfunction()
+
 # One test program a library, mirroring its folders under tests/.
 function(kiv_tests name)
   cmake_parse_arguments(arg "" "TIMEOUT" "FOLDERS;LINK;ENVIRONMENT" ${ARGN})

@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
 """Writes the seed corpus next to this script: small files, each of which shows a reader something that the others do not.
 Files that fuzzing found faults with are kept among them."""
+import math
 import struct
+import subprocess
+import tempfile
 from pathlib import Path
 
 HERE = Path(__file__).parent / "corpus"
@@ -85,7 +88,55 @@ def aiff_files():
     yield "silent", form(b"AIFF", comm(1, 0, 16))
 
 
-for folder, files in (("wav", wav_files()), ("aiff", aiff_files())):
+def made_by(tool, name, source):
+    """What a tool makes of a small WAV file: its words, in which IN and OUT stand for the files."""
+    with tempfile.TemporaryDirectory() as folder:
+        places = {"IN": f"{folder}/in.wav", "OUT": f"{folder}/{name}"}
+        Path(places["IN"]).write_bytes(source)
+        subprocess.run([places.get(word, word) for word in tool.split()], check=True, capture_output=True, cwd=folder)
+        return Path(places["OUT"]).read_bytes()
+
+
+def wave(channels, bits, frames=700, rate=8000):
+    samples = b"".join(struct.pack("<i", int(2**31 * math.sin(f * (c + 1) / 9) * 0.9))[4 - bits // 8:]
+                       for f in range(frames) for c in range(channels))
+    align = channels * bits // 8
+    return riff(le(b"fmt ", struct.pack("<HHIIHH", 1, channels, rate, rate * align, align, bits)), le(b"data", samples))
+
+
+def flac_files():
+    for bits in (8, 16, 24):
+        yield f"int{bits}", made_by("flac --silent -o OUT IN", "a.flac", wave(2, bits))
+    yield "tags", made_by("flac --silent --tag=TITLE=x --padding=50 -o OUT IN", "a.flac", wave(1, 16))
+    yield "wide", made_by("flac --silent --channel-map=none -o OUT IN", "a.flac", wave(1, 32, 200))
+    whole = made_by("flac --silent -b 192 -o OUT IN", "a.flac", wave(1, 16))
+    yield "cut", whole[:-100]
+    yield "tailed", whole + b"TAG" + bytes(125)
+    yield "headed", b"ID3\x04\0\0\0\0\0\x0a" + bytes(10) + whole
+
+
+def sndfile_files():
+    for name, rate in (("a.ogg", 8000), ("a.caf", 8000), ("a.au", 8000), ("a.w64", 8000), ("a.mp3", 44100)):
+        yield name.replace(".", "-"), made_by("ffmpeg -y -i IN OUT", name, wave(1, 16, 700, rate))
+    yield "opus", made_by("ffmpeg -y -i IN OUT", "a.opus", wave(1, 16, 700, 48000))
+    yield "rf64", made_by("ffmpeg -y -i IN -rf64 always OUT", "a.wav", wave(2, 16))
+    yield "adpcm", made_by("ffmpeg -y -i IN -c:a adpcm_ms OUT", "a.wav", wave(2, 16))
+    yield "alaw", made_by("ffmpeg -y -i IN -c:a pcm_alaw OUT", "a.aiff", wave(2, 16))
+    yield "double", made_by("ffmpeg -y -i IN -c:a pcm_f64be OUT", "a.caf", wave(2, 16))
+
+
+def ffmpeg_files():
+    for name, codec in (("a.m4a", "aac"), ("b.m4a", "alac"), ("a.wv", "wavpack"), ("a.wma", "wmav2"), ("a.tta", "tta")):
+        yield name.replace(".", "-"), made_by(f"ffmpeg -y -i IN -c:a {codec} OUT", name, wave(2, 16, 700, 44100))
+
+
+def round_trip_inputs():
+    for bits in (0, 4, 12, 16, 20, 21, 28):
+        yield f"depth{4 + bits}", bytes([bits, bits % 8, 10, 196, 64 | bits % 16, bits]) + bytes(i * 37 & 255 for i in range(90))
+
+
+for folder, files in (("wav", wav_files()), ("aiff", aiff_files()), ("flac", flac_files()), ("sndfile", sndfile_files()),
+                      ("ffmpeg", ffmpeg_files()), ("round-trip", round_trip_inputs())):
     (HERE / folder).mkdir(parents=True, exist_ok=True)
     for name, content in files:
         (HERE / folder / f"{name}.{folder}").write_bytes(content)

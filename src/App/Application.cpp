@@ -104,7 +104,7 @@ void Application::connectController(DocumentWindowController &controller) {
 }
 
 void Application::openFile(const std::string &path) {
-    const WindowServices services{{*files_, jobs_, settings_, clipboard_, &playback_}, style_, shortcuts_};
+    const WindowServices services{{*files_, jobs_, settings_, clipboard_, &playback_, &decoders_}, style_, shortcuts_};
     auto *controller = documents_.emplace_back(std::make_unique<DocumentWindowController>(services)).get();
     connectController(*controller);
     // The program may not end with another window before this one is there.

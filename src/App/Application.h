@@ -14,6 +14,7 @@
 #include "Platform/Linux/FileDefaults.h"
 #include "Platform/Linux/LinuxFileSystem.h"
 #include "Platform/Linux/LinuxSystemLog.h"
+#include "Platform/Linux/ModuleDecoders.h"
 #include "Platform/Linux/PulseAudioOutput.h"
 #include "Platform/Qt/QtAppearance.h"
 #include "Platform/Qt/QtMainLoop.h"
@@ -52,6 +53,7 @@ private:
     QtMainLoop mainLoop_;
     LinuxFileSystem fileSystem_;
     std::unique_ptr<Files> files_;
+    ModuleDecoders decoders_;
     ThreadJobs jobs_;
     PulseAudioOutput output_;
     PlaybackEngine playback_;

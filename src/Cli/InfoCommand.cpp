@@ -117,7 +117,8 @@ std::string asText(const std::string &path, const Summary &summary) {
     const AudioFileContents &contents = summary.contents;
     const AudioEditorBuffer &buffer = contents.buffer;
     const AudioFileEditorPositions shown = editorPositions(contents);
-    std::string text = path + "\n  " + contents.format.typeName + ", " + contents.format.bitsDescription + ", " +
+    std::string text = path + "\n  " + contents.format.typeName + ", " +
+                       (contents.format.bitsDescription.empty() ? "" : contents.format.bitsDescription + ", ") +
                        rateText(contents.format.sampleRate) + ", " + std::to_string(buffer.channels()) +
                        (buffer.channels() == 1 ? " channel\n" : " channels\n");
     text += "  length   " + std::to_string(summary.frames) + " frames, " +

@@ -27,13 +27,15 @@ Result resultOf(const DocumentServices &services, const std::string &path, Read 
 }  // namespace
 
 AudioFileContents readNow(const DocumentServices &services, const std::string &path) {
-    return resultOf<AudioFileContents>(
-        services, path, [&](Progress &progress) { return readAudioFile(services.files, path, progress).contents; });
+    return resultOf<AudioFileContents>(services, path, [&](Progress &progress) {
+        return readAudioFile(services.files, services.decoders, path, progress).contents;
+    });
 }
 
 AudioFileCodec::AudioFileSummary summarizeNow(const DocumentServices &services, const std::string &path) {
-    return resultOf<AudioFileCodec::AudioFileSummary>(services, path,
-                                                      [&](Progress &) { return summarizeAudioFile(services.files, path); });
+    return resultOf<AudioFileCodec::AudioFileSummary>(services, path, [&](Progress &progress) {
+        return summarizeAudioFile(services.files, services.decoders, path, progress);
+    });
 }
 
 }  // namespace kiv::Cli

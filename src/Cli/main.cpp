@@ -8,6 +8,7 @@
 #include "Cli/Steps.h"
 #include "Platform/Fake/FakeDefaults.h"
 #include "Platform/Linux/LinuxFileSystem.h"
+#include "Platform/Linux/ModuleDecoders.h"
 
 namespace kiv::Cli {
 
@@ -32,9 +33,10 @@ struct World {
     Clipboard clipboard;
     LinuxFileSystem fileSystem;
     std::unique_ptr<Files> files = makeFiles(fileSystem);
+    ModuleDecoders decoders;
     ConsoleJobs jobs;
 
-    DocumentServices services() { return {*files, jobs, settings, clipboard}; }
+    DocumentServices services() { return {*files, jobs, settings, clipboard, nullptr, &decoders}; }
 };
 
 struct Perform {

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Document/AudioFileReading.h"
+#include "Document/AudioFileWriting.h"
 
 namespace kiv {
 
@@ -136,8 +137,8 @@ void AudioDocument::load(const std::string &path, std::function<void(std::shared
     const auto loaded = std::make_shared<Loaded>();
     startWork(
         Work::reading,
-        [&files = services_.files, path, loaded](Progress &progress) {
-            loaded->file = readAudioFile(files, path, progress);
+        [&files = services_.files, decoders = services_.decoders, path, loaded](Progress &progress) {
+            loaded->file = readAudioFile(files, decoders, path, progress);
             loaded->peaks = AudioEditorPeaks(loaded->file.contents.buffer);
         },
         [this, loaded, done = std::move(done)](std::exception_ptr failure) {
@@ -236,12 +237,11 @@ void AudioDocument::runSave(const std::string &path, IfChanged ifChanged, std::f
     saving->loop = state.loopPoints;
     startWork(
         Work::saving,
-        [&files = services_.files, saving](Progress &progress) {
+        [&files = services_.files, decoders = services_.decoders, saving](Progress &progress) {
             Saving &s = *saving;
             if (hasChanged(files, s.path, s.expected)) throw ChangedOnDisk();
             s.contents = withLoop(withEditorPositions(std::move(s.contents), s.markers, s.loop), s.loop);
-            const auto image = AudioFileCodec::nativeImage(s.contents);
-            files.replace(s.path, [&](ByteSink &sink) { image.writeTo(sink, &progress); });
+            writeAudioFile(files, decoders, s.path, s.contents, progress);
             s.written = identityIfKnown(files, s.path);
             s.contents = asWritten(std::move(s.contents));
         },

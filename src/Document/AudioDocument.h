@@ -14,6 +14,7 @@
 #include "Editor/AudioEditorModel/BackgroundEdits.h"
 #include "Editor/AudioEditorModel/BackgroundPeaks.h"
 #include "Editor/Surfaces/PlayheadFollower.h"
+#include "Platform/DecodedReader.h"
 #include "Platform/Files.h"
 #include "Platform/Jobs.h"
 
@@ -26,6 +27,7 @@ struct DocumentServices {
     Settings &settings;
     Clipboard &clipboard;
     PlaybackEngine *playback = nullptr;  // none: nothing is played
+    DecodedReader *decoders = nullptr;   // none: only WAV and AIFF are read
 };
 
 // One open sound file: reads it, owns its model, plays it and saves it over itself. Main thread only; reading and writing run

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "Audio/Files/AudioFileCodec.h"
+#include "Document/DecodedFile.h"
 
 namespace kiv {
 
@@ -19,12 +20,10 @@ struct Signature {
 };
 
 constexpr std::array signatures{
-    Signature{0, "fLaC", "FLAC"},   Signature{0, "caff", "CAF"},
-    Signature{0, "OggS", "Ogg"},    Signature{0, "ID3", "MP3"},
-    Signature{0, "RF64", "RF64"},   Signature{0, "BW64", "BW64"},
-    Signature{0, "riff", "Wave64"}, Signature{0, ".snd", "AU"},
-    Signature{0, "MThd", "MIDI"},   Signature{0, "\x1A\x45\xDF\xA3", "Matroska"},
-    Signature{4, "ftyp", "MPEG-4"},
+    Signature{0, "fLaC", "FLAC"}, Signature{0, "caff", "CAF"},    Signature{0, "OggS", "Ogg"},
+    Signature{0, "ID3", "MP3"},   Signature{0, "RF64", "RF64"},   Signature{0, "BW64", "BW64"},
+    Signature{0, "RIFX", "RIFX"}, Signature{0, "riff", "Wave64"}, Signature{0, ".snd", "AU"},
+    Signature{0, "MThd", "MIDI"}, Signature{4, "ftyp", "MPEG-4"}, Signature{0, "\x1A\x45\xDF\xA3", "Matroska"},
 };
 
 // An MPEG audio frame without a tag before it: eleven bits set, a layer, and a bit rate that is none of the forbidden ones.
@@ -58,20 +57,23 @@ std::unique_ptr<ByteSource> opened(Files &files, const std::string &path) {
 
 }  // namespace
 
-AudioFileOnDisk readAudioFile(Files &files, const std::string &path, Progress &progress) {
+AudioFileOnDisk readAudioFile(Files &files, DecodedReader *decoders, const std::string &path, Progress &progress) {
     const auto recovery = files.recoverInterrupted(path);
     // The identity comes first: a file that changes while it is read then counts as changed.
     const auto identity = files.identity(path);
     const auto source = opened(files, path);
     auto contents = AudioFileCodec::readNative(*source, &progress);
+    if (!contents && decoders) contents = readDecoded(*decoders, *source, path, progress);
     if (!contents) refuse(*source);
     return {std::move(*contents), identity, recovery};
 }
 
-AudioFileCodec::AudioFileSummary summarizeAudioFile(Files &files, const std::string &path) {
+AudioFileCodec::AudioFileSummary summarizeAudioFile(Files &files, DecodedReader *decoders, const std::string &path,
+                                                    Progress &progress) {
     files.recoverInterrupted(path);
     const auto source = opened(files, path);
     auto summary = AudioFileCodec::summarizeNative(*source);
+    if (!summary && decoders) summary = summarizeDecoded(*decoders, *source, path, progress);
     if (!summary) refuse(*source);
     return std::move(*summary);
 }

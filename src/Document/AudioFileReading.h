@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Audio/Files/AudioFileCodec.h"
+#include "Platform/DecodedReader.h"
 #include "Platform/Files.h"
 #include "Support/Progress.h"
 
@@ -16,12 +17,14 @@ struct AudioFileOnDisk {
     Files::Recovery recovery = Files::Recovery::notNeeded;
 };
 
-// The sound file at a path, put back before where a save was interrupted. Blocks; any thread but the main and audio threads.
-// Throws AudioFileError, std::system_error and Cancelled.
-AudioFileOnDisk readAudioFile(Files &files, const std::string &path, Progress &progress);
+// The sound file at a path, put back before where a save was interrupted. What is not WAV or AIFF goes to the decoders, if
+// there are any: which it is, its contents say and not its name. Blocks; any thread but the main and audio threads. Throws
+// AudioFileError, std::system_error and Cancelled.
+AudioFileOnDisk readAudioFile(Files &files, DecodedReader *decoders, const std::string &path, Progress &progress);
 
-// The same without the samples, which is quick however long the sound.
-AudioFileCodec::AudioFileSummary summarizeAudioFile(Files &files, const std::string &path);
+// The same without the samples, which is quick for all files that tell their length for certain.
+AudioFileCodec::AudioFileSummary summarizeAudioFile(Files &files, DecodedReader *decoders, const std::string &path,
+                                                    Progress &progress);
 
 // What the user is told of a failed reading or writing: one line.
 std::string errorText(std::exception_ptr failure);

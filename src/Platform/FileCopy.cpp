@@ -41,6 +41,10 @@ void pour(FileSystem::File &file, const Produce &produce, std::size_t blockBytes
     sink.flush();
 }
 
+void checkFile(FileSystem &fileSystem, const std::string &path, const Check &check) {
+    if (check) check(*fileSystem.open(path));
+}
+
 Produce contentsOf(FileSystem &fileSystem, const std::string &path, std::size_t blockBytes) {
     return [&fileSystem, path, blockBytes](ByteSink &sink) {
         const auto source = fileSystem.open(path);

@@ -10,9 +10,13 @@
 namespace kiv {
 
 using Produce = std::function<void(ByteSink &)>;
+using Check = std::function<void(const ByteSource &)>;  // none: nothing is checked
 
 // Writes to the file what `produce` makes, in blocks, since every write costs a call to the kernel.
 void pour(FileSystem::File &file, const Produce &produce, std::size_t blockBytes);
+
+// Has the file at `path` checked.
+void checkFile(FileSystem &fileSystem, const std::string &path, const Check &check);
 
 // Copies the whole file at `path` into a sink, as a Produce.
 Produce contentsOf(FileSystem &fileSystem, const std::string &path, std::size_t blockBytes);

@@ -12,7 +12,9 @@ public:
 
     std::unique_ptr<ByteSource> open(const std::string &path) override { return fileSystem_.open(path); }
     std::optional<FileSystem::Identity> identity(const std::string &path) override { return fileSystem_.identity(path); }
-    void replace(const std::string &path, const Produce &produce) override { replaceSafely(fileSystem_, path, produce); }
+    void replace(const std::string &path, const Produce &produce, const Check &check) override {
+        replaceSafely(fileSystem_, path, produce, 1 << 20, check);
+    }
     Recovery recoverInterrupted(const std::string &path) override { return recoverInPlace(fileSystem_, path); }
 
 private:

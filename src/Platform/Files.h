@@ -21,8 +21,10 @@ public:
     // Writes a whole file and puts it in the place of the one at `path`, or makes it new there. Until the new one is safely on
     // the disk the old one is there, whole, whatever fails or dies. Symbolic links are followed; the new file has the old one's
     // mode, owner (where allowed), extended attributes and access lists. `produce` writes the bytes and may throw, after which
-    // all is as before; it is called once, and may read the old file.
-    virtual void replace(const std::string &path, const std::function<void(ByteSink &)> &produce) = 0;
+    // all is as before; it is called once, and may read the old file. `check` is then given the new file, whole and on the
+    // disk, and may throw as well.
+    virtual void replace(const std::string &path, const std::function<void(ByteSink &)> &produce,
+                         const std::function<void(const ByteSource &)> &check = {}) = 0;
 
     // To be called before a file is opened. Where a replacement had to be written over the old file in place and died on the
     // way, puts the old file back, whole. A file that anybody has written to since is left alone.

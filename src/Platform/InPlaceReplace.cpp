@@ -197,10 +197,10 @@ public:
           blockBytes_(blockBytes),
           file_(hold(fileSystem, target)) {}
 
-    void replace(const Produce &produce) {
+    void replace(const Produce &produce, const Check &check) {
         settle(*file_, fileSystem_, target_, copies_, blockBytes_);
         discard(fileSystem_, copies_);
-        makeCopies(produce);
+        makeCopies(produce, check);
         try {
             writeOver(*file_, fileSystem_, copies_.newFile, blockBytes_);
         } catch (const std::exception &error) {
@@ -211,13 +211,14 @@ public:
     }
 
 private:
-    void makeCopies(const Produce &produce) {
+    void makeCopies(const Produce &produce, const Check &check) {
         try {
             fileSystem_.makeFolders(copies_.folder);
             // An old copy of an earlier save must not come back beside the new copy of this one.
             fileSystem_.syncFolder(copies_.folder);
             const auto before = fileSystem_.identity(target_);
             const auto next = writeCopy(fileSystem_, copies_.newFile, produce, blockBytes_);
+            checkFile(fileSystem_, copies_.newFile, check);
             const auto old =
                 writeCopy(fileSystem_, copies_.oldUnfinished, contentsOf(fileSystem_, target_, blockBytes_), blockBytes_);
             requireUnchanged(fileSystem_, target_, before);
@@ -238,8 +239,9 @@ private:
 
 }  // namespace
 
-void replaceInPlace(FileSystem &fileSystem, const std::string &target, const Produce &produce, std::size_t blockBytes) {
-    InPlace(fileSystem, target, blockBytes).replace(produce);
+void replaceInPlace(FileSystem &fileSystem, const std::string &target, const Produce &produce, std::size_t blockBytes,
+                    const Check &check) {
+    InPlace(fileSystem, target, blockBytes).replace(produce, check);
 }
 
 Recovery recoverInPlace(FileSystem &fileSystem, const std::string &path, std::size_t blockBytes) {

@@ -14,7 +14,8 @@
 namespace kiv {
 
 // `target` is an existing regular file, as resolved.
-void replaceInPlace(FileSystem &fileSystem, const std::string &target, const Produce &produce, std::size_t blockBytes);
+void replaceInPlace(FileSystem &fileSystem, const std::string &target, const Produce &produce, std::size_t blockBytes,
+                    const Check &check = {});
 
 Files::Recovery recoverInPlace(FileSystem &fileSystem, const std::string &path, std::size_t blockBytes = 1 << 20);
 

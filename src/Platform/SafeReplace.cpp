@@ -96,15 +96,17 @@ void syncFolderAfterwards(FileSystem &fileSystem, const std::string &folder) {
 
 }  // namespace
 
-void replaceSafely(FileSystem &fileSystem, const std::string &path, const Produce &produce, std::size_t blockBytes) {
+void replaceSafely(FileSystem &fileSystem, const std::string &path, const Produce &produce, std::size_t blockBytes,
+                   const Check &check) {
     const std::string target = fileSystem.resolve(path);
     const auto before = fileSystem.identity(target);
     requirePlainFile(fileSystem, target, before);
     const auto beside = makeBeside(fileSystem, target, before);
-    if (!beside) return replaceInPlace(fileSystem, target, produce, blockBytes);
+    if (!beside) return replaceInPlace(fileSystem, target, produce, blockBytes, check);
     pour(beside->file(), produce, blockBytes);
     if (before) fileSystem.copyAttributes(target, beside->path());
     beside->file().sync();
+    checkFile(fileSystem, beside->path(), check);
     requireUnchanged(fileSystem, target, before);
     if (putInPlace(*beside, target, before))
         syncFolderAfterwards(fileSystem, folderOf(target));

@@ -14,6 +14,7 @@
 // backups share unchanged files, and a save must not reach into a backup.
 namespace kiv {
 
-void replaceSafely(FileSystem &fileSystem, const std::string &path, const Produce &produce, std::size_t blockBytes = 1 << 20);
+void replaceSafely(FileSystem &fileSystem, const std::string &path, const Produce &produce, std::size_t blockBytes = 1 << 20,
+                   const Check &check = {});
 
 }  // namespace kiv

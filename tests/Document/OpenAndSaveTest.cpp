@@ -98,8 +98,9 @@ public:
     explicit RestoringFiles(Files &files) : files_(files) {}
     std::unique_ptr<ByteSource> open(const std::string &path) override { return files_.open(path); }
     std::optional<FileSystem::Identity> identity(const std::string &path) override { return files_.identity(path); }
-    void replace(const std::string &path, const std::function<void(ByteSink &)> &produce) override {
-        files_.replace(path, produce);
+    void replace(const std::string &path, const std::function<void(ByteSink &)> &produce,
+                 const std::function<void(const ByteSource &)> &check) override {
+        files_.replace(path, produce, check);
     }
     Recovery recoverInterrupted(const std::string &) override { return Recovery::restored; }
 

@@ -7,6 +7,7 @@
 
 #include "Audio/Files/AiffReader.h"
 #include "Audio/Files/ByteFields.h"
+#include "Audio/Files/FlacMetadata.h"
 #include "Audio/Files/SampleEncoding.h"
 #include "Audio/Files/SampleResidue.h"
 #include "Audio/Files/SourceReader.h"
@@ -79,6 +80,14 @@ AudioFileImage nativeImage(const AudioFileContents &contents) {
     return contents.format.container == AudioContainer::wav ? wavImage(contents) : aiffImage(contents);
 }
 
+AudioFileImage fileImage(const AudioFileContents &contents) {
+    const bool isFlac = contents.decodedSetting(formatIdentifierKey) == "flac";
+    if (contents.format.container != AudioContainer::coreAudio || !isFlac) return nativeImage(contents);
+    return flacImage(contents, std::stoi(contents.decodedSetting(bitDepthKey)));
+}
+
+std::vector<FlacMetadataBlock> flacMetadata(const ByteSource &source) { return readFlacMetadata(SourceReader(source)); }
+
 Bytes patched(const AudioFileChunk &chunk, const std::vector<std::int64_t> &positions) {
     Bytes data = chunk.data;
     for (const AudioFilePositionField &field : chunk.fields) {
@@ -104,6 +113,7 @@ void encodeSamples(const AudioEditorBuffer &buffer, FrameRange range, const Audi
 AudioFileContents bareContents(AudioEditorBuffer buffer, const AudioFileContents &contents) {
     AudioFileContents bare;
     bare.format = contents.format;
+    bare.coreAudioSettings = contents.coreAudioSettings;
     bare.buffer = std::move(buffer);
     for (const AudioFileChunk &chunk : contents.chunks) {
         const auto sameId = [&](const AudioFileChunk &kept) { return kept.id == chunk.id; };

@@ -31,6 +31,10 @@ struct AudioFileSummary {
 };
 std::optional<AudioFileSummary> summarizeNative(const ByteSource &source);
 
+// The metadata blocks of a FLAC file that stay true when its audio changes: applications' own, tags, pictures. Nothing for
+// other files.
+std::vector<FlacMetadataBlock> flacMetadata(const ByteSource &source);
+
 // Throws AudioFileError `unsupported`, which names the kind of samples, for a WAV, AIFF or AIFC file whose samples are not
 // ours.
 void throwIfUnsupported(const ByteSource &source);
@@ -40,6 +44,11 @@ void throwIfUnsupported(const ByteSource &source);
 AudioFileImage wavImage(const AudioFileContents &contents);
 AudioFileImage aiffImage(const AudioFileContents &contents);
 AudioFileImage nativeImage(const AudioFileContents &contents);  // by container
+// A FLAC file of 4 to 32 bits with the metadata blocks of the contents; its audio is not compressed. Throws AudioFileError
+// `writeCheckFailed` for what FLAC cannot hold: more than 8 channels, or rates above 1,048,575 Hz.
+AudioFileImage flacImage(const AudioFileContents &contents, int bits);
+// The file in the contents' own format, whichever that is. Throws as these do, and `unsupported` where there is no writer.
+AudioFileImage fileImage(const AudioFileContents &contents);
 
 // The chunk's payload with every position field rewritten. A field whose index is not in positions, or that does not fit into
 // the payload, is passed over; values are clamped to 0 … 0xFFFFFFFF.

@@ -61,10 +61,13 @@ std::string AudioSampleEncoding::description() const {
 }
 
 bool AudioFileContents::canSaveInPlace() const {
-    static constexpr std::array<std::string_view, 3> onlyRead{".mp1", ".mp2", ".mp3"};
-    if (format.container != AudioContainer::coreAudio || !coreAudioSettings) return true;
-    const auto identifier = coreAudioSettings->find(formatIdentifierKey);
-    return identifier == coreAudioSettings->end() || !isOneOf(onlyRead, identifier->second);
+    return format.container != AudioContainer::coreAudio || decodedSetting(formatIdentifierKey) == "flac";
+}
+
+std::string AudioFileContents::decodedSetting(const char *key) const {
+    if (!coreAudioSettings) return "";
+    const auto entry = coreAudioSettings->find(key);
+    return entry == coreAudioSettings->end() ? "" : entry->second;
 }
 
 AudioFileEditorPositions editorPositions(const AudioFileContents &contents) {

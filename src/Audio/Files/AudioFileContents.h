@@ -83,6 +83,7 @@ struct FlacMetadataBlock {
 
 // The entry of coreAudioSettings that says what the file is, as four characters: ".mp3", "flac".
 inline constexpr const char *formatIdentifierKey = "formatIdentifier";
+inline constexpr const char *bitDepthKey = "bitDepth";  // of its samples; 0: they have none that comes back exactly
 
 struct AudioFileContents {
     AudioFileFormat format;
@@ -96,7 +97,10 @@ struct AudioFileContents {
     std::vector<FlacMetadataBlock> flacMetadata;
     Bytes trailing;  // what stands behind the last chunk and is none; written back as it is
 
+    // Whether it can be written back in its own format with nothing lost. Of decoded files only FLAC can.
     bool canSaveInPlace() const;
+    // The entry of coreAudioSettings; empty when there is none.
+    std::string decodedSetting(const char *key) const;
 };
 
 // What the editor shows of the positions: the loop's frames, and all other positions in their order.

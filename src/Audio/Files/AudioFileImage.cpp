@@ -4,15 +4,14 @@
 #include <span>
 #include <utility>
 
-#include "Audio/Files/AudioFileCodec.h"
 #include "Support/Parallel.h"
 
 namespace kiv::AudioFileCodec {
 namespace {
 
-// What one core encodes at a time, and what is written at a time.
-constexpr std::int64_t blockBytes = std::int64_t(1) << 18;
-constexpr std::int64_t batchBytes = 16 * blockBytes;
+// Blocks that are encoded side by side before they are written.
+constexpr std::int64_t batchBlocks = 16;
+constexpr std::int64_t stepBytes = std::int64_t(1) << 22;
 
 // Writes and counts. A wish to cancel is heard between two writes.
 class CountingSink {
@@ -26,8 +25,8 @@ public:
     }
 
     void writeInSteps(std::span<const std::byte> bytes) {
-        for (; bytes.size() > std::size_t(batchBytes); bytes = bytes.subspan(std::size_t(batchBytes)))
-            write(bytes.first(std::size_t(batchBytes)));
+        for (; bytes.size() > std::size_t(stepBytes); bytes = bytes.subspan(std::size_t(stepBytes)))
+            write(bytes.first(std::size_t(stepBytes)));
         write(bytes);
     }
 
@@ -39,8 +38,7 @@ private:
 // Two batches take turns: while one is written by one core, the others encode the next.
 class SamplePipeline {
 public:
-    SamplePipeline(const AudioEditorBuffer &buffer, const AudioSampleEncoding &encoding)
-        : buffer_(buffer), encoding_(encoding), frameBytes_(buffer.channels() * encoding.bytes) {}
+    explicit SamplePipeline(const SampleCoder &samples) : samples_(samples), grain_(samples.blockFrames()) {}
 
     void writeTo(CountingSink &sink) {
         for (FrameRange next = framesAfter(0); !writing_.empty() || !next.isEmpty(); next = framesAfter(next.hi)) {
@@ -51,27 +49,23 @@ public:
 
 private:
     FrameRange framesAfter(std::int64_t frame) const {
-        const std::int64_t count = std::max<std::int64_t>(batchBytes / frameBytes_, 1);
-        return {frame, std::min(frame + count, buffer_.frames())};
+        return {frame, std::min(frame + batchBlocks * grain_, samples_.frames())};
     }
 
     // The first of them writes, the others encode.
     void encodeWhileWriting(FrameRange range, CountingSink &sink) {
-        const std::int64_t grain = std::max<std::int64_t>(blockBytes / frameBytes_, 1);
-        const std::int64_t blocks = (range.count() + grain - 1) / grain;
-        encoded_.resize(std::size_t(range.count() * frameBytes_));
+        const std::int64_t blocks = (range.count() + grain_ - 1) / grain_;
+        encoded_.resize(std::size_t(samples_.size(range)));
         parallelFor(blocks + 1, 1, [&](std::int64_t part, std::int64_t) {
             if (part == 0) return sink.write(writing_);
-            const FrameRange block{range.lo + (part - 1) * grain, std::min(range.lo + part * grain, range.hi)};
-            const auto out = std::span(encoded_).subspan(std::size_t((block.lo - range.lo) * frameBytes_),
-                                                         std::size_t(block.count() * frameBytes_));
-            encodeSamples(buffer_, block, encoding_, out);
+            const FrameRange block{range.lo + (part - 1) * grain_, std::min(range.lo + part * grain_, range.hi)};
+            const auto behind = std::span(encoded_).subspan(std::size_t(samples_.size({range.lo, block.lo})));
+            samples_.encode(block, behind.first(std::size_t(samples_.size(block))));
         });
     }
 
-    const AudioEditorBuffer &buffer_;
-    const AudioSampleEncoding &encoding_;
-    const std::int64_t frameBytes_;
+    const SampleCoder &samples_;
+    const std::int64_t grain_;
     Bytes writing_, encoded_;
 };
 
@@ -88,11 +82,11 @@ private:
 
 }  // namespace
 
-AudioFileImage::AudioFileImage(std::vector<Piece> pieces, AudioEditorBuffer buffer, AudioSampleEncoding encoding)
-    : pieces_(std::move(pieces)), buffer_(std::move(buffer)), encoding_(encoding) {}
+AudioFileImage::AudioFileImage(std::vector<Piece> pieces, std::shared_ptr<const SampleCoder> samples)
+    : pieces_(std::move(pieces)), samples_(std::move(samples)) {}
 
 std::int64_t AudioFileImage::size() const {
-    const std::int64_t sampleBytes = buffer_.frames() * buffer_.channels() * encoding_.bytes;
+    const std::int64_t sampleBytes = samples_->size({0, samples_->frames()});
     std::int64_t total = 0;
     for (const Piece &piece : pieces_) total += std::int64_t(piece.bytes.size()) + (piece.samples ? sampleBytes : 0);
     return total;
@@ -103,7 +97,7 @@ void AudioFileImage::writeTo(ByteSink &sink, Progress *progress) const {
     CountingSink counting(sink, progress);
     for (const Piece &piece : pieces_) {
         counting.writeInSteps(piece.bytes);
-        if (piece.samples) SamplePipeline(buffer_, encoding_).writeTo(counting);
+        if (piece.samples) SamplePipeline(*samples_).writeTo(counting);
     }
 }
 

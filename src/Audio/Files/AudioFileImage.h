@@ -2,9 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "Audio/Files/AudioFileContents.h"
+#include "Audio/Files/SampleCoder.h"
 #include "Support/ByteSource.h"
 #include "Support/Progress.h"
 
@@ -19,7 +21,7 @@ public:
         bool samples = false;  // then the encoded samples follow
     };
 
-    AudioFileImage(std::vector<Piece> pieces, AudioEditorBuffer buffer, AudioSampleEncoding encoding);
+    AudioFileImage(std::vector<Piece> pieces, std::shared_ptr<const SampleCoder> samples);
 
     std::int64_t size() const;
     // Encodes on all cores in blocks and writes in order, one write at a time but not all from the calling thread. Counts the
@@ -30,8 +32,7 @@ public:
 
 private:
     std::vector<Piece> pieces_;
-    AudioEditorBuffer buffer_;
-    AudioSampleEncoding encoding_;
+    std::shared_ptr<const SampleCoder> samples_;
 };
 
 }  // namespace kiv::AudioFileCodec

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <utility>
 
 #include "Audio/Files/AudioFileError.h"
 #include "Audio/Files/ByteFields.h"
+#include "Audio/Files/PcmSamples.h"
 
 namespace kiv {
 namespace {
@@ -47,7 +49,7 @@ AudioFileCodec::AudioFileImage FormBuilder::finish() {
     for (const auto &piece : pieces_) total += std::int64_t(piece.bytes.size());
     if (total - formHeader > largestSize) throw AudioFileError::tooLarge();
     putWord(std::span(pieces_.front().bytes), formSize, order_, std::uint32_t(total - formHeader));
-    return {std::move(pieces_), contents_.buffer, *contents_.format.encoding};
+    return {std::move(pieces_), std::make_shared<PcmSamples>(contents_.buffer, *contents_.format.encoding)};
 }
 
 // A size that does not fit here makes the form too large as well, which finish() finds.

@@ -7,7 +7,9 @@
 namespace kiv {
 
 const QStringList &audioExtensions() {
-    static const QStringList extensions{"wav", "wave", "aif", "aiff", "aifc"};
+    static const QStringList extensions{"wav", "wave", "bwf",  "rf64", "w64", "aif",  "aiff", "aifc", "caf", "au",
+                                        "snd", "voc",  "flac", "oga",  "ogg", "opus", "mp3",  "mp2",  "mp1", "m4a",
+                                        "m4b", "mp4",  "aac",  "wma",  "wv",  "ape",  "tta",  "ac3",  "mka"};
     return extensions;
 }
 

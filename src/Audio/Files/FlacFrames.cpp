@@ -1,0 +1,244 @@
+#include "Audio/Files/FlacFrames.h"
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <cmath>
+#include <vector>
+
+#include "Audio/Files/AudioFileCodec.h"
+#include "Audio/Files/ByteFields.h"
+
+namespace kiv {
+namespace {
+
+constexpr std::endian big = std::endian::big;
+
+constexpr std::array<std::uint8_t, 256> crc8Table = [] {
+    std::array<std::uint8_t, 256> table{};
+    for (unsigned i = 0; i < 256; ++i) {
+        unsigned crc = i;
+        for (int bit = 0; bit < 8; ++bit) crc = crc << 1 ^ (crc & 0x80 ? 0x107 : 0);
+        table[i] = std::uint8_t(crc);
+    }
+    return table;
+}();
+
+// Table k holds what a byte adds to the checksum that stands k bytes before the end: with eight of them, eight bytes are summed
+// up without waiting for one another.
+using Crc16Tables = std::array<std::array<std::uint16_t, 256>, 8>;
+constexpr Crc16Tables crc16Tables = [] {
+    Crc16Tables tables{};
+    for (unsigned i = 0; i < 256; ++i) {
+        unsigned crc = i << 8;
+        for (int bit = 0; bit < 8; ++bit) crc = crc << 1 ^ (crc & 0x8000 ? 0x18005 : 0);
+        tables[0][i] = std::uint16_t(crc);
+    }
+    for (std::size_t k = 1; k < tables.size(); ++k)
+        for (std::size_t i = 0; i < 256; ++i) {
+            const std::uint16_t before = tables[k - 1][i];
+            tables[k][i] = std::uint16_t(before << 8 ^ tables[0][before >> 8]);
+        }
+    return tables;
+}();
+
+std::uint8_t crc8(std::span<const std::byte> bytes) {
+    std::uint8_t crc = 0;
+    for (const std::byte byte : bytes) crc = crc8Table[crc ^ std::to_integer<std::uint8_t>(byte)];
+    return crc;
+}
+
+std::uint16_t crc16(std::span<const std::byte> bytes) {
+    const auto &t = crc16Tables;
+    std::uint16_t crc = 0;
+    const std::byte *at = bytes.data(), *const end = at + bytes.size();
+    for (; end - at >= 8; at += 8) {
+        const std::uint64_t word = wordAt<std::uint64_t>({at, 8}, 0, big) ^ std::uint64_t(crc) << 48;
+        crc = std::uint16_t(t[7][word >> 56] ^ t[6][word >> 48 & 0xFF] ^ t[5][word >> 40 & 0xFF] ^ t[4][word >> 32 & 0xFF] ^
+                            t[3][word >> 24 & 0xFF] ^ t[2][word >> 16 & 0xFF] ^ t[1][word >> 8 & 0xFF] ^ t[0][word & 0xFF]);
+    }
+    for (; at < end; ++at) crc = std::uint16_t(crc << 8 ^ t[0][crc >> 8 ^ std::to_integer<std::uint8_t>(*at)]);
+    return crc;
+}
+
+// Writes numbers of any width one behind the other, the highest bit first.
+class BitWriter {
+public:
+    explicit BitWriter(std::span<std::byte> out) : out_(out) {}
+
+    void put(std::uint32_t value, int bits) {
+        held_ = held_ << bits | (bits == 32 ? value : value & ((std::uint32_t(1) << bits) - 1));
+        for (heldBits_ += bits; heldBits_ >= 8;) {
+            heldBits_ -= 8;
+            out_[at_++] = std::byte(held_ >> heldBits_);
+        }
+    }
+    void padToByte() {
+        if (heldBits_ > 0) put(0, 8 - heldBits_);
+    }
+    std::size_t size() const { return at_; }
+
+private:
+    std::span<std::byte> out_;
+    std::size_t at_ = 0;
+    std::uint64_t held_ = 0;
+    int heldBits_ = 0;
+};
+
+struct RateCode {
+    int code = 0;
+    int bits = 0;  // of the number behind the header
+    std::uint32_t number = 0;
+};
+
+// 0 leaves it to the start of the file.
+RateCode rateCode(std::int64_t rate) {
+    constexpr std::array<std::int64_t, 11> listed{88200, 176400, 192000, 8000, 16000, 22050, 24000, 32000, 44100, 48000, 96000};
+    const auto found = std::find(listed.begin(), listed.end(), rate);
+    if (found != listed.end()) return {int(found - listed.begin()) + 1};
+    if (rate < 65536) return {13, 16, std::uint32_t(rate)};
+    if (rate % 10 == 0 && rate < 655360) return {14, 16, std::uint32_t(rate / 10)};
+    return {};
+}
+
+int sizeCode(int bits) {
+    constexpr std::array<int, 8> listed{0, 8, 12, 0, 16, 20, 24, 32};
+    const auto found = std::find(listed.begin() + 1, listed.end(), bits);
+    return found == listed.end() ? 0 : int(found - listed.begin());
+}
+
+// How many bytes a frame's number takes: as in UTF-8, carried on to 36 bits.
+int numberBytes(std::int64_t number) {
+    if (number < 0x80) return 1;
+    int bytes = 2;
+    while (number >> (5 * bytes + 1) != 0) ++bytes;
+    return bytes;
+}
+
+void putNumber(BitWriter &writer, std::int64_t number) {
+    const int bytes = numberBytes(number);
+    if (bytes == 1) return writer.put(std::uint32_t(number), 8);
+    writer.put(0xFFu << (8 - bytes) | std::uint32_t(number >> (6 * (bytes - 1))), 8);
+    for (int i = bytes - 2; i >= 0; --i) writer.put(0x80 | (std::uint32_t(number >> (6 * i)) & 0x3F), 8);
+}
+
+// Samples as integers of the full 32 bits of `bits` or fewer, interleaved.
+using Integers = std::vector<std::int32_t>;
+
+std::int32_t rounded(float sample, double fullScale) {
+    if (!std::isfinite(sample)) return 0;
+    return std::int32_t(std::clamp(std::round(double(sample) * fullScale), -fullScale, fullScale - 1));
+}
+
+// Where the samples come from wide integers, those hold them exactly, in their upper bits.
+Integers integersOf(const AudioEditorBuffer &buffer, FrameRange part, int bits) {
+    Integers integers(std::size_t(part.count() * buffer.channels()));
+    const double fullScale = std::ldexp(1.0, bits - 1);
+    const AudioSampleEncoding wide{.bytes = 4, .validBits = 32, .bigEndian = std::endian::native == big};
+    auto out = std::span(integers);
+    buffer.forEachSpan(part, [&](std::span<const float> samples, FrameRange here) {
+        const auto now = out.first(samples.size());
+        if (bits > 24 && buffer.hasOriginals(here)) {
+            AudioFileCodec::encodeSamples(buffer, here, wide, std::as_writable_bytes(now));
+            for (std::int32_t &integer : now) integer >>= 32 - bits;
+        } else {
+            std::transform(samples.begin(), samples.end(), now.begin(), [=](float s) { return rounded(s, fullScale); });
+        }
+        out = out.subspan(samples.size());
+    });
+    return integers;
+}
+
+constexpr std::uint32_t verbatim = 1 << 1;  // the byte that a channel starts with
+
+void putAnyWidth(const AudioEditorBuffer &buffer, FrameRange part, int bits, std::span<std::byte> out) {
+    const Integers integers = integersOf(buffer, part, bits);
+    const auto channels = std::size_t(buffer.channels());
+    BitWriter writer(out);
+    for (std::size_t c = 0; c < channels; ++c) {
+        writer.put(verbatim, 8);
+        for (std::size_t i = c; i < integers.size(); i += channels) writer.put(std::uint32_t(integers[i]), bits);
+    }
+    writer.padToByte();
+    assert(writer.size() == out.size());
+}
+
+// Takes one channel out of interleaved samples of so many bytes.
+template <std::size_t bytes>
+void takeChannel(const std::byte *in, std::size_t channels, std::size_t count, std::byte *out) {
+    for (std::size_t i = 0; i < count; ++i) std::memcpy(out + i * bytes, in + i * channels * bytes, bytes);
+}
+
+// Widths of whole bytes need no shifting about.
+void putWholeBytes(const AudioEditorBuffer &buffer, FrameRange part, int bits, std::span<std::byte> out) {
+    const auto bytes = std::size_t(bits / 8), channels = std::size_t(buffer.channels()), count = std::size_t(part.count());
+    const AudioSampleEncoding encoding{.bytes = bits / 8, .validBits = bits, .bigEndian = true};
+    thread_local std::vector<std::byte> interleaved;
+    interleaved.resize(bytes * channels * count);
+    AudioFileCodec::encodeSamples(buffer, part, encoding, interleaved);
+    constexpr std::array take{takeChannel<1>, takeChannel<2>, takeChannel<3>, takeChannel<4>};
+    for (std::size_t c = 0; c < channels; ++c) {
+        std::byte *subframe = out.data() + c * (1 + bytes * count);
+        *subframe = std::byte(verbatim);
+        take[bytes - 1](interleaved.data() + c * bytes, channels, count, subframe + 1);
+    }
+}
+
+constexpr std::int64_t checksums = 3;  // one byte behind the header, two behind the frame
+
+}  // namespace
+
+FlacFrames::FlacFrames(AudioEditorBuffer buffer, int bits) : buffer_(std::move(buffer)), bits_(bits) {
+    assert(bits >= 4 && bits <= 32 && buffer_.channels() <= mostChannels && buffer_.sampleRate() <= highestRate);
+}
+
+std::int64_t FlacFrames::blockFrames() const { return std::max<std::int64_t>(8 / buffer_.channels(), 1) * 4 * frameSamples; }
+
+std::int64_t FlacFrames::size(FrameRange part) const {
+    std::int64_t total = 0;
+    for (std::int64_t at = part.lo; at < part.hi; at += frameSamples)
+        total += frameSize(at / frameSamples, std::min(frameSamples, part.hi - at));
+    return total;
+}
+
+void FlacFrames::encode(FrameRange part, std::span<std::byte> out) const {
+    for (std::int64_t at = part.lo; at < part.hi; at += frameSamples) {
+        const FrameRange frame{at, std::min(at + frameSamples, part.hi)};
+        const auto size = std::size_t(frameSize(at / frameSamples, frame.count()));
+        encodeFrame(at / frameSamples, frame, out.first(size));
+        out = out.subspan(size);
+    }
+}
+
+// Without its checksum.
+std::int64_t FlacFrames::headerSize(std::int64_t number) const {
+    constexpr std::int64_t fixed = 4, blockSize = 2;
+    return fixed + numberBytes(number) + blockSize + rateCode(buffer_.sampleRate()).bits / 8;
+}
+
+std::int64_t FlacFrames::frameSize(std::int64_t number, std::int64_t samples) const {
+    const std::int64_t subframeBits = buffer_.channels() * (8 + samples * bits_);
+    return headerSize(number) + (subframeBits + 7) / 8 + checksums;
+}
+
+void FlacFrames::encodeFrame(std::int64_t number, FrameRange part, std::span<std::byte> out) const {
+    constexpr std::uint32_t syncAndFixedBlocks = 0xFFF8, blockSizeIn16Bits = 7;
+    const RateCode rate = rateCode(buffer_.sampleRate());
+    BitWriter header(out);
+    header.put(syncAndFixedBlocks, 16);
+    header.put(blockSizeIn16Bits, 4);
+    header.put(std::uint32_t(rate.code), 4);
+    header.put(std::uint32_t(buffer_.channels() - 1), 4);
+    header.put(std::uint32_t(sizeCode(bits_)), 3);
+    header.put(0, 1);
+    putNumber(header, number);
+    header.put(std::uint32_t(part.count() - 1), 16);
+    header.put(rate.number, rate.bits);
+    const std::size_t headerBytes = header.size();
+    out[headerBytes] = std::byte(crc8(out.first(headerBytes)));
+    const auto samples = out.subspan(headerBytes + 1, out.size() - headerBytes - std::size_t(checksums));
+    (bits_ % 8 == 0 ? putWholeBytes : putAnyWidth)(buffer_, part, bits_, samples);
+    putWord(out, out.size() - 2, big, crc16(out.first(out.size() - 2)));
+}
+
+}  // namespace kiv

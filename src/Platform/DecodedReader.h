@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+
+#include "Support/ByteSource.h"
+
+// Reading sound files of kinds that others have decoders for. Calls may block; any thread but the audio thread.
+namespace kiv {
+
+struct DecodedFormat {
+    std::string typeName;    // as the user knows it: "FLAC", "MP3"
+    std::string identifier;  // four characters: "flac", ".mp3", "lpcm"
+    int bits = 0;            // of a sample in the file, where it has a depth that comes back exactly; 0: none
+    bool isFloat = false;
+    std::int64_t channels = 1;
+    std::int64_t sampleRate = 44100;
+
+    // More than a 32-bit float holds.
+    bool isWide() const { return !isFloat && bits > 24; }
+};
+
+// Why a file that is of a known kind cannot be decoded; what() is the reason in a few words, without a full stop.
+struct DecodeFault : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// A sound file being decoded from its start. What the file says of its own length is not believed: it ends where no more
+// comes. Throws DecodeFault where it is damaged, and what its source throws; must not outlive that.
+class DecodedSound {
+public:
+    virtual ~DecodedSound() = default;
+    virtual const DecodedFormat &format() const = 0;
+    // The next interleaved samples, whole frames of them, full scale being ±1; fewer than asked for only at the end. Returns
+    // how many frames.
+    virtual std::int64_t read(std::span<float> out) = 0;
+    // The same as integers with a full scale of 2³¹, and with nothing rounded; only where the format is wide.
+    virtual std::int64_t read(std::span<std::int32_t> out) = 0;
+    // All frames there are, where that can be told for certain without decoding them; reading may not go on afterwards.
+    virtual std::optional<std::int64_t> countFrames() = 0;
+};
+
+class DecodedReader {
+public:
+    virtual ~DecodedReader() = default;
+    // Nothing when the contents are of no kind that it knows. Throws as DecodedSound does.
+    virtual std::unique_ptr<DecodedSound> open(const ByteSource &source) = 0;
+};
+
+}  // namespace kiv

@@ -1,0 +1,275 @@
+#include "Platform/Linux/Ffmpeg/FfmpegSound.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/opt.h>
+}
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <map>
+#include <vector>
+
+#include "Platform/Linux/Decoders/CallbackSource.h"
+
+namespace kiv {
+namespace {
+
+constexpr const char *damaged = "its audio data is damaged";
+
+int readPacket(void *data, std::uint8_t *out, int count) {
+    auto &source = *static_cast<CallbackSource *>(data);
+    const std::size_t done = source.read(out, std::size_t(count));
+    if (done > 0) return int(done);
+    return source.hasFailed() ? AVERROR(EIO) : AVERROR_EOF;
+}
+
+std::int64_t seekTo(void *data, std::int64_t offset, int whence) {
+    auto &source = *static_cast<CallbackSource *>(data);
+    whence &= ~AVSEEK_FORCE;
+    if (whence == AVSEEK_SIZE) return source.size();
+    source.seek(whence == SEEK_SET ? offset : whence == SEEK_CUR ? source.position() + offset : source.size() + offset);
+    return source.position();
+}
+
+// A file is to be read alone: it may not lead to others, let alone over a network.
+int refuseToOpen(AVFormatContext *, AVIOContext **, const char *, int, AVDictionary **) { return AVERROR(EPERM); }
+
+struct CloseInput {
+    void operator()(AVFormatContext *context) const { avformat_close_input(&context); }
+};
+struct FreeDecoder {
+    void operator()(AVCodecContext *context) const { avcodec_free_context(&context); }
+};
+struct FreeFrame {
+    void operator()(AVFrame *frame) const { av_frame_free(&frame); }
+};
+struct FreePacket {
+    void operator()(AVPacket *packet) const { av_packet_free(&packet); }
+};
+struct FreeIo {
+    void operator()(AVIOContext *io) const {
+        av_freep(&io->buffer);
+        avio_context_free(&io);
+    }
+};
+
+// What a file's first bytes look like. Below the score at which the library itself would look for more, any text might be one.
+const AVInputFormat *inputFormatOf(const ByteSource &source) {
+    std::vector<std::uint8_t> head(65536 + AVPROBE_PADDING_SIZE);
+    const std::size_t count = source.read(0, std::as_writable_bytes(std::span(head)).first(65536));
+    std::memset(head.data() + count, 0, head.size() - count);
+    const AVProbeData probe{"", head.data(), int(count), nullptr};
+    int score = 0;
+    const AVInputFormat *format = av_probe_input_format3(&probe, 1, &score);
+    return score > AVPROBE_SCORE_RETRY ? format : nullptr;
+}
+
+struct Kind {
+    const char *name, *identifier;
+};
+
+Kind kindOf(AVCodecID codec) {
+    static const std::map<AVCodecID, Kind> kinds{
+        {AV_CODEC_ID_AAC, {"AAC", "aac "}},         {AV_CODEC_ID_ALAC, {"ALAC", "alac"}},
+        {AV_CODEC_ID_WAVPACK, {"WavPack", "wvpk"}}, {AV_CODEC_ID_WMAV1, {"WMA", "wma "}},
+        {AV_CODEC_ID_WMAV2, {"WMA", "wma "}},       {AV_CODEC_ID_WMAPRO, {"WMA", "wma "}},
+        {AV_CODEC_ID_WMALOSSLESS, {"WMA", "wma "}}, {AV_CODEC_ID_MP3, {"MP3", ".mp3"}},
+        {AV_CODEC_ID_MP2, {"MP2", ".mp2"}},         {AV_CODEC_ID_MP1, {"MP1", ".mp1"}},
+        {AV_CODEC_ID_FLAC, {"FLAC", "flac"}},       {AV_CODEC_ID_VORBIS, {"Vorbis", "vorb"}},
+        {AV_CODEC_ID_OPUS, {"Opus", "opus"}},       {AV_CODEC_ID_AC3, {"AC-3", "ac-3"}},
+        {AV_CODEC_ID_EAC3, {"E-AC-3", "ec-3"}},     {AV_CODEC_ID_APE, {"Monkey's Audio", "ape "}},
+        {AV_CODEC_ID_TTA, {"TTA", "tta "}},         {AV_CODEC_ID_DTS, {"DTS", "dts "}},
+    };
+    const auto kind = kinds.find(codec);
+    return kind == kinds.end() ? Kind{nullptr, "lpcm"} : kind->second;
+}
+
+std::string typeNameOf(const AVFormatContext &file, AVCodecID codec) {
+    if (const char *known = kindOf(codec).name) return known;
+    const char *name = avcodec_get_name(codec);
+    return name ? name : file.iformat->long_name;
+}
+
+// WavPack can be either, and nearly always is lossless.
+bool isLossless(AVCodecID codec) {
+    const AVCodecDescriptor *descriptor = avcodec_descriptor_get(codec);
+    const bool isNever = descriptor && (descriptor->props & AV_CODEC_PROP_LOSSY) && codec != AV_CODEC_ID_WAVPACK;
+    return descriptor && (descriptor->props & AV_CODEC_PROP_LOSSLESS) && !isNever;
+}
+
+bool isFloatFormat(AVSampleFormat format) {
+    const AVSampleFormat packed = av_get_packed_sample_fmt(format);
+    return packed == AV_SAMPLE_FMT_FLT || packed == AV_SAMPLE_FMT_DBL;
+}
+
+DecodedFormat described(const AVFormatContext &file, const AVCodecContext &decoder) {
+    DecodedFormat format{.typeName = typeNameOf(file, decoder.codec_id),
+                         .identifier = kindOf(decoder.codec_id).identifier,
+                         .isFloat = isFloatFormat(decoder.sample_fmt),
+                         .channels = decoder.ch_layout.nb_channels,
+                         .sampleRate = decoder.sample_rate};
+    const int width = 8 * av_get_bytes_per_sample(decoder.sample_fmt);
+    if (isLossless(decoder.codec_id)) format.bits = decoder.bits_per_raw_sample > 0 ? decoder.bits_per_raw_sample : width;
+    return format;
+}
+
+// A sample as FFmpeg decodes it, at the top of its width.
+float toFloat(std::uint8_t sample) { return float(int(sample) - 128) * 0x1p-7f; }
+float toFloat(std::int16_t sample) { return float(sample) * 0x1p-15f; }
+float toFloat(std::int32_t sample) { return float(sample) * 0x1p-31f; }
+float toFloat(std::int64_t sample) { return float(double(sample) * 0x1p-63); }
+float toFloat(float sample) { return sample; }
+float toFloat(double sample) { return float(sample); }
+std::int32_t toWide(std::int32_t sample) { return sample; }
+template <class Sample>
+std::int32_t toWide(Sample) {
+    return 0;
+}
+void put(float &out, auto sample) { out = toFloat(sample); }
+void put(std::int32_t &out, auto sample) { out = toWide(sample); }
+
+// `count` samples of one channel, which in a packed frame are `stride` apart.
+template <class Sample, class Out>
+void convert(const std::uint8_t *in, std::size_t stride, std::size_t count, Out *out, std::size_t channels) {
+    const auto *samples = reinterpret_cast<const Sample *>(in);
+    for (std::size_t i = 0; i < count; ++i) put(out[i * channels], samples[i * stride]);
+}
+
+template <class Out>
+void convertChannel(const AVFrame &frame, std::size_t channel, std::size_t from, std::size_t count, Out *out) {
+    const auto format = AVSampleFormat(frame.format);
+    const auto channels = std::size_t(frame.ch_layout.nb_channels), bytes = std::size_t(av_get_bytes_per_sample(format));
+    const bool isPlanar = av_sample_fmt_is_planar(format) != 0;
+    const std::size_t stride = isPlanar ? 1 : channels;
+    const std::uint8_t *in = frame.extended_data[isPlanar ? channel : 0] + (from * stride + (isPlanar ? 0 : channel)) * bytes;
+    out += channel;
+    switch (av_get_packed_sample_fmt(format)) {
+        case AV_SAMPLE_FMT_U8:
+            return convert<std::uint8_t>(in, stride, count, out, channels);
+        case AV_SAMPLE_FMT_S16:
+            return convert<std::int16_t>(in, stride, count, out, channels);
+        case AV_SAMPLE_FMT_S32:
+            return convert<std::int32_t>(in, stride, count, out, channels);
+        case AV_SAMPLE_FMT_S64:
+            return convert<std::int64_t>(in, stride, count, out, channels);
+        case AV_SAMPLE_FMT_FLT:
+            return convert<float>(in, stride, count, out, channels);
+        default:
+            return convert<double>(in, stride, count, out, channels);
+    }
+}
+
+class FfmpegSound : public DecodedSound {
+public:
+    explicit FfmpegSound(const ByteSource &source) : source_(source) {}
+
+    // False when there is no sound in it that can be decoded.
+    bool open(const AVInputFormat *kind) {
+        constexpr int bufferSize = 1 << 16;
+        auto *buffer = static_cast<std::uint8_t *>(av_malloc(bufferSize));
+        io_.reset(avio_alloc_context(buffer, bufferSize, 0, &source_, readPacket, nullptr, seekTo));
+        AVFormatContext *file = avformat_alloc_context();
+        file->pb = io_.get();
+        file->io_open = refuseToOpen;
+        if (avformat_open_input(&file, nullptr, kind, nullptr) < 0) return false;  // frees it
+        file_.reset(file);
+        return avformat_find_stream_info(file, nullptr) >= 0 && openDecoder();
+    }
+    void rethrow() const { source_.rethrow(); }
+
+    const DecodedFormat &format() const override { return format_; }
+    std::int64_t read(std::span<float> out) override { return readAs(out); }
+    std::int64_t read(std::span<std::int32_t> out) override { return readAs(out); }
+    std::optional<std::int64_t> countFrames() override { return std::nullopt; }
+
+private:
+    bool openDecoder() {
+        const AVCodec *codec = nullptr;
+        stream_ = av_find_best_stream(file_.get(), AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
+        if (stream_ < 0 || !codec) return false;
+        for (unsigned i = 0; i < file_->nb_streams; ++i)
+            if (int(i) != stream_) file_->streams[i]->discard = AVDISCARD_ALL;
+        decoder_.reset(avcodec_alloc_context3(codec));
+        AVStream *stream = file_->streams[stream_];
+        if (!decoder_ || avcodec_parameters_to_context(decoder_.get(), stream->codecpar) < 0) return false;
+        decoder_->pkt_timebase = stream->time_base;
+        if (avcodec_open2(decoder_.get(), codec, nullptr) < 0) return false;
+        format_ = described(*file_, *decoder_);
+        return format_.channels > 0 && format_.sampleRate > 0 && decoder_->sample_fmt != AV_SAMPLE_FMT_NONE;
+    }
+
+    template <class Sample>
+    std::int64_t readAs(std::span<Sample> out) {
+        const auto channels = std::size_t(format_.channels), wanted = out.size() / channels;
+        std::size_t done = 0;
+        while (done < wanted && (used_ < std::size_t(frame_->nb_samples) || advance())) {
+            const std::size_t count = std::min(wanted - done, std::size_t(frame_->nb_samples) - used_);
+            for (std::size_t c = 0; c < channels; ++c) convertChannel(*frame_, c, used_, count, out.data() + done * channels);
+            done += count;
+            used_ += count;
+        }
+        return std::int64_t(done);
+    }
+
+    // The next frame that holds anything; false at the end.
+    bool advance() {
+        used_ = 0;
+        for (;;) {
+            const int got = avcodec_receive_frame(decoder_.get(), frame_.get());
+            if (got == AVERROR_EOF) return false;
+            if (got == AVERROR(EAGAIN)) {
+                feed();
+                continue;
+            }
+            if (got < 0) throw DecodeFault(damaged);
+            if (frame_->ch_layout.nb_channels != format_.channels || frame_->sample_rate != format_.sampleRate)
+                throw DecodeFault("its channels or sample rate change on the way");
+            if (frame_->nb_samples > 0) return true;
+        }
+    }
+
+    // Gives the decoder the next packet, or the end. A packet that it cannot take is one that is damaged.
+    void feed() {
+        for (;;) {
+            av_packet_unref(packet_.get());
+            const int got = av_read_frame(file_.get(), packet_.get());
+            source_.rethrow();
+            if (got == AVERROR_EOF) {
+                avcodec_send_packet(decoder_.get(), nullptr);
+                return;
+            }
+            if (got < 0) throw DecodeFault(damaged);
+            if (packet_->stream_index != stream_) continue;
+            if (avcodec_send_packet(decoder_.get(), packet_.get()) < 0) throw DecodeFault(damaged);
+            return;
+        }
+    }
+
+    CallbackSource source_;
+    std::unique_ptr<AVIOContext, FreeIo> io_;
+    std::unique_ptr<AVFormatContext, CloseInput> file_;
+    std::unique_ptr<AVCodecContext, FreeDecoder> decoder_;
+    std::unique_ptr<AVPacket, FreePacket> packet_{av_packet_alloc()};
+    std::unique_ptr<AVFrame, FreeFrame> frame_{av_frame_alloc()};
+    int stream_ = -1;
+    std::size_t used_ = 0;
+    DecodedFormat format_;
+};
+
+}  // namespace
+
+std::unique_ptr<DecodedSound> openWithFfmpeg(const ByteSource &source) {
+    av_log_set_level(AV_LOG_QUIET);
+    const AVInputFormat *kind = inputFormatOf(source);
+    if (!kind) return nullptr;
+    auto sound = std::make_unique<FfmpegSound>(source);
+    const bool isOpen = sound->open(kind);
+    sound->rethrow();
+    if (!isOpen) return nullptr;
+    return sound;
+}
+
+}  // namespace kiv

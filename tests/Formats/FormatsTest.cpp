@@ -1,0 +1,331 @@
+#include <gtest/gtest.h>
+
+#include "Formats/Tools.h"
+
+// Other programs read what we write, and we read what they write: each kind of file at several depths, rates and channel
+// counts.
+namespace kiv {
+namespace {
+
+constexpr std::pair<std::int64_t, std::int64_t> shapes[] = {{1, 44100}, {2, 22051}, {6, 96000}};  // channels, rate
+
+std::string named(const char *what, const KnownSound &sound) {
+    return std::string(what) + " " + std::to_string(sound.bits) + " bits, " + std::to_string(sound.channels) + " channels, " +
+           std::to_string(sound.rate) + " Hz";
+}
+
+// What came back of a sound; a failure names the first sample that differs.
+void expectSame(const std::vector<std::int32_t> &words, const KnownSound &sound, const std::string &what) {
+    ASSERT_EQ(words.size(), sound.words.size()) << what;
+    const auto [was, is] = std::mismatch(sound.words.begin(), sound.words.end(), words.begin());
+    EXPECT_TRUE(was == sound.words.end()) << what << ": sample " << was - sound.words.begin();
+}
+
+struct Lossless {
+    const char *name;     // of the file
+    const char *command;  // makes it of in.wav
+    std::vector<int> bits;
+    std::string typeName, description;  // with N for the bits
+    std::int64_t mostChannels = 6;
+};
+
+const Lossless lossless[] = {
+    {"a.flac", "flac --silent -f --channel-map=none -o a.flac in.wav", {8, 16, 24, 32}, "FLAC", "N-bit"},
+    {"named.wav", "flac --silent -f --channel-map=none -o named.wav in.wav", {16}, "FLAC", "N-bit"},
+    {"a.oga", "flac --silent -f --ogg --channel-map=none -o a.oga in.wav", {16}, "FLAC", "N-bit"},
+    {"a.caf", "ffmpeg -y -i in.wav -c:a pcm_sNbe a.caf", {16, 24, 32}, "CAF", "N-bit"},
+    {"a.caf", "ffmpeg -y -i in.wav -c:a pcm_f64le a.caf", {24}, "CAF", "64-bit float"},
+    {"a.au", "ffmpeg -y -i in.wav -c:a pcm_sNbe a.au", {16, 24, 32}, "AU", "N-bit"},
+    {"a.au", "sox in.wav -e float -b 32 a.au", {24}, "AU", "32-bit float"},
+    {"a.w64", "sox in.wav a.w64", {16, 24, 32}, "W64", "N-bit"},
+    {"a.wav", "ffmpeg -y -i in.wav -c:a pcm_sNle -rf64 always a.wav", {16, 24, 32}, "RF64", "N-bit"},
+    {"a.wav", "sox in.wav -B a.wav", {8, 16}, "RIFX", "N-bit", 2},
+    {"a.m4a", "ffmpeg -y -i in.wav -c:a alac a.m4a", {16, 24}, "ALAC", "N-bit"},
+    {"alac.caf", "ffmpeg -y -i in.wav -c:a alac alac.caf", {16, 24}, "ALAC", "N-bit"},
+    {"a.wv", "ffmpeg -y -i in.wav -c:a wavpack a.wv", {16}, "WavPack", "N-bit"},
+    {"b.wv", "ffmpeg -y -i in.wav -c:a wavpack b.wv", {24}, "WavPack", "32-bit"},
+    {"a.tta", "ffmpeg -y -i in.wav -c:a tta a.tta", {16, 24}, "TTA", "N-bit"},
+    {"a.wav", "ffmpeg -y -i in.wav -c:a pcm_sNle a.wav", {16, 24, 32}, "WAV", "N-bit"},
+    {"a.aiff", "sox in.wav a.aiff", {8, 16, 24, 32}, "AIFF", "N-bit"},
+    {"a.mka", "ffmpeg -y -i in.wav -c:a pcm_sNle a.mka", {16, 24}, "pcm_sNle", "N-bit"},
+};
+
+std::string withBits(std::string text, int bits) {
+    for (auto at = text.find('N'); at != std::string::npos; at = text.find('N', at + 1))
+        text.replace(at, 1, std::to_string(bits));
+    return text;
+}
+
+TEST(Formats, AreReadSampleForSampleFromOtherPrograms) {
+    Desk desk;
+    for (const auto &[channels, rate] : shapes)
+        for (const Lossless &row : lossless)
+            for (const int bits : row.bits) {
+                if (channels > row.mostChannels) continue;
+                const KnownSound sound = knownNoise(bits, channels, rate);
+                const std::string what = named(row.command, sound);
+                desk.write("in.wav", ourWav(sound));
+                ASSERT_TRUE(desk.run(withBits(row.command, bits))) << what;
+                const AudioFileContents contents = desk.read(row.name);
+                EXPECT_EQ(contents.format.typeName, withBits(row.typeName, bits)) << what;
+                EXPECT_EQ(contents.format.bitsDescription, withBits(row.description, bits)) << what;
+                EXPECT_EQ(contents.buffer.sampleRate(), rate) << what;
+                EXPECT_EQ(contents.buffer.channels(), channels) << what;
+                expectSame(wordsOf(contents.buffer), sound, what);
+                EXPECT_EQ(desk.framesTold(row.name), contents.buffer.frames()) << what;
+            }
+}
+
+struct Lossy {
+    const char *name, *command;
+    std::int64_t rate;
+    const char *typeName;
+    double decibels;                      // of the tone over what differs from it, sample for sample
+    std::int64_t spare = 0, missing = 0;  // frames that may be too many or too few at the end
+};
+
+const Lossy lossy[] = {
+    {"a.mp3", "ffmpeg -y -i in.wav -b:a 192k a.mp3", 44100, "MP3", 30},
+    {"named.flac", "ffmpeg -y -i in.wav -b:a 192k -f mp3 named.flac", 44100, "MP3", 30},
+    {"a.mp2", "ffmpeg -y -i in.wav -b:a 192k a.mp2", 44100, "MP2", -100, 3000},
+    {"a.ogg", "ffmpeg -y -i in.wav -c:a libvorbis -q:a 7 a.ogg", 44100, "Ogg Vorbis", 30},
+    {"a.opus", "ffmpeg -y -i in.wav -c:a libopus -b:a 160k a.opus", 48000, "Opus", 25},
+    {"a.m4a", "ffmpeg -y -i in.wav -c:a aac -b:a 192k a.m4a", 44100, "AAC", 25, 2048},
+    {"a.wma", "ffmpeg -y -i in.wav -c:a wmav2 -b:a 192k a.wma", 44100, "WMA", -100, 8192, 2048},
+    {"ms.wav", "ffmpeg -y -i in.wav -c:a adpcm_ms ms.wav", 44100, "WAV", 30, 3000},
+    {"ima.wav", "ffmpeg -y -i in.wav -c:a adpcm_ima_wav ima.wav", 44100, "WAV", 30, 3000},
+    {"mu.wav", "sox in.wav -e mu-law mu.wav", 44100, "WAV", 30},
+    {"a.wav", "sox in.wav -e a-law a.wav", 44100, "WAV", 30},
+    {"a.aifc", "ffmpeg -y -i in.wav -c:a pcm_mulaw -f aiff a.aifc", 44100, "AIFC", 30},
+    {"a.gsm.wav", "sox in.wav -e gsm-full-rate -c 1 a.gsm.wav", 8000, "WAV", 10, 600},
+};
+
+double decibelsOver(const AudioEditorBuffer &buffer, const KnownSound &sound) {
+    const std::vector<float> samples = buffer.samples();
+    double power = 0, error = 0;
+    for (std::size_t i = 0; i < std::min(sound.words.size(), samples.size()); ++i) {
+        const double was = sound.words[i] * 0x1p-31, difference = double(samples[i]) - was;
+        power += was * was;
+        error += difference * difference;
+    }
+    return 10 * std::log10(power / error);
+}
+
+std::string refusal(Desk &desk, const AudioFileContents &contents) {
+    try {
+        desk.write("not", contents);
+        return "written";
+    } catch (const std::exception &error) {
+        return error.what();
+    }
+}
+
+// Delays that an encoder put in front and a file tells of are gone again: else no sample would be where it was.
+TEST(Formats, ThatLoseSomethingAreReadWhereItWas) {
+    Desk desk;
+    for (const Lossy &row : lossy)
+        for (const std::int64_t channels : {1, 2}) {
+            const bool isMono = std::string_view(row.command).find("-c 1") != std::string_view::npos;
+            if (isMono && channels != 1) continue;
+            const KnownSound sound = knownTone(channels, row.rate, 50001);
+            desk.write("in.wav", ourWav(sound));
+            ASSERT_TRUE(desk.run(row.command));
+            const AudioFileContents contents = desk.read(row.name);
+            EXPECT_EQ(contents.format.typeName, row.typeName) << row.command;
+            EXPECT_EQ(contents.buffer.channels(), channels) << row.command;
+            EXPECT_EQ(contents.buffer.sampleRate(), row.rate) << row.command;
+            EXPECT_GE(contents.buffer.frames(), 50001 - row.missing) << row.command;
+            EXPECT_LE(contents.buffer.frames(), 50001 + row.spare) << row.command;
+            EXPECT_GT(decibelsOver(contents.buffer, sound), row.decibels) << row.command << ", " << channels << " channels";
+            EXPECT_EQ(desk.framesTold(row.name), contents.buffer.frames()) << row.command;
+            EXPECT_EQ(refusal(desk, contents), std::string(row.typeName) + " files can't be written: choose a format.");
+        }
+}
+
+struct Ours {
+    const char *name;
+    int bits;
+    AudioFileContents (*make)(const KnownSound &sound);
+    const char *readers;  // f: ffmpeg, s: sox, n: libsndfile, p: scipy, F: flac
+};
+
+AudioFileContents wav(const KnownSound &sound) { return ourWav(sound); }
+AudioFileContents floatWav(const KnownSound &sound) {
+    KnownSound wide = sound;
+    wide.bits = 32;
+    return ourWav(wide, 3);
+}
+AudioFileContents doubleWav(const KnownSound &sound) {
+    KnownSound wide = sound;
+    wide.bits = 64;
+    return ourWav(wide, 3);
+}
+AudioFileContents aiff(const KnownSound &sound) { return ourAiff(sound); }
+template <char first>
+AudioFileContents aifc(const KnownSound &sound) {
+    return ourAiff(sound, first == 's' ? "sowt" : first == '3' ? "in32" : "fl32");
+}
+
+const Ours ours[] = {
+    {"o.wav", 8, wav, "fsnp"},       {"o.wav", 16, wav, "fsnp"},       {"o.wav", 24, wav, "fsnp"},
+    {"o.wav", 32, wav, "fsnp"},      {"o.wav", 24, floatWav, "fsp"},   {"o.wav", 24, doubleWav, "fsp"},
+    {"o.aiff", 8, aiff, "fsn"},      {"o.aiff", 16, aiff, "fsn"},      {"o.aiff", 24, aiff, "fsn"},
+    {"o.aiff", 32, aiff, "fsn"},     {"o.aifc", 16, aifc<'s'>, "fsn"}, {"o.aifc", 32, aifc<'3'>, "fn"},
+    {"o.aifc", 24, aifc<'f'>, "f"},  {"o.flac", 8, ourFlac, "Ffsn"},   {"o.flac", 16, ourFlac, "Ffsn"},
+    {"o.flac", 24, ourFlac, "Ffsn"}, {"o.flac", 32, ourFlac, "F"},     {"o.flac", 12, ourFlac, "f"},
+    {"o.flac", 20, ourFlac, "f"},
+};
+
+std::string rawFrom(char reader, const std::string &name) {
+    switch (reader) {
+        case 'f':
+            return "ffmpeg -y -i " + name + " -f s32le -c:a pcm_s32le raw";
+        case 's':
+            return "sox " + name + " -t raw -e signed -b 32 -L raw";
+        case 'n':
+            return "sndfile-convert -pcm32 " + name + " n.au && sox n.au -t raw -e signed -b 32 -L raw";
+        case 'F':
+            return "flac --silent -t " + name + " && flac --silent -d -f -o n.wav " + name +
+                   " && sox n.wav -t raw -e signed -b 32 -L raw";
+        default:
+            return "/usr/bin/python3 -c \"import numpy, scipy.io.wavfile as w; d = w.read('" + name +
+                   "')[1]; k = d.dtype; s = {'u1': 24, 'i2': 16, 'i4': 0}.get(k.str[1:]);"
+                   "d = d.astype('f8') * 2**31 if s is None else (d.astype('i8') - (128 if k == 'u1' else 0)) << s;"
+                   "numpy.asarray(d).astype('<i4').tofile('raw')\"";
+    }
+}
+
+TEST(Formats, AreReadSampleForSampleByOtherPrograms) {
+    Desk desk;
+    for (const auto &[channels, rate] : shapes)
+        for (const Ours &row : ours) {
+            const KnownSound sound = knownNoise(row.bits, channels, rate);
+            desk.write(row.name, row.make(sound));
+            for (const char reader : std::string(row.readers))
+                expectSame(desk.wordsFrom(rawFrom(reader, row.name)), sound, named(row.name, sound) + " by " + reader);
+            EXPECT_TRUE(desk.run("sndfile-info " + std::string(row.name))) << row.name;
+        }
+}
+
+TEST(Formats, FlacOfEveryDepthPassesItsOwnTest) {
+    Desk desk;
+    for (int bits = 4; bits <= 32; ++bits) {
+        const KnownSound sound = knownNoise(bits, 1 + bits % 8, 44100 + bits, 4097);
+        desk.write("o.flac", ourFlac(sound));
+        EXPECT_TRUE(desk.run("flac --silent -t o.flac")) << bits;
+        const AudioFileContents contents = desk.read("o.flac");
+        EXPECT_EQ(contents.format.bitsDescription, std::to_string(bits) + "-bit");
+        expectSame(wordsOf(contents.buffer), sound, std::to_string(bits));
+    }
+}
+
+TEST(Formats, FlacKeepsItsTagsAndPicturesAndEveryUntouchedSample) {
+    Desk desk;
+    for (const int bits : {16, 24, 32}) {
+        const KnownSound sound = knownNoise(bits, 2, 48000, 20000);
+        desk.write("in.wav", ourWav(sound));
+        writeText(desk.path("picture.png"), "\x89PNG\r\n\x1a\n and so on");
+        ASSERT_TRUE(
+            desk.run("flac --silent -f --tag=TITLE=Song --tag=ARTIST=Me --picture='3|image/png|front|1x1x24|picture.png' "
+                     "-S 10x --padding=99 -o s.flac in.wav"));
+        AudioFileContents contents = desk.read("s.flac");
+        EXPECT_TRUE(contents.canSaveInPlace());
+        ASSERT_EQ(contents.flacMetadata.size(), 2u);
+        contents.buffer = contents.buffer.replacing({5000, 6000}, AudioEditorBuffer(2, 48000));
+        desk.write("s.flac", contents);
+        ASSERT_TRUE(
+            desk.run("metaflac --list s.flac > list && metaflac --show-tag=TITLE s.flac | grep -x TITLE=Song && "
+                     "metaflac --export-picture-to=p s.flac && cmp p picture.png && ! grep -E 'SEEKTABLE|PADDING' list"));
+        const AudioFileContents again = desk.read("s.flac");
+        EXPECT_EQ(again.flacMetadata, contents.flacMetadata);
+        KnownSound expected = sound;
+        expected.words.erase(expected.words.begin() + 10000, expected.words.begin() + 12000);
+        expectSame(wordsOf(again.buffer), expected, std::to_string(bits));
+    }
+}
+
+// Lengths that are not true, and files that end too soon or are damaged on the way.
+TEST(Formats, AreNotBelievedInWhatTheySayOfTheirLength) {
+    Desk desk;
+    const KnownSound sound = knownNoise(16, 2, 44100, 30000);
+    desk.write("in.wav", ourWav(sound));
+    ASSERT_TRUE(desk.run("flac --silent -f -o a.flac in.wav && sox in.wav a.au"));
+    const auto changed = [&](const std::string &name, std::size_t at, const std::string &bytes) {
+        writeText(desk.path("x-" + name), readText(desk.path(name)).replace(at, bytes.size(), bytes));
+        return "x-" + name;
+    };
+    const auto cut = [&](const std::string &name, std::size_t bytes) {
+        writeText(desk.path("x-" + name), readText(desk.path(name)).substr(0, bytes));
+        return "x-" + name;
+    };
+    const auto frames = [&](const std::string &name) {
+        const std::int64_t read = desk.read(name).buffer.frames();
+        EXPECT_EQ(desk.framesTold(name), read) << name;
+        return read;
+    };
+    // The last four bytes of the number of samples in STREAMINFO; the length in an AU file.
+    for (const std::string &length : {std::string(4, '\0'), std::string("\0\0\0\1", 4), std::string("\7\0\0\0", 4)})
+        EXPECT_EQ(frames(changed("a.flac", 22, length)), 30000);
+    for (const std::string &length : {std::string(4, '\xff'), std::string("\7\0\0\0", 4)})
+        EXPECT_EQ(frames(changed("a.au", 8, length)), 30000);
+    EXPECT_EQ(frames(cut("a.flac", 60000)) % 4096, 0);
+    EXPECT_GT(frames(cut("a.flac", 60000)), 8000);
+    const std::int64_t start = std::uint8_t(readText(desk.path("a.au"))[7]);
+    EXPECT_EQ(frames(cut("a.au", 20003)), (20003 - start) / 4);
+    const auto outcome = [&](const std::string &name) -> std::string {
+        try {
+            desk.read(name);
+            return "";
+        } catch (const AudioFileError &error) {
+            return error.what();
+        }
+    };
+    EXPECT_EQ(outcome(changed("a.flac", 50000, "damage")), "The file could not be read: the FLAC data is damaged.");
+    EXPECT_EQ(outcome(cut("a.flac", 10)), "The file could not be read: the FLAC data is damaged.");
+    writeText(desk.path("x.txt"), "Dear diary, nothing happened.\n");
+    EXPECT_EQ(outcome("x.txt"), "This audio format is not supported (unknown kind of file).");
+}
+
+// Without a module its kinds of files are not supported, and nothing else changes.
+TEST(Formats, WithoutTheirModuleAreNotSupported) {
+    Desk desk;
+    desk.write("in.wav", ourWav(knownTone(1, 44100, 3000)));
+    ASSERT_TRUE(desk.run("ffmpeg -y -i in.wav a.m4a && flac --silent -f -o a.flac in.wav"));
+    TestFolder empty;
+    LinuxFileSystem fileSystem;
+    const auto files = makeFiles(fileSystem);
+    ModuleDecoders none(empty.path());
+    const std::pair<const char *, const char *> rows[] = {{"in.wav", ""},
+                                                          {"a.m4a", "This audio format is not supported (MPEG-4)."},
+                                                          {"a.flac", "This audio format is not supported (FLAC)."}};
+    for (const auto &[name, text] : rows) {
+        Progress progress;
+        std::string said;
+        try {
+            readAudioFile(*files, &none, desk.path(name), progress);
+        } catch (const AudioFileError &error) {
+            said = error.what();
+        }
+        EXPECT_EQ(said, text) << name;
+    }
+}
+
+TEST(Formats, CanBeCancelledWhileTheyAreRead) {
+    Desk desk;
+    desk.write("in.wav", ourWav(knownTone(2, 44100, 400000)));
+    ASSERT_TRUE(desk.run("flac --silent -f -o a.flac in.wav && ffmpeg -y -i in.wav a.mp3 && ffmpeg -y -i in.wav a.m4a"));
+    LinuxFileSystem fileSystem;
+    const auto files = makeFiles(fileSystem);
+    ModuleDecoders decoders;
+    for (const char *name : {"a.flac", "a.mp3", "a.m4a"}) {
+        Progress progress;
+        progress.cancel();
+        EXPECT_THROW(readAudioFile(*files, &decoders, desk.path(name), progress), Cancelled) << name;
+        Progress whole;
+        readAudioFile(*files, &decoders, desk.path(name), whole);
+        EXPECT_GT(whole.fraction(), 0.99) << name;
+    }
+}
+
+}  // namespace
+}  // namespace kiv
