@@ -82,11 +82,30 @@ bool replaced(FakeFileSystem &world, const Case &c) {
     }
 }
 
-TEST(SafeReplace, puts_the_new_file_in_place_with_the_old_attributes_and_leaves_nothing) {
+// Calls check(world, case) with a fresh world of each case; and check(world, case, step) for every step that its save takes.
+template <class Check>
+void forEachCase(Check check) {
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
         FakeFileSystem world;
         setUp(world, c);
+        check(world, c);
+    }
+}
+template <class Check>
+void forEachStep(Check check) {
+    forEachCase([&](FakeFileSystem &, const Case &c) {
+        for (int step = 1, steps = stepsOf(c); step <= steps && !hasFailed(); ++step) {
+            SCOPED_TRACE("step " + std::to_string(step));
+            FakeFileSystem world;
+            setUp(world, c);
+            check(world, c, step);
+        }
+    });
+}
+
+TEST(SafeReplace, puts_the_new_file_in_place_with_the_old_attributes_and_leaves_nothing) {
+    forEachCase([](FakeFileSystem &world, const Case &c) {
         replaceSafely(world, song, makes(c.after), block);
         world.losePowerAt(1);
         EXPECT_FALSE(replaced(world, c));
@@ -95,56 +114,41 @@ TEST(SafeReplace, puts_the_new_file_in_place_with_the_old_attributes_and_leaves_
         EXPECT_EQ(world.attributes(song), "mine");
         EXPECT_EQ(recoverInPlace(world, song, block), Files::Recovery::notNeeded);
         expectNothingLeft(world);
-    }
+    });
 }
 
-TEST(SafeReplace, keeps_the_old_file_and_leaves_nothing_whichever_step_fails) {
-    for (const Case &c : cases)
-        for (int step = 1, steps = stepsOf(c); step <= steps; ++step) {
-            SCOPED_TRACE(c.name + (" step " + std::to_string(step)));
-            FakeFileSystem world;
-            setUp(world, c);
-            world.failAt(step, std::errc::io_error);
-            const bool done = replaced(world, c);
-            world.heal();
-            EXPECT_EQ(textOf(world.bytes(song)), done ? c.after : c.before);
-            EXPECT_EQ(world.attributes(song), "mine");
-            EXPECT_EQ(recoverInPlace(world, song, block), Files::Recovery::notNeeded);
-            // After success only the removal of what is no longer needed can have failed: that is left to the next save.
-            if (done) replaceSafely(world, song, makes("next"), block);
-            expectNothingLeft(world);
-        }
-}
-
-TEST(SafeReplace, keeps_the_old_file_when_the_disk_is_full_from_some_step_on) {
-    for (const Case &c : cases)
-        for (int step = 1, steps = stepsOf(c); step <= steps; ++step) {
-            SCOPED_TRACE(c.name + (" step " + std::to_string(step)));
-            FakeFileSystem world;
-            setUp(world, c);
-            world.failAt(step, std::errc::no_space_on_device, Lasting::full);
-            const bool done = replaced(world, c);
-            EXPECT_EQ(textOf(world.bytes(song)), done ? c.after : c.before);
-            expectNothingLeft(world);
-        }
+TEST(SafeReplace, keeps_the_old_file_and_leaves_nothing_whichever_step_fails_or_finds_the_disk_full) {
+    forEachStep([](FakeFileSystem &world, const Case &c, int step) {
+        world.failAt(step, std::errc::io_error);
+        const bool done = replaced(world, c);
+        world.heal();
+        EXPECT_EQ(textOf(world.bytes(song)), done ? c.after : c.before);
+        EXPECT_EQ(world.attributes(song), "mine");
+        EXPECT_EQ(recoverInPlace(world, song, block), Files::Recovery::notNeeded);
+        // After success only the removal of what is no longer needed can have failed: that is left to the next save.
+        if (done) replaceSafely(world, song, makes("next"), block);
+        expectNothingLeft(world);
+    });
+    forEachStep([](FakeFileSystem &world, const Case &c, int step) {
+        world.failAt(step, std::errc::no_space_on_device, Lasting::full);
+        const bool done = replaced(world, c);
+        EXPECT_EQ(textOf(world.bytes(song)), done ? c.after : c.before);
+        expectNothingLeft(world);
+    });
 }
 
 TEST(SafeReplace, gives_a_whole_file_back_when_the_device_fails_from_some_step_on) {
-    for (const Case &c : cases)
-        for (int step = 1, steps = stepsOf(c); step <= steps; ++step) {
-            SCOPED_TRACE(c.name + (" step " + std::to_string(step)));
-            FakeFileSystem world;
-            setUp(world, c);
-            world.failAt(step, std::errc::io_error, Lasting::on);
-            world.losePowerAt(1000);
-            const bool done = replaced(world, c);
-            world.heal();
-            recoverInPlace(world, song, block);
-            EXPECT_THAT(textOf(world.bytes(song)), AnyOf(c.after, done ? c.after : c.before));
-            // What a failed sync was to bring to the device may never come there by itself.
-            world.restart(Survival::anything, unsigned(step));
-            EXPECT_THAT(textOf(world.bytes(song)), AnyOf(c.after, c.before));
-        }
+    forEachStep([](FakeFileSystem &world, const Case &c, int step) {
+        world.failAt(step, std::errc::io_error, Lasting::on);
+        world.losePowerAt(1000);
+        const bool done = replaced(world, c);
+        world.heal();
+        recoverInPlace(world, song, block);
+        EXPECT_THAT(textOf(world.bytes(song)), AnyOf(c.after, done ? c.after : c.before));
+        // What a failed sync was to bring to the device may never come there by itself.
+        world.restart(Survival::anything, unsigned(step));
+        EXPECT_THAT(textOf(world.bytes(song)), AnyOf(c.after, c.before));
+    });
 }
 
 // Once the power is back, whatever has survived of what was not synced.
@@ -342,33 +346,36 @@ TEST(SafeReplace, keeps_the_old_contents_findable_when_they_cannot_be_put_back) 
     }
 }
 
-TEST(SafeReplace, leaves_all_as_it_was_when_the_contents_cannot_be_made) {
-    for (const Case &c : cases) {
-        FakeFileSystem world;
-        setUp(world, c);
-        const Produce gives = [&](ByteSink &sink) {
-            makes("the first part")(sink);
-            throw std::runtime_error("no more");
+TEST(SafeReplace, leaves_all_as_it_was_when_the_contents_cannot_be_made_or_do_not_pass_the_check) {
+    const Produce fails = [](ByteSink &sink) {
+        makes("the first part")(sink);
+        throw std::runtime_error("no more");
+    };
+    forEachCase([&](FakeFileSystem &world, const Case &c) {
+        EXPECT_THROW(replaceSafely(world, song, fails, block), std::runtime_error);
+        std::string checked;
+        const Check refuses = [&](const ByteSource &written) {
+            Bytes bytes(std::size_t(written.size()));
+            written.read(0, bytes);
+            checked = textOf(bytes);
+            throw std::runtime_error("not so");
         };
-        EXPECT_THROW(replaceSafely(world, song, gives, block), std::runtime_error);
+        EXPECT_THROW(replaceSafely(world, song, makes(c.after), block, refuses), std::runtime_error);
+        EXPECT_EQ(checked, c.after);
         EXPECT_EQ(textOf(world.bytes(song)), c.before);
         expectNothingLeft(world);
-    }
+    });
 }
 
 TEST(SafeReplace, lets_the_old_file_be_read_while_the_new_one_is_made) {
-    for (const Case &c : cases) {
-        FakeFileSystem world;
-        setUp(world, c);
-        replaceSafely(
-            world, song,
-            [&](ByteSink &sink) {
-                makes("again: ")(sink);
-                contentsOf(world, song, block)(sink);
-            },
-            block);
+    forEachCase([](FakeFileSystem &world, const Case &c) {
+        const Produce again = [&](ByteSink &sink) {
+            makes("again: ")(sink);
+            contentsOf(world, song, block)(sink);
+        };
+        replaceSafely(world, song, again, block);
         EXPECT_EQ(textOf(world.bytes(song)), "again: " + c.before);
-    }
+    });
 }
 
 TEST(SafeReplace, refuses_what_is_no_file_or_must_not_be_written) {
@@ -413,22 +420,20 @@ TEST(SafeReplace, makes_a_new_file_also_where_a_link_points_to_nothing) {
 }
 
 TEST(SafeReplace, does_not_write_over_what_another_program_did_meanwhile) {
-    for (const Case &c : cases) {
-        FakeFileSystem world;
-        setUp(world, c);
+    forEachCase([](FakeFileSystem &world, const Case &c) {
         const auto during = [&](ByteSink &sink) {
             makes(c.after)(sink);
             world.put(song, bytesOf("theirs"), "mine");
         };
         try {
             replaceSafely(world, song, during, block);
-            ADD_FAILURE() << c.name;
+            ADD_FAILURE();
         } catch (const std::system_error &error) {
             EXPECT_STREQ(error.what(), "Another program has changed the file during the save");
         }
         EXPECT_EQ(textOf(world.bytes(song)), "theirs");
         expectNothingLeft(world);
-    }
+    });
 }
 
 TEST(SafeReplace, two_saves_of_one_file_at_once_do_not_disturb_each_other) {

@@ -9,56 +9,30 @@
 namespace kiv {
 namespace {
 
-template <class Value>
-struct Case {
-    std::optional<std::string> stored;
-    Value read;
-};
-
-template <class Row, class Value>
-void expectReads(const Row &row, const std::vector<Case<Value>> &cases) {
-    for (const Case<Value> &each : cases) {
+template <class Value, class Row>
+void expectReads(const Row &row, const std::vector<std::pair<const char *, Value>> &cases) {
+    for (const auto &[stored, value] : cases) {
         FakeDefaults defaults;
-        if (each.stored) defaults.setText(row.key, *each.stored);
-        EXPECT_EQ(Settings(defaults).get(row), each.read) << row.key << " = " << each.stored.value_or("(nothing)");
+        if (stored) defaults.setText(row.key, stored);
+        EXPECT_EQ(Settings(defaults).get(row), value) << row.key << " = " << (stored ? stored : "(nothing)");
     }
 }
 
-TEST(Settings, numbersAreClampedAndUnreadableOnesGiveTheDefault) {
-    expectReads<NumberSetting, double>(Setting::gainDb, {{{}, 0},
-                                                         {"3.25", 3.25},
-                                                         {"-24", -24},
-                                                         {"-24.001", -24},
-                                                         {"1e6", 24},
-                                                         {"inf", 24},
-                                                         {"nan", 0},
-                                                         {"", 0},
-                                                         {"3,25", 0},
-                                                         {"3 dB", 0},
-                                                         {" 3", 0}});
-    expectReads<NumberSetting, double>(Setting::normalizeDb, {{{}, 0}, {"-1.5", -1.5}, {"6", 0}, {"-100", -24}});
+// clang-format off
+TEST(Settings, whatIsStoredIsClampedAndWhatCannotBeReadGivesTheDefault) {
+    expectReads<double>(Setting::gainDb, {{nullptr, 0}, {"3.25", 3.25}, {"-24", -24}, {"-24.001", -24}, {"1e6", 24}, {"inf", 24},
+                                          {"nan", 0}, {"", 0}, {"3,25", 0}, {"3 dB", 0}, {" 3", 0}});
+    expectReads<double>(Setting::normalizeDb, {{nullptr, 0}, {"-1.5", -1.5}, {"6", 0}, {"-100", -24}});
+    expectReads<bool>(Setting::followPlayhead, {{nullptr, false}, {"true", true}, {"yes", false}, {"1", false}});
+    expectReads<bool>(Setting::emptyWindowAtLaunch, {{nullptr, true}, {"false", false}, {"no", true}, {"0", true}});
+    expectReads<std::string>(Setting::timeUnit, {{nullptr, "seconds"}, {"samples", "samples"}, {"seconds", "seconds"}, {"Samples", "seconds"},
+                                                 {"seconds samples", "seconds"}, {"sample", "seconds"}, {"", "seconds"}, {"7", "seconds"}});
+    expectReads<std::string>(Setting::monoSource, {{nullptr, "mix"}, {"left", "left"}, {"right", "right"}, {"Left", "mix"}});
+    expectReads<std::string>(Setting::theme, {{nullptr, "auto"}, {"Dawn.json", "Dawn.json"}, {"", ""}});
 }
+// clang-format on
 
-TEST(Settings, aFlagThatIsNoFlagGivesTheDefault) {
-    expectReads<FlagSetting, bool>(Setting::followPlayhead, {{{}, false}, {"true", true}, {"yes", false}, {"1", false}});
-    expectReads<FlagSetting, bool>(Setting::emptyWindowAtLaunch, {{{}, true}, {"false", false}, {"no", true}, {"0", true}});
-}
-
-TEST(Settings, aTextThatIsNotListedGivesTheDefault) {
-    expectReads<TextSetting, std::string>(Setting::timeUnit, {{{}, "seconds"},
-                                                              {"samples", "samples"},
-                                                              {"seconds", "seconds"},
-                                                              {"Samples", "seconds"},
-                                                              {"seconds samples", "seconds"},
-                                                              {"sample", "seconds"},
-                                                              {"", "seconds"},
-                                                              {"7", "seconds"}});
-    expectReads<TextSetting, std::string>(Setting::monoSource,
-                                          {{{}, "mix"}, {"left", "left"}, {"right", "right"}, {"Left", "mix"}});
-    expectReads<TextSetting, std::string>(Setting::theme, {{{}, "auto"}, {"Dawn.json", "Dawn.json"}, {"", ""}});
-}
-
-TEST(Settings, whatIsSetReadsBackTheSame) {
+TEST(Settings, whatIsSetReadsBackTheSameAndIsStoredWithinTheRange) {
     FakeDefaults defaults;
     Settings settings(defaults);
     for (const double db : {0.1, -3.3333333333333335, 24.0, -0.0, 1e-300}) {
@@ -69,19 +43,14 @@ TEST(Settings, whatIsSetReadsBackTheSame) {
         settings.set(Setting::emptyWindowAtLaunch, flag);
         EXPECT_EQ(Settings(defaults).get(Setting::emptyWindowAtLaunch), flag);
     }
-    settings.set(Setting::timeUnit, "samples");
-    EXPECT_EQ(defaults.text("time_unit"), "samples");
-}
-
-TEST(Settings, whatIsStoredIsAlreadyWithinTheRange) {
-    FakeDefaults defaults;
-    Settings settings(defaults);
-    settings.set(Setting::gainDb, 99);
-    EXPECT_EQ(defaults.text("audio_editor_gain_db"), "24");
-    settings.set(Setting::gainDb, std::nan(""));
-    EXPECT_EQ(defaults.text("audio_editor_gain_db"), "0");
-    settings.set(Setting::monoSource, "both");
-    EXPECT_EQ(defaults.text("audio_editor_mono_source"), "mix");
+    for (const auto &[db, stored] : {std::pair(99.0, "24"), std::pair(std::nan(""), "0")}) {
+        settings.set(Setting::gainDb, db);
+        EXPECT_EQ(defaults.text("audio_editor_gain_db"), stored);
+    }
+    for (const auto &[source, stored] : {std::pair("both", "mix"), std::pair("left", "left")}) {
+        settings.set(Setting::monoSource, source);
+        EXPECT_EQ(defaults.text("audio_editor_mono_source"), stored);
+    }
 }
 
 }  // namespace

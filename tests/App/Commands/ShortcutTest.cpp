@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint64_t sh = Shortcut::shift, ctl = Shortcut::control, opt = Shortcut::option, cmd = Shortcut::command;
 
-TEST(Shortcut, isDisplayedWithItsModifiersInAFixedOrder) {
+TEST(Shortcut, isDisplayedWithItsModifiersInAFixedOrderAndGivesMenusACharacter) {
     const struct {
         Shortcut shortcut;
         std::string_view display;
@@ -28,19 +28,15 @@ TEST(Shortcut, isDisplayedWithItsModifiersInAFixedOrder) {
         // clang-format on
     };
     for (const auto &[shortcut, display] : cases) EXPECT_EQ(shortcut.displayString(), display);
-}
-
-TEST(Shortcut, givesMenusACharacter) {
-    const std::pair<std::string_view, std::string_view> cases[] = {
+    const std::pair<std::string_view, std::string_view> characters[] = {
         // clang-format off
         {"space", " "}, {"escape", "\x1B"}, {"delete", "\b"}, {"forwardDelete", "\x7F"}, {"return", "\r"}, {"tab", "\t"},
         {"home", "\xEF\x9C\xA9"}, {"end", "\xEF\x9C\xAB"}, {"pageUp", "\xEF\x9C\xAC"}, {"pageDown", "\xEF\x9C\xAD"},
-        {"left", "\xEF\x9C\x82"}, {"right", "\xEF\x9C\x83"}, {"up", "\xEF\x9C\x80"}, {"down", "\xEF\x9C\x81"}, {"s", "s"},
-        {"ä", "ä"},
+        {"left", "\xEF\x9C\x82"}, {"right", "\xEF\x9C\x83"}, {"up", "\xEF\x9C\x80"}, {"down", "\xEF\x9C\x81"}, {"s", "s"}, {"ä", "ä"},
         // clang-format on
     };
-    for (const auto &[key, equivalent] : cases)
-        EXPECT_EQ((Shortcut{std::string(key), cmd}).menuKeyEquivalent(), equivalent) << key;
+    for (const auto &[key, equivalent] : characters)
+        EXPECT_EQ((Shortcut{std::string(key), cmd}).menuKeyEquivalent(), equivalent);
 }
 
 struct PressCase {

@@ -121,8 +121,10 @@ void addFaults(std::vector<CorpusFile> &corpus) {
                       chunk("smpl", smpl({{3, 0xFFFFFFFF}, {99, 98}})));
     const Bytes eight = riff("WAVE", chunk("fmt ", fmt({.bits = 8})) + chunk("data", noise(21, 1)));
     const CorpusFile faults[] = {
-        {"stale", wavOf(20, chunk("PEAK", zeros(16)) + chunk("abcd", zeros(3))), {staleChunk, formSize}},
-        {"stale aiff", aiffOf(20, beChunk("levl", zeros(16))), {staleChunk, formSize}},
+        {"stale",
+         wavOf(20, chunk("PEAK", zeros(16)) + chunk("md5 ", zeros(5)) + chunk("MD5 ", zeros(3))),
+         {staleChunk, formSize}},
+        {"stale aiff", aiffOf(20, beChunk("levl", zeros(16)) + beChunk("peak", zeros(1))), {staleChunk, formSize}},
         {"form size 0", withBytes(wav, 4, le32(0)), {formSize}},
         {"form size of a stream", withBytes(aiff, 4, be32(0xFFFFFFFF)), {formSize}},
         {"form size without the tail", withBytes(wavOf(20, text("abc")), 4, le32(76)), {formSize}},

@@ -70,6 +70,9 @@ TEST(AiffLoop, IsAddedWithFreeMarkerIds) {
     const auto contents = addingLoop(read(aiffOf(100, chunks)), 20, 30);
     expectLoop(contents, {20, 30}, {7, 8});
     EXPECT_EQ(show(contents.chunks[3].data), show(instrument(1, 5, 6)));
+    // An instrument that plays its loop in another way goes on doing so.
+    EXPECT_EQ(show(addingLoop(read(aiffOf(100, beChunk("INST", instrument(2, 8, 9)))), 20, 30).chunks[2].data),
+              show(instrument(2, 1, 2)));
     EXPECT_EQ(show(AudioFileCodec::patched(contents.chunks[4], contents.positions)),
               show(be16(4) + marker(1, 7, "ab") + marker(3, 8, "c") + marker(5, 20, "Loop Start") + marker(6, 30, "Loop End")));
 }
@@ -105,12 +108,6 @@ TEST(AiffLoop, IsTakenOutWithItsMarkersAndTheCommentsOnThem) {
     const Bytes release = be16(1) + be16(1) + be16(4);
     EXPECT_EQ(show(written(removingLoop(read(before(release))))),
               show(file(be16(3) + others + end, be16(3) + comment(4, "even") + comments, zeros(6) + release)));
-}
-
-// An instrument that plays its loop in another way goes on doing so.
-TEST(AiffLoop, KeepsThePlayModeThatIsThere) {
-    const auto contents = addingLoop(read(aiffOf(100, beChunk("INST", instrument(2, 8, 9)))), 20, 30);
-    EXPECT_EQ(show(contents.chunks[2].data), show(instrument(2, 1, 2)));
 }
 
 TEST(Loop, ComesBackAfterBeingTakenOutAndAdded) {
@@ -158,17 +155,6 @@ TEST(ChunkIds, AreShownWithReplacementCharacters) {
         {"abc\xE2", "abc\uFFFD"},
     };
     for (const auto &[id, shown] : rows) EXPECT_EQ(displayText(id), shown);
-}
-
-TEST(Contents, SayWhetherTheyCanBeSavedInPlace) {
-    AudioFileContents contents;
-    EXPECT_TRUE(contents.canSaveInPlace());
-    contents.format.container = AudioContainer::coreAudio;
-    for (const auto &[identifier, can] :
-         std::map<std::string, bool>{{".mp1", false}, {".mp2", false}, {".mp3", false}, {"flac", true}}) {
-        contents.coreAudioSettings = {{formatIdentifierKey, identifier}};
-        EXPECT_EQ(contents.canSaveInPlace(), can) << identifier;
-    }
 }
 
 }  // namespace

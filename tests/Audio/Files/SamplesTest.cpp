@@ -161,11 +161,5 @@ TEST(Samples, ConvertAnyCount) {
     }
 }
 
-TEST(Samples, AreDescribedAsTheUserKnowsThem) {
-    EXPECT_EQ((AudioSampleEncoding{.bytes = 3, .validBits = 20}.description()), "20-bit");
-    EXPECT_EQ(floats(4).description(), "32-bit float");
-    EXPECT_EQ(floats(8).description(), "64-bit float");
-}
-
 }  // namespace
 }  // namespace kiv

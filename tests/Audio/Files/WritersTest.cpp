@@ -31,33 +31,20 @@ std::string failure(const AudioFileContents &contents) {
     }
 }
 
-TEST(WavWriter, PutsAnEditedSoundIntoTheFileAsItWas) {
-    const auto file = [](unsigned channels, const Bytes &fact, const Bytes &samples) {
+TEST(Writers, PutAnEditedSoundIntoTheFileAsItWas) {
+    const auto wav = [](unsigned channels, unsigned frames, const Bytes &samples) {
         return riff("WAVE", chunk("abcd", text("xyz")) + chunk("fmt ", fmt({.channels = channels}) + text("extra!")) +
-                                chunk("fact", fact + text("more")) + chunk("data", samples) + chunk("LIST", text("INFOabcd")));
+                                chunk("fact", le32(frames) + text("more")) + chunk("data", samples) +
+                                chunk("LIST", text("INFOabcd")));
     };
-    const Bytes before = file(2, le32(2), le16(1) + le16(2) + le16(3) + le16(4));
-    EXPECT_EQ(show(written(read(before))), show(before));
-    EXPECT_EQ(show(rewritten(before, sound({0.5f, -1, 1}))),
-              show(file(1, le32(3), le16(0x4000) + le16(0x8000) + le16(0x7FFF))));
-}
-
-TEST(WavWriter, LeavesOutWhatDescribesTheSamples) {
-    const auto fileWith = [](const Bytes &chunks) {
-        return riff("WAVE", chunk("fmt ", fmt({})) + chunks + chunk("data", le16(1)));
+    const auto aifc = [](unsigned channels, unsigned frames, const Bytes &samples) {
+        const Comm common{.channels = channels, .frames = frames, .rate = extended(22050.5)};
+        return form("AIFC", beChunk("FVER", be32(0xA2805140)) + ssnd(samples) + beChunk("COMM", compressed(common, "sowt")) +
+                                beChunk("NAME", text("a song")));
     };
-    Bytes stale;
-    for (const char *id : {"PEAK", "peak", "levl", "md5 ", "MD5 "}) stale = stale + chunk(id, zeros(5));
-    EXPECT_EQ(show(written(read(fileWith(stale + chunk("abcd", text("odd")))))), show(fileWith(chunk("abcd", text("odd")))));
-}
-
-TEST(WavWriter, PadsOddChunksAndOddAudio) {
-    const Bytes head = chunk("fmt ", fmt({.bits = 8}));
-    const Bytes padded = riff("WAVE", head + chunk("data", hex("010203")) + chunk("x   ", byte(1)));
-    Bytes unpadded = padded;
-    unpadded.pop_back();
-    EXPECT_EQ(show(written(read(padded))), show(padded));
-    EXPECT_EQ(show(written(read(unpadded))), show(padded));
+    const Bytes before = le16(1) + le16(2) + le16(3) + le16(4), after = le16(0x4000) + le16(0x8000) + le16(0x7FFF);
+    EXPECT_EQ(show(rewritten(wav(2, 2, before), sound({0.5f, -1, 1}))), show(wav(1, 3, after)));
+    EXPECT_EQ(show(rewritten(aifc(2, 2, before), sound({0.5f, -1, 1}))), show(aifc(1, 3, after)));
 }
 
 TEST(WavWriter, ClearsTheChannelMaskOnlyWhenTheChannelsChange) {
@@ -91,32 +78,10 @@ TEST(WavWriter, KeepsOthersOutOfAnEmptyDataChunk) {
               show(file(8, chunk("note", text("ab")) + chunk("data", {}))));
 }
 
-TEST(AiffWriter, PutsAnEditedSoundIntoTheFileAsItWas) {
-    const auto file = [](unsigned channels, unsigned frames, const Bytes &samples) {
-        const Comm common{.channels = channels, .frames = frames, .rate = extended(22050.5)};
-        return form("AIFC", beChunk("FVER", be32(0xA2805140)) + ssnd(samples) + beChunk("COMM", compressed(common, "sowt")) +
-                                beChunk("NAME", text("a song")));
-    };
-    const Bytes before = file(2, 1, le16(1) + le16(2));
-    EXPECT_EQ(show(written(read(before))), show(before));
-    EXPECT_EQ(show(rewritten(before, sound({0.5f, -1, 1}))), show(file(1, 3, le16(0x4000) + le16(0x8000) + le16(0x7FFF))));
-}
-
-TEST(AiffWriter, WritesThePlainSoundChunkAndLeavesOutWhatDescribesTheSamples) {
-    const Bytes common = beChunk("COMM", comm({.frames = 1}));
-    const Bytes sound = beChunk("SSND", be32(2) + be32(512) + hex("ffff 0001"));
-    EXPECT_EQ(show(written(read(form("AIFF", common + beChunk("PEAK", zeros(4)) + sound)))),
-              show(form("AIFF", common + ssnd(hex("0001")))));
-}
-
 TEST(AiffWriter, MakesASoundChunkWhenThereIsAudioToWrite) {
     const auto head = [](unsigned frames) { return beChunk("COMM", comm({.frames = frames})) + beChunk("NAME", text("none")); };
     EXPECT_EQ(show(written(read(form("AIFF", head(0))))), show(form("AIFF", head(0))));
     EXPECT_EQ(show(rewritten(form("AIFF", head(0)), sound({0.5f}))), show(form("AIFF", head(1) + ssnd(hex("4000")))));
-}
-
-TEST(Writers, CarryWhatIsBehindTheLastChunk) {
-    for (const Bytes &file : {wavOf(3, text("tail")), aiffOf(3, text("odd"))}) EXPECT_EQ(show(written(read(file))), show(file));
 }
 
 TEST(Writers, RefuseWhatDoesNotFitOrHasNoEncoding) {
