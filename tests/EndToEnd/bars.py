@@ -439,7 +439,7 @@ def windows(desktop, program, path):
 
 
 def themes(desktop, program, portal, path):
-    """The desktop turns dark and light; the window follows at once and looks as if it had been opened so."""
+    """The desktop turns dark and light; the window and its sheet follow at once and look as if they had been opened so."""
     bus = desktop.start(["dbus-daemon", "--session", "--nofork", "--print-address"], stdout=subprocess.PIPE)
     desktop.env["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().decode().strip()
     settings = desktop.folder / "config" / "kiv-audio-editor" / "settings"
@@ -448,9 +448,10 @@ def themes(desktop, program, portal, path):
         settings.write_text(f"theme={name}\n")
         bars = Bars(desktop, program, path)
         bars.move(600, 400)
+        bars.key("shift+g")
         time.sleep(0.5)
         looks[scheme] = bars.picture().pixels
-        bars.key("ctrl+w")
+        bars.key("Escape", "ctrl+w")
         bars.process.wait(10)
     settings.write_text("theme=auto\n")
     teller = subprocess.Popen([portal], env=desktop.env, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
@@ -464,10 +465,11 @@ def themes(desktop, program, portal, path):
     tell(1)
     bars = Bars(desktop, program, path)
     bars.move(600, 400)
+    bars.key("shift+g")
     for scheme in (1, 2, 1, 2):
         tell(scheme)
         bars.holds(f"the look of scheme {scheme}", lambda: bars.picture().pixels == looks[scheme])
-    bars.key("ctrl+w")
+    bars.key("Escape", "ctrl+w")
     assert bars.process.wait(10) == 0
     teller.stdin.close()
 

@@ -13,11 +13,13 @@ constexpr int padding = 12;
 constexpr int betweenGroups = 20;
 constexpr int betweenRightGroups = 16;
 
-// Between two texts of a group.
-int gap(const InfoText &before, const InfoText &after) {
-    constexpr int afterLabel = 6, aroundDot = 5, aroundDash = 3;
+using Measure = std::function<int(const InfoText &)>;
+
+// Between two texts of a group: a blank around a dash, a little more around a dot.
+int gap(const InfoText &before, const InfoText &after, const Measure &measure) {
+    constexpr int afterLabel = 6, moreAroundDot = 1;
     if (before.isLabel) return afterLabel;
-    return before.text == "·" || after.text == "·" ? aroundDot : aroundDash;
+    return measure({" ", false, {}}) + (before.text == "·" || after.text == "·" ? moreAroundDot : 0);
 }
 
 std::vector<InfoGroup> places(const AudioEditorState &state) {
@@ -40,16 +42,16 @@ std::string joined(const std::vector<std::string> &parts) {
     return text;
 }
 
-int widthOf(const InfoGroup &group, const std::function<int(const InfoText &)> &measure) {
+int widthOf(const InfoGroup &group, const Measure &measure) {
     int width = 0;
     for (std::size_t i = 0; i < group.texts.size(); ++i) {
-        if (i > 0) width += gap(group.texts[i - 1], group.texts[i]);
+        if (i > 0) width += gap(group.texts[i - 1], group.texts[i], measure);
         width += measure(group.texts[i]);
     }
     return width;
 }
 
-int widthOf(const std::vector<InfoGroup> &groups, int between, const std::function<int(const InfoText &)> &measure) {
+int widthOf(const std::vector<InfoGroup> &groups, int between, const Measure &measure) {
     int width = 0;
     for (const InfoGroup &group : groups) width += widthOf(group, measure) + (width > 0 ? between : 0);
     return width;
@@ -59,11 +61,11 @@ void drop(std::vector<InfoGroup> &groups, InfoGroupKind kind) {
     std::erase_if(groups, [&](const InfoGroup &group) { return group.kind == kind; });
 }
 
-void place(const std::vector<InfoGroup> &groups, int x, int between, const std::function<int(const InfoText &)> &measure,
+void place(const std::vector<InfoGroup> &groups, int x, int between, const Measure &measure,
            std::vector<PlacedInfoText> &placed) {
     for (const InfoGroup &group : groups) {
         for (std::size_t i = 0; i < group.texts.size(); ++i) {
-            if (i > 0) x += gap(group.texts[i - 1], group.texts[i]);
+            if (i > 0) x += gap(group.texts[i - 1], group.texts[i], measure);
             placed.push_back({group.texts[i], x, measure(group.texts[i])});
             x += placed.back().width;
         }
@@ -94,11 +96,9 @@ InfoLineScene infoLineScene(const AudioEditorState &state, const std::optional<W
                                {format(state.timeUnit, double(pointer->frame), rate), false, {}},
                                {"·", false, {}},
                                {decibelText(pointer->levelDb), false, {}}}});
-    if (facts.sampleRate > 0) {
-        const auto text =
-            joined({facts.typeName, facts.bits, rateText(facts.sampleRate), channelsText(state.buffer.channels())});
-        scene.right.push_back({InfoGroupKind::format, {{text, true, {}}}});
-    }
+    if (facts.sampleRate <= 0) return scene;  // not read yet: also its length is not known
+    const auto text = joined({facts.typeName, facts.bits, rateText(facts.sampleRate), channelsText(state.buffer.channels())});
+    scene.right.push_back({InfoGroupKind::format, {{text, true, {}}}});
     scene.right.push_back({InfoGroupKind::total, {{format(state.timeUnit, double(state.buffer.frames()), rate), false, {}}}});
     return scene;
 }
@@ -118,7 +118,7 @@ std::string spokenPlaces(const InfoLineScene &scene) {
 }
 
 std::vector<PlacedInfoText> placedInfoTexts(const InfoLineScene &scene, int width,
-                                            const std::function<int(const InfoText &)> &measure) {
+                                            const Measure &measure) {
     InfoLineScene shown = scene;
     const auto needed = [&] {
         return 2 * padding + widthOf(shown.left, betweenGroups, measure) + betweenGroups +

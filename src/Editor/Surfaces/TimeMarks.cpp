@@ -59,9 +59,11 @@ void thinLabels(std::vector<TimeTick> &ticks, const std::vector<bool> &isExact) 
     }
 }
 
-// Calls visit(index, x) for every mark in view, `divisions` to a labelled step.
+// Calls visit(index, x) for every mark in view, `divisions` to a labelled step. Without a sound there is only its beginning.
 template <class Visit>
-void forEachMark(const Grid &grid, int divisions, const TimeAxis &axis, int columns, Visit visit) {
+void forEachMark(const AudioEditorState &state, const Grid &grid, int divisions, const TimeAxis &axis, int columns,
+                 Visit visit) {
+    if (state.buffer.isEmpty()) return visit(0, 0);
     const double frames = grid.frames / divisions;
     for (auto i = std::int64_t(std::ceil(axis.frameAt(0) / frames - 1e-9)); axis.xOf(double(i) * frames) < columns; ++i)
         visit(i, axis.columnOf(double(i) * frames));
@@ -74,7 +76,7 @@ std::vector<TimeTick> timeTicks(const AudioEditorState &state, const TimeAxis &a
     const double lastLabel = columns - (roomAtTheEdge + labelAfterTick) * textScale;
     std::vector<TimeTick> ticks;
     std::vector<bool> isExact;
-    forEachMark(grid, grid.divisions, axis, columns, [&](std::int64_t i, int x) {
+    forEachMark(state, grid, grid.divisions, axis, columns, [&](std::int64_t i, int x) {
         const std::int64_t index = i / grid.divisions;
         const int part = int(i % grid.divisions);
         isExact.push_back(part == 0 && isToldExactly(state, grid, index));
@@ -89,7 +91,7 @@ std::vector<TimeTick> timeTicks(const AudioEditorState &state, const TimeAxis &a
 
 std::vector<int> timeLines(const AudioEditorState &state, const TimeAxis &axis, int columns, double textScale) {
     std::vector<int> lines;
-    forEachMark(gridOf(state, axis, textScale), 1, axis, columns, [&](std::int64_t, int x) { lines.push_back(x); });
+    forEachMark(state, gridOf(state, axis, textScale), 1, axis, columns, [&](std::int64_t, int x) { lines.push_back(x); });
     return lines;
 }
 

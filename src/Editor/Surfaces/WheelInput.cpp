@@ -16,6 +16,7 @@ void WheelInput::apply(const WheelTurn &turn, Zoom zoom) {
 }
 
 void WheelInput::turn(const WheelTurn &turn, double x, double width) {
+    if (x < 0) return turnVertical(turn.up);
     apply(turn, [&](double factor) { pinch(factor, x, width); });
 }
 

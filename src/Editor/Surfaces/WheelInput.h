@@ -13,7 +13,7 @@ class WheelInput {
 public:
     explicit WheelInput(AudioEditorModel &model) : model_(model) {}
 
-    // Over the waveform and its ruler: x of width is the place that zooming keeps.
+    // Over the waveform and its ruler: x of width is the place that zooming keeps. Left of it is the gutter.
     void turn(const WheelTurn &turn, double x, double width);
     void pinch(double factor, double x, double width);
     // Over the overview: zooming is around the frame there.

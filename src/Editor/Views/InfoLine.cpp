@@ -53,7 +53,8 @@ void InfoLine::setFacts(const FileFacts &facts) {
     if (facts == facts_) return;
     facts_ = facts;
     refresh();
-    setAccessibleDescription(onScreen(infoLineScene(model_.state(), {}, facts_).right.front().texts.front().text));
+    const std::vector<InfoGroup> right = infoLineScene(model_.state(), {}, facts_).right;
+    setAccessibleDescription(right.empty() ? QString() : onScreen(right.front().texts.front().text));
 }
 
 void InfoLine::setProgress(std::optional<double> fraction) {

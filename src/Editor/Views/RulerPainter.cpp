@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPolygonF>
+#include <algorithm>
 
 #include "Editor/Views/ViewStyle.h"
 
@@ -46,7 +47,9 @@ public:
         fillPart(strip_, geometry_.lane, colors_.lane);
         fillPart({left_ - hair_, left_}, geometry_.lane, colors_.edge);
         fillPart({0, left_}, foot, colors_.hairline);
-        text(scene_.unit, unitLeft * scale_);
+        // A large one in the middle of the corner, which does not grow.
+        const double spare = left_ - texts_.width(style_.font(textSize), scene_.unit, scale_);
+        text(scene_.unit, std::min(unitLeft * scale_, spare / 2));
     }
 
     void ticks() {

@@ -157,7 +157,8 @@ int TopBar::positionWidth() const {
     const AudioEditorState &state = model_.state();
     const auto longest = format(state.timeUnit, double(state.buffer.frames()), state.buffer.sampleRate());
     const double width = digitTextWidth(style_.font(20, QFont::DemiBold), onScreen(longest));
-    return std::max(int(std::lround(104 * style_.textFactor())), int(std::ceil(width)) + 8);
+    // The control reaches a little beyond its place, which is room for a long text too.
+    return std::max(int(std::lround(104 * style_.textFactor())), int(std::ceil(width)) - ValueButton::reach);
 }
 
 TopBarMeasures TopBar::measures() const {

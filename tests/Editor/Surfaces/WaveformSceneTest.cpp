@@ -162,6 +162,13 @@ TEST_F(WaveformSceneTest, LabelsFinerThanTheyCanTellStandWhereTheySay) {
     }
 }
 
+TEST_F(WaveformSceneTest, WithoutASoundThereIsOnlyItsBeginning) {
+    load(AudioEditorBuffer(std::vector<float>(), 1, 44100));
+    const auto ticks = timeTicks(state(), viewAxis(state(), 1000), 1000, 1);
+    EXPECT_EQ(ticks, (std::vector<TimeTick>{{0, TimeTick::Kind::labelled, "0 s"}}));
+    EXPECT_EQ(timeLines(state(), viewAxis(state(), 1000), 1000, 1), std::vector{0});
+}
+
 TEST_F(WaveformSceneTest, TicksBetweenLabelsAreTenPartsOrFive) {
     struct Row {
         double framesPerPixel;

@@ -102,6 +102,7 @@ TEST_F(InfoLineTest, TellsCursorOrSelectionAndWhatTheFileIs) {
     model.select({12000, 36000});
     EXPECT_EQ(shown(2000), "Selection|0.250 s|–|0.750 s|Length|0.500 s|WAV · 24-bit · 48 kHz · Stereo|1.000 s|");
     EXPECT_EQ(spokenPlaces(infoLineScene(state(), {}, facts)), "Selection 0.250 s – 0.750 s, Length 0.500 s");
+    EXPECT_TRUE(infoLineScene(state(), {}, {}).right.empty()) << "of a file that is still being read";
 }
 
 TEST_F(InfoLineTest, DropsThePointerFirstAndThenTheFormat) {

@@ -203,12 +203,13 @@ TEST_F(SoundViewsTest, ARightClickAsksForTheMenu) {
 }
 
 TEST_F(SoundViewsTest, WheelsAndKeysReachTheModel) {
-    const auto turn = [](QWidget &view, QPoint pixels, QPoint delta, Qt::KeyboardModifiers modifiers, Qt::ScrollPhase phase) {
-        QWheelEvent event(QPointF(500, 10), view.mapToGlobal(QPointF(500, 10)), pixels, delta, {}, modifiers, phase, false);
+    const auto turn = [](QWidget &view, QPointF at, QPoint pixels, QPoint delta, Qt::KeyboardModifiers modifiers,
+                         Qt::ScrollPhase phase) {
+        QWheelEvent event(at, view.mapToGlobal(at), pixels, delta, {}, modifiers, phase, false);
         QApplication::sendEvent(&view, &event);
     };
-    const auto wheel = [&](QWidget &view, QPoint delta, Qt::KeyboardModifiers modifiers) {
-        turn(view, {}, delta, modifiers, Qt::NoScrollPhase);
+    const auto wheel = [&](QWidget &view, QPoint delta, Qt::KeyboardModifiers modifiers, QPointF at = {500, 10}) {
+        turn(view, at, {}, delta, modifiers, Qt::NoScrollPhase);
     };
     wheel(waveform, {0, 120}, {});
     EXPECT_NEAR(state().view.zoom, 1.25, 1e-9);
@@ -218,13 +219,15 @@ TEST_F(SoundViewsTest, WheelsAndKeysReachTheModel) {
     EXPECT_NEAR(state().view.zoom, 1, 1e-9);
     wheel(gutter, {0, 120}, {});
     EXPECT_EQ(state().verticalZoomDb, 3);
+    wheel(ruler, {0, 120}, {}, {20, 10});  // the gutter's upper end
+    EXPECT_EQ(state().verticalZoomDb, 6);
     // Fingers move the picture as far as they go, and zoom by 2 in 64 pixels.
     model.setView({4, 50000});
-    turn(waveform, {30, 1}, {900, 30}, {}, Qt::ScrollUpdate);
+    turn(waveform, {500, 10}, {30, 1}, {900, 30}, {}, Qt::ScrollUpdate);
     EXPECT_NEAR(state().view.centerFrame, 50000 - 30 * 25, 1e-6);
-    turn(waveform, {0, -20}, {0, -900}, Qt::ShiftModifier, Qt::ScrollUpdate);
+    turn(waveform, {500, 10}, {0, -20}, {0, -900}, Qt::ShiftModifier, Qt::ScrollUpdate);
     EXPECT_NEAR(state().view.centerFrame, 50000 - 10 * 25, 1e-6);
-    turn(waveform, {0, 64}, {0, 900}, {}, Qt::ScrollUpdate);
+    turn(waveform, {500, 10}, {0, 64}, {0, 900}, {}, Qt::ScrollUpdate);
     EXPECT_NEAR(state().view.zoom, 8, 1e-9);
     QKeyEvent end(QEvent::KeyPress, Qt::Key_End, Qt::NoModifier);
     QApplication::sendEvent(&waveform, &end);

@@ -34,6 +34,32 @@ public:
     bool waits = false;
 };
 
+// Sees which of a widget and those inside it are painted.
+class PaintCount : public QObject {
+public:
+    explicit PaintCount(QWidget &widget) {
+        widget.installEventFilter(this);
+        for (QWidget *child : widget.findChildren<QWidget *>()) child->installEventFilter(this);
+    }
+    template <class Act>
+    std::set<QWidget *> during(Act act) {
+        settle();
+        painted_.clear();
+        act();
+        return painted_;
+    }
+    bool eventFilter(QObject *watched, QEvent *event) override {
+        if (event->type() == QEvent::Paint) painted_.insert(static_cast<QWidget *>(watched));
+        return false;
+    }
+
+private:
+    static void settle() {
+        for (int i = 0; i < 3; ++i) QApplication::processEvents();
+    }
+    std::set<QWidget *> painted_;
+};
+
 // A window for controls, with a model and somebody who takes the commands.
 struct WindowPartsFixture : ModelFixture {
     QApplication &application = testApplication();

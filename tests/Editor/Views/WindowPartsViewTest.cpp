@@ -96,12 +96,27 @@ TEST_F(TopBarTest, TypedPositionsSetTheCursor) {
     EXPECT_EQ(state().cursorFrame, 66150);
 }
 
+TEST_F(TopBarTest, PaintsWhatChangedAndNothingElse) {
+    load(AudioEditorBuffer(std::vector<float>(88200), 1, 44100));
+    PaintCount count(bar);
+    const auto painted = [&](auto act) { return count.during([&] { act(), settle(); }); };
+    EXPECT_EQ(painted([&] { model.setPlayheads({{1, 4410}}); }), (std::set<QWidget *>{&bar, &bar.position()}));
+    EXPECT_TRUE(painted([&] {
+                    model.setPlayheads({{1, 4410.2}});  // reads the same
+                    model.setMaxLevel({});
+                    model.setVerticalZoomDb(0);
+                    model.setLoopEnabled(model.state().loopEnabled);
+                    bar.refreshCommands();
+                }).empty());
+    EXPECT_TRUE(painted([&] { model.setView({2, 30000}); }).empty());
+}
+
 TEST_F(TopBarTest, PositionIsNeverCut) {
     model.toggleTimeUnit();
     for (const std::int64_t frames : {1000LL, 20'000'000LL}) {
         load(AudioEditorBuffer(std::vector<float>(std::size_t(frames)), 1, 44100));
         model.placeCursor(frames);
-        EXPECT_LE(bar.position().textWidth(), bar.position().width() - 2 * ValueButton::reach) << frames;
+        EXPECT_LE(bar.position().textWidth(), bar.position().width() - ValueButton::reach) << frames;
     }
 }
 
@@ -140,6 +155,12 @@ TEST_F(TopBarTest, EveryControlHasANameForThoseWhoCannotSeeIt) {
     EXPECT_EQ(QAccessible::queryAccessibleInterface(&bar)->role(), QAccessible::ToolBar);
 }
 
+TEST_F(TopBarTest, AnyWheelOverADisabledButtonOfTheGroupStepsIt) {
+    bar.button(Item::verticalZoomIn)->setEnabled(false);
+    wheel(bar.button(Item::verticalZoomIn), -1);
+    EXPECT_EQ(target.performed, std::vector{verticalZoomOut});
+}
+
 struct InfoLineViewTest : WindowPartsFixture {
     InfoLine line{model, style, &window};
     InfoLineViewTest() {
@@ -168,6 +189,20 @@ TEST_F(InfoLineViewTest, SpeaksThePlacesOnlyWhenTheyChange) {
     line.setPointer(WaveformHover{100, -3});
     line.setPointer({});
     EXPECT_EQ(spoken, std::vector<QString>{"Cursor 1.000 s"});
+}
+
+TEST_F(InfoLineViewTest, PaintsNothingWhenItReadsTheSame) {
+    PaintCount count(line);
+    EXPECT_TRUE(count
+                    .during([&] {
+                        model.setPlayheads({{1, 1000}});
+                        model.setView({2, 30000});
+                        model.setVerticalZoomDb(3);
+                        line.setPointer({});
+                        line.setFacts({});
+                        settle();
+                    })
+                    .empty());
 }
 
 struct SheetTest : WindowPartsFixture {
