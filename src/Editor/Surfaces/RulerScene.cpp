@@ -10,7 +10,7 @@ constexpr double flagReach = 14;  // a marker's flag and a loop's tab reach furt
 
 RulerScene rulerScene(const AudioEditorState &state, ViewSize size, const RulerScene &last) {
     const std::string unit = state.timeUnit == AudioEditorTimeUnit::samples ? "Smp" : "Sec";
-    RulerScene scene{rulerGeometry(state, size), state.buffer.sampleRate(), unit, {}, {}};
+    RulerScene scene{rulerGeometry(state, size), state.buffer.sampleRate(), unit, {}, {}, state.editLoopEnabled};
     const bool same =
         last.geometry == scene.geometry && last.unit == unit && last.sampleRate == scene.sampleRate && !last.ticks.empty();
     scene.ticks = same ? last.ticks : timeTicks(state, scene.geometry.axis, scene.geometry.wholeColumns(), size.textScale());
@@ -21,7 +21,8 @@ RulerScene rulerScene(const AudioEditorState &state, ViewSize size, const RulerS
 
 Damage rulerDamage(const RulerScene &before, const RulerScene &now) {
     Damage damage;
-    damage.everything = before.geometry != now.geometry || before.unit != now.unit || before.ticks != now.ticks;
+    damage.everything = before.geometry != now.geometry || before.unit != now.unit || before.ticks != now.ticks ||
+                        before.editsLoop != now.editsLoop;
     if (damage.everything || before == now) return damage;
     const double scale = now.geometry.size.scale;
     ViewMarks flags = before.marks, heads = before.marks;

@@ -15,6 +15,7 @@ struct RulerScene {
     std::string unit;  // "Sec", "Smp"
     std::vector<TimeTick> ticks;
     ViewMarks marks;
+    bool editsLoop = false;  // the loop can be taken hold of
 
     friend bool operator==(const RulerScene &, const RulerScene &) = default;
 };

@@ -35,7 +35,8 @@ public:
           scale_(geometry_.size.scale),
           left_(geometry_.left),
           hair_(hairline(scale_)),
-          strip_{left_, left_ + geometry_.wholeColumns()} {
+          strip_{left_, left_ + geometry_.wholeColumns()},
+          loopColor_(scene.editsLoop ? colors_[Role::accentBg] : colors_.loopMark) {
         painter_.setRenderHint(QPainter::Antialiasing);
         painter_.setPen(Qt::NoPen);
     }
@@ -68,7 +69,7 @@ public:
         const int lo = left_ + scene_.marks.loop->lo, hi = left_ + scene_.marks.loop->hi + hair_;
         const int foot = geometry_.lane.hi - devicePixels(loopBarFoot, scale_), width = devicePixels(tabWidth, scale_);
         const int top = foot - devicePixels(tabHeight, scale_), radius = devicePixels(tabRadius, scale_);
-        fillPart({lo, hi}, {foot - devicePixels(loopBarHeight, scale_), foot}, colors_.loopMark);
+        fillPart({lo, hi}, {foot - devicePixels(loopBarHeight, scale_), foot}, loopColor_);
         tab(QRectF(lo, top, width, foot - top), QRectF(lo, top, width - radius, radius), radius);
         tab(QRectF(hi - width, top, width, foot - top), QRectF(hi - width + radius, top, width - radius, radius), radius);
         painter_.restore();
@@ -153,7 +154,7 @@ private:
         path.addRoundedRect(box, radius, radius);
         path.addRect(squareCorner);
         path.addRect(box.adjusted(0, radius, 0, 0));
-        painter_.fillPath(path, toColor(colors_.loopMark));
+        painter_.fillPath(path, toColor(loopColor_));
     }
 
     QPainter &painter_;
@@ -166,6 +167,7 @@ private:
     double scale_;
     int left_, hair_;
     PixelSpan strip_;
+    Rgba loopColor_;
 };
 
 }  // namespace
