@@ -42,6 +42,7 @@ DocumentHostingView::DocumentHostingView(AudioEditorModel &model, Jobs &jobs, Vi
     ring_->follow(overview_);
     styleChanges_ = style.changed.add([this](const ViewStyle &) { layOut(); });
     layOut();
+    refreshTips();
     waveform_->setFocus();
 }
 
@@ -62,6 +63,12 @@ void DocumentHostingView::connectParts() {
         waveform_->setFocus();
         topBar_->refreshCommands();
     };
+}
+
+void DocumentHostingView::refreshTips() {
+    constexpr auto unit = EditorCommand::toggleTimeUnit;
+    topBar_->refreshTips();
+    ruler_->setUnitTip(tipText(titleText(unit), target_.shortcutText(unit)));
 }
 
 void DocumentHostingView::orderTabs() {

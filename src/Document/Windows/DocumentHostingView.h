@@ -35,6 +35,8 @@ public:
     SheetHost &sheets() { return *sheets_; }
     Notice &notice() { return *notice_; }
     BusyLine &busyLine() { return *busyLine_; }
+    // Titles and shortcuts in the tips.
+    void refreshTips();
     // Whether all of what the waveform shows is known.
     bool isSoundComplete() const;
 

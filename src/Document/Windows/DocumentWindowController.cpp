@@ -49,7 +49,7 @@ DocumentWindowController::DocumentWindowController(const WindowServices &service
     modelChanges_ = document_->model().observers.add([this](const Changes &changes) {
         if (changes.contains(Change::dialog)) dialogChanged();
     });
-    shortcutChanges_ = services.shortcuts.didChange.add([this](const ShortcutStore &) { view_->topBar().refreshTips(); });
+    shortcutChanges_ = services.shortcuts.didChange.add([this](const ShortcutStore &) { view_->refreshTips(); });
 }
 
 DocumentWindowController::~DocumentWindowController() = default;

@@ -20,6 +20,7 @@ void OverviewInput::press(const PointerEvent &event, const OverviewGeometry &geo
     const std::int64_t frames = model_.state().buffer.frames();
     const double frame = overviewFrameAt(geometry, event.x);
     const double first = firstVisibleFrame(view, frames), last = first + visibleFrames(view, frames);
+    model_.setViewDragged(true);
     switch (overviewPartAt(geometry, event.x - geometry.left)) {
         case OverviewPart::box:
             drag_ = {OverviewPart::box, view, view.centerFrame - frame, 0};
@@ -47,6 +48,11 @@ void OverviewInput::move(const PointerEvent &event, const OverviewGeometry &geom
     const double lo = isLeft ? std::clamp(place, 0.0, std::max(fixed - leastFrames, 0.0)) : fixed;
     const double hi = isLeft ? fixed : std::clamp(place, std::min(fixed + leastFrames, frames), frames);
     model_.setView({frames / std::max(hi - lo, 1.0), (lo + hi) / 2});
+}
+
+void OverviewInput::release() {
+    drag_.reset();
+    model_.setViewDragged(false);
 }
 
 bool OverviewInput::cancel() {

@@ -15,7 +15,7 @@ public:
 
     void press(const PointerEvent &event, const OverviewGeometry &geometry);
     void move(const PointerEvent &event, const OverviewGeometry &geometry);
-    void release() { drag_.reset(); }
+    void release();
     // The view as at the press. False when nothing is being dragged.
     bool cancel();
     void doubleClick();

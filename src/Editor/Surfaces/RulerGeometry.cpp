@@ -8,6 +8,7 @@ namespace {
 constexpr double flagWidth = 11, flagFoot = 12;  // rows of the lane that a flag may be caught in
 constexpr double flagGrace = 2;
 constexpr double barRoom = 8;  // from the lane's foot; the bar is thinner
+constexpr double tabRoom = 14, tabWidth = 9, tabGrace = 5;
 
 }  // namespace
 
@@ -35,6 +36,16 @@ bool isLoopBarAt(const AudioEditorState &state, const RulerGeometry &geometry, d
     if (!state.loopPoints || y < geometry.lane.hi - barRoom * geometry.size.scale || y >= geometry.lane.hi) return false;
     return column >= geometry.axis.columnOf(double(state.loopPoints->lo)) &&
            column <= geometry.axis.columnOf(double(state.loopPoints->hi));
+}
+
+std::optional<bool> loopTabAt(const AudioEditorState &state, const RulerGeometry &geometry, double column, double y) {
+    const double scale = geometry.size.scale;
+    if (!state.loopPoints || y < geometry.lane.hi - tabRoom * scale || y >= geometry.lane.hi) return std::nullopt;
+    const double fromStart = column - geometry.axis.columnOf(double(state.loopPoints->lo));
+    const double fromEnd = geometry.axis.columnOf(double(state.loopPoints->hi)) - column;
+    const auto isOn = [&](double inwards) { return inwards >= -tabGrace * scale && inwards <= tabWidth * scale; };
+    if (isOn(fromStart) && (!isOn(fromEnd) || std::abs(fromStart) <= std::abs(fromEnd))) return true;
+    return isOn(fromEnd) ? std::optional(false) : std::nullopt;
 }
 
 }  // namespace kiv

@@ -28,4 +28,7 @@ std::optional<std::size_t> markerAt(const AudioEditorState &state, const RulerGe
 // Whether the loop's bar or one of its tabs is there.
 bool isLoopBarAt(const AudioEditorState &state, const RulerGeometry &geometry, double column, double y);
 
+// Which of the loop's tabs is there, with some grace around them: true for the one at its start.
+std::optional<bool> loopTabAt(const AudioEditorState &state, const RulerGeometry &geometry, double column, double y);
+
 }  // namespace kiv

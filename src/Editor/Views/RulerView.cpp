@@ -26,8 +26,9 @@ struct RulerView::Parts {
 };
 
 RulerView::RulerView(AudioEditorModel &model, ViewStyle &style, QWidget *parent)
-    : QWidget(parent), parts_(std::make_unique<Parts>(model, style)) {
+    : QWidget(parent), parts_(std::make_unique<Parts>(model, style)), corner_(new QWidget(this)) {
     setAttribute(Qt::WA_OpaquePaintEvent);
+    setMouseTracking(true);
     setAccessibleName("Time ruler");
     takeStyle();
     parts_->modelChanges = model.observers.add([this](const Changes &) { refresh(); });
@@ -36,7 +37,13 @@ RulerView::RulerView(AudioEditorModel &model, ViewStyle &style, QWidget *parent)
 
 RulerView::~RulerView() = default;
 
+void RulerView::setUnitTip(const QString &tip) {
+    corner_->setToolTip(tip);
+    setAccessibleDescription(tip);
+}
+
 void RulerView::takeStyle() {
+    corner_->setGeometry(0, 0, gutterWidth, parts_->style.grown(rulerHeight));
     setFixedHeight(parts_->style.grown(rulerHeight) + markerLaneHeight);
     refresh();
     update();
@@ -71,13 +78,14 @@ void RulerView::mousePressEvent(QMouseEvent *event) {
 void RulerView::mouseDoubleClickEvent(QMouseEvent *event) { mousePressEvent(event); }
 
 void RulerView::mouseMoveEvent(QMouseEvent *event) {
-    parts_->input.move(pointerEvent(*event, devicePixelRatioF()), parts_->scene.geometry);
-    setShape(*this, parts_->input.shape());
+    const PointerEvent at = pointerEvent(*event, devicePixelRatioF());
+    parts_->input.move(at, parts_->scene.geometry);
+    setShape(*this, parts_->input.shape(at, parts_->scene.geometry));
 }
 
 void RulerView::mouseReleaseEvent(QMouseEvent *event) {
     if (event->button() == Qt::LeftButton) parts_->input.release();
-    setShape(*this, parts_->input.shape());
+    setShape(*this, parts_->input.shape(pointerEvent(*event, devicePixelRatioF()), parts_->scene.geometry));
 }
 
 void RulerView::wheelEvent(QWheelEvent *event) {
@@ -94,9 +102,9 @@ bool RulerView::event(QEvent *event) {
 }
 
 bool RulerView::cancelDrag() {
-    const bool dragged = parts_->input.cancel();
-    setShape(*this, parts_->input.shape());
-    return dragged;
+    if (!parts_->input.cancel()) return false;
+    setShape(*this, PointerShape::arrow);
+    return true;
 }
 
 }  // namespace kiv

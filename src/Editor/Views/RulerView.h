@@ -15,6 +15,8 @@ public:
     RulerView(AudioEditorModel &model, ViewStyle &style, QWidget *parent = nullptr);
     ~RulerView() override;
 
+    // What a click does, as the tip of the corner with the unit's name.
+    void setUnitTip(const QString &tip);
     // For Esc: ends the drag in progress and puts the view back. False when there is none.
     bool cancelDrag();
 
@@ -36,6 +38,7 @@ private:
     void takeStyle();
 
     std::unique_ptr<Parts> parts_;
+    QWidget *corner_;  // only for its tip
 };
 
 }  // namespace kiv

@@ -15,7 +15,7 @@ using Role = AudioEditorThemeColor;
 
 // What the field adds on either side of the number: small ones have a label close before them.
 bool isLarge(int pixels) { return pixels > 15; }
-int fieldPadding(int pixels) { return isLarge(pixels) ? 10 : 4; }
+int fieldPadding(int pixels) { return isLarge(pixels) ? 10 : 3; }
 
 }  // namespace
 
