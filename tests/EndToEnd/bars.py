@@ -462,25 +462,28 @@ def themes(desktop, program, portal, path):
         teller.stdin.flush()
         teller.stdout.readline()
 
+    def shown():
+        now = bars.picture().pixels
+        assert now in looks.values(), "half dark, half light"
+        return now
+
     tell(1)
     bars = Bars(desktop, program, path)
     bars.move(600, 400)
     bars.key("shift+g")
-    for scheme in (1, 2, 1, 2):
+    bars.holds("the dark look", lambda: bars.picture().pixels == looks[1])
+    for scheme in (2, 1, 2, 1):
         tell(scheme)
-        bars.holds(f"the look of scheme {scheme}", lambda: bars.picture().pixels == looks[scheme])
+        bars.holds(f"the look of scheme {scheme}", lambda: shown() == looks[scheme])
     bars.key("Escape", "ctrl+w")
     assert bars.process.wait(10) == 0
     teller.stdin.close()
 
 
 def main(program, portal):
-    with Desktop(sound=True) as desktop:
+    with Desktop(sound=True, settings={"theme": "dark"}) as desktop:
         path = desktop.folder / "tone.wav"
         path.write_bytes(sound())
-        settings = desktop.folder / "config" / "kiv-audio-editor"
-        settings.mkdir(parents=True)
-        (settings / "settings").write_text("theme=dark\n")
         bars = Bars(desktop, program, path)
         for part in (top_bar, vertical_zoom, position, hover_and_tip, overview, ruler, marker_lane, info_line, keyboard, playing,
                      small_windows, idle):

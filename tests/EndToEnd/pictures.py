@@ -193,10 +193,17 @@ def single_samples(editor):
     editor.move(600, 400)
 
 
+def small_window(editor):
+    editor.desktop.do("windowsize", "--sync", editor.window, round(720 * editor.scale), round(480 * editor.scale))
+    time.sleep(0.5)
+    editor.move(600, 60)
+
+
 SITUATIONS = {
     "main": (break_file, {"follow_playhead": "true"}, main_window),
     "long-file": (talk_file, {}, long_file),
     "single-samples": (noise_file, {}, single_samples),
+    "small-window": (break_file, {}, small_window),
 }
 
 
