@@ -117,8 +117,7 @@ std::string spokenPlaces(const InfoLineScene &scene) {
     return spoken;
 }
 
-std::vector<PlacedInfoText> placedInfoTexts(const InfoLineScene &scene, int width,
-                                            const Measure &measure) {
+std::vector<PlacedInfoText> placedInfoTexts(const InfoLineScene &scene, int width, const Measure &measure) {
     InfoLineScene shown = scene;
     const auto needed = [&] {
         return 2 * padding + widthOf(shown.left, betweenGroups, measure) + betweenGroups +

@@ -91,11 +91,11 @@ TEST_F(RulerTest, LoopPointsAreDraggedByTheirTabsInEditLoopAlone) {
     model.setEditLoopEnabled(true);
     EXPECT_EQ(shape(302, 30), PointerShape::horizontalSize);
     EXPECT_EQ(shape(350, 30), PointerShape::arrow);
-    for (const Row &row : {Row{302, 332, false, {13300, 14000}}, Row{297, 150, false, {11530, 14000}},
-                           Row{302, 206, false, {12000, 14000}}, Row{302, 206, true, {12040, 14000}},
-                           Row{302, 253, false, {12500, 14000}}, Row{302, 600, false, {13999, 14000}},
-                           Row{398, 500, false, {13000, 15000}}, Row{404, 460, false, {13000, 14560}},
-                           Row{398, 100, false, {13000, 13001}}, Row{302, 304, false, {13000, 14000}}}) {
+    for (const Row &row :
+         {Row{302, 332, false, {13300, 14000}}, Row{297, 150, false, {11530, 14000}}, Row{302, 206, false, {12000, 14000}},
+          Row{302, 206, true, {12040, 14000}}, Row{302, 253, false, {12500, 14000}}, Row{302, 600, false, {13999, 14000}},
+          Row{398, 500, false, {13000, 15000}}, Row{404, 460, false, {13000, 14560}}, Row{398, 100, false, {13000, 13001}},
+          Row{302, 304, false, {13000, 14000}}}) {
         press(row.from, 30);
         move((row.from + row.to) / 2, 30);
         move(row.to, 30, row.control);
