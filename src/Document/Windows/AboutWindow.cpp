@@ -32,6 +32,7 @@ public:
         ok_->setFocus();
         connect(ok_, &QPushButton::clicked, this, [this] { close(); });
         setAccessibleName("Kiv Audio Editor " + QCoreApplication::applicationVersion());
+        styleChanges_ = style.changed.add([this](const ViewStyle &) { update(); });
     }
 
 protected:
@@ -59,6 +60,7 @@ private:
 
     ViewStyle &style_;
     Button *ok_;
+    Subscription styleChanges_;
 };
 
 }  // namespace
