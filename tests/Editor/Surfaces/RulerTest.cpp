@@ -120,7 +120,7 @@ TEST_F(RulerTest, ADragInTheEmptyLaneMakesTheLoopInEditLoopAlone) {
         return state().loopPoints;
     };
     load(noise(100000, 2, 1), {12000});
-    show(10000, 10);
+    model.setView({10, 15000});
     EXPECT_EQ(drag(300, 400), std::nullopt);
     model.setEditLoopEnabled(true);
     EXPECT_EQ(drag(300, 303), std::nullopt) << "too little for a drag";
