@@ -58,6 +58,7 @@ EditOutcome pasted(const AudioEditorBuffer &buffer, FrameRange over, const Audio
 // Whether the typed text, if there is one, could be read.
 bool takeTypedText(AudioEditorModel &model, Dialog dialog) {
     if (dialog == Dialog::mono || model.state().dialogText.empty()) return true;
+    if (dialog == Dialog::timeStretch) return parseWhole(model.state().dialogText).has_value();  // in force since it was typed
     const std::optional<double> db = parseDecibels(model.state().dialogText);
     if (!db) return false;
     dialog == Dialog::gain ? model.setGainDb(*db) : model.setNormalizeDb(*db);
@@ -72,6 +73,8 @@ void performDialog(AudioEditorModel &model, Dialog dialog) {
             return normalize(model, model.state().normalizeDb);
         case Dialog::mono:
             return mono(model, model.state().monoSource);
+        case Dialog::timeStretch:
+            return timeStretch(model, model.state().stretch);
     }
 }
 

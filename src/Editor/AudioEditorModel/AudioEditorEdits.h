@@ -26,5 +26,7 @@ bool confirmDialog(AudioEditorModel &model);
 // A typed decibel value: point or comma, a leading sign with a minus of either kind, "dB" behind it or not. Nothing when it
 // cannot be read.
 std::optional<double> parseDecibels(std::string_view text);
+// A typed whole number, written like that, with "%", "st", "ct" or "smp" behind it or not; decimals are rounded.
+std::optional<int> parseWhole(std::string_view text);
 
 }  // namespace kiv::AudioEditorEdits
