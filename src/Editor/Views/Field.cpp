@@ -49,6 +49,11 @@ void Field::setBackground(Rgba background) {
     applyStyle();
 }
 
+void Field::setCorners(Corners corners) {
+    corners_ = corners;
+    update();
+}
+
 void Field::setReadable(bool isReadable) {
     if (isReadable == isReadable_) return;
     isReadable_ = isReadable;
@@ -89,7 +94,7 @@ void Field::paintEvent(QPaintEvent *event) {
     {
         QPainter painter(this);
         const QRectF box = QRectF(rect()).adjusted(frame, frame, -frame, -frame);
-        if (!isBare_) paintFieldBox(painter, box, {hasFocus(), isReadable_, isEnabled(), background_}, style_);
+        if (!isBare_) paintFieldBox(painter, box, {hasFocus(), isReadable_, isEnabled(), corners_, background_}, style_);
         paintUnit(painter);
     }
     QLineEdit::paintEvent(event);

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "Editor/Surfaces/ValueInput.h"
+#include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/ViewStyle.h"
 
 namespace kiv {
@@ -26,6 +27,8 @@ public:
     void setPadding(int padding);
     // On the bar and not in a sheet.
     void setBackground(Rgba background);
+    // Which corners are round: the others touch a control that belongs to the field.
+    void setCorners(Corners corners);
     // Whether what is typed makes sense; if not, the frame says so.
     void setReadable(bool isReadable);
     bool isReadable() const { return isReadable_; }
@@ -53,6 +56,7 @@ private:
     int padding_ = 10;
     QFont::Weight weight_ = QFont::Medium;
     std::optional<Rgba> background_;
+    Corners corners_ = Corners::all;
     bool isReadable_ = true;
     bool isBare_ = false;
     StepCounter turned_;

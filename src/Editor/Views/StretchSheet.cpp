@@ -50,6 +50,7 @@ void StretchSheet::connectField(StretchField which) {
     made->setAccessibleName(onScreen(number.label));
     if (which == StretchField::cycle) made->setCorners(Corners::left);
     connect(made, &QLineEdit::textEdited, this, [this, which](const QString &typed) { typeInto(which, typed, false); });
+    connect(made, &QLineEdit::editingFinished, this, [this, which] { endTyping(which); });
     made->onEnter = [this] { confirm(); };
     made->onEscape = [this] { cancel(); };
     made->onStep = [this, which](int steps, bool isSmall) {
@@ -59,10 +60,15 @@ void StretchSheet::connectField(StretchField which) {
 }
 
 void StretchSheet::typeInto(StretchField which, const QString &typed, bool typedAhead) {
-    // What was typed elsewhere and could not be read is not applied, and is gone.
-    if (typing_ != which) model_.setDialogText({}, false);
     typing_ = latest_ = which;
     typeStretchNumber(model_, which, typed.toStdString(), typedAhead);
+}
+
+// What cannot be read stays, to be put right.
+void StretchSheet::endTyping(StretchField which) {
+    if (typing_ != which || !scene_.isReadable) return;
+    typing_.reset();
+    model_.setDialogText({}, false);
 }
 
 void StretchSheet::refresh() {

@@ -36,6 +36,7 @@ private:
     void describe();
     void placeControls();
     void typeInto(StretchField field, const QString &typed, bool typedAhead);
+    void endTyping(StretchField field);
     StretchSheetGeometry geometryFor(int width) const;
 
     AudioEditorModel &model_;
