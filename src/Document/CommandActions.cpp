@@ -31,7 +31,7 @@ bool canPaste(Document document) {
     const auto &clip = document.model().clipboard().buffer;
     return isEditable(document) && clip && !clip->isEmpty();
 }
-bool canReverse(Document document) { return canEdit(document) && document.model().activeRange()->count() > 1; }
+bool hasSeveralFrames(Document document) { return canEdit(document) && document.model().activeRange()->count() > 1; }
 bool hasChannels(Document document) { return isEditable(document) && state(document).buffer.channels() >= 2; }
 bool isNotStereo(Document document) { return isEditable(document) && state(document).buffer.channels() != 2; }
 bool hasSelection(Document document) { return isFree(document) && state(document).selection; }
@@ -72,9 +72,10 @@ constexpr CommandAction actions[] = {
     {Command::fadeIn, canEdit, [](AudioDocument &d) { Edits::fadeIn(d.model()); }},
     {Command::fadeOut, canEdit, [](AudioDocument &d) { Edits::fadeOut(d.model()); }},
     {Command::silence, canEdit, [](AudioDocument &d) { Edits::silence(d.model()); }},
-    {Command::reverse, canReverse, [](AudioDocument &d) { Edits::reverse(d.model()); }},
+    {Command::reverse, hasSeveralFrames, [](AudioDocument &d) { Edits::reverse(d.model()); }},
     {Command::trim, canCut, [](AudioDocument &d) { Edits::trim(d.model()); }},
     {Command::mono, hasChannels, [](AudioDocument &d) { d.model().openDialog(Dialog::mono); }},
+    {Command::timeStretch, hasSeveralFrames, [](AudioDocument &d) { d.model().openDialog(Dialog::timeStretch); }},
     {Command::stereo, isNotStereo, [](AudioDocument &d) { Edits::stereo(d.model()); }},
 
     {Command::zoomIn, canZoomIn, [](AudioDocument &d) { d.model().zoomBy(zoomStep); }},

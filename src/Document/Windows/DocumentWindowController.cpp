@@ -9,6 +9,7 @@
 #include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/LevelSheet.h"
 #include "Editor/Views/MonoSheet.h"
+#include "Editor/Views/StretchSheet.h"
 
 namespace kiv {
 
@@ -101,6 +102,8 @@ void DocumentWindowController::dialogChanged() {
     if (!dialog) return;
     if (*dialog == Dialog::mono)
         view_->sheets().show(std::make_unique<MonoSheet>(document_->model(), services_.style));
+    else if (*dialog == Dialog::timeStretch)
+        view_->sheets().show(std::make_unique<StretchSheet>(document_->model(), services_.style));
     else
         view_->sheets().show(std::make_unique<LevelSheet>(document_->model(), *dialog, services_.style));
 }
@@ -128,7 +131,9 @@ void DocumentWindowController::showError(const std::string &message, const std::
     showAlert(AlertTone::error, {message, informative, {"OK"}}, {});
 }
 
-void DocumentWindowController::showNotice(const std::string &text) { view_->notice().tell(onScreen(text)); }
+void DocumentWindowController::showNotice(NoticeKind kind, const std::string &text) {
+    view_->notice().tell(kind, onScreen(text));
+}
 
 bool DocumentWindowController::isEnabled(EditorCommand command) const {
     if (isWaiting(command)) return false;

@@ -159,6 +159,10 @@ void AudioEditorModel::setMonoSource(AudioEditorMonoSource source) {
     if (set(&AudioEditorState::monoSource, source, Change::dialog)) settings_.set(Setting::monoSource, storedText(source));
 }
 
+void AudioEditorModel::setStretch(const StretchSettings &settings) {
+    set(&AudioEditorState::stretch, clamped(settings), Change::dialog);
+}
+
 void AudioEditorModel::setDialogText(std::string text, bool typedAhead) {
     const Batch batch(*this);
     set(&AudioEditorState::dialogText, std::move(text), Change::dialog);

@@ -15,6 +15,7 @@
 #include "Editor/AudioEditorCore/AudioEditorMonoSource.h"
 #include "Editor/AudioEditorCore/AudioEditorPeaks.h"
 #include "Editor/AudioEditorCore/AudioEditorPlayhead.h"
+#include "Editor/AudioEditorCore/AudioEditorStretch.h"
 #include "Editor/AudioEditorCore/AudioEditorTimeUnit.h"
 #include "Editor/AudioEditorModel/AudioEditorLoopState.h"
 #include "Editor/AudioEditorModel/AudioEditorSlicerState.h"
@@ -28,7 +29,7 @@
 namespace kiv {
 
 // The open edit dialog.
-enum class Dialog { gain, normalize, mono };
+enum class Dialog { gain, normalize, mono, timeStretch };
 
 // A drag in progress on the waveform.
 struct CursorDrag {  // a click, or a selection drawn from the anchor
@@ -118,6 +119,7 @@ struct AudioEditorState : AudioEditorLoopState, AudioEditorSlicerState {
     AudioEditorMonoSource monoSource = AudioEditorMonoSource::mix;
     double gainDb = 0;
     double normalizeDb = 0;
+    StretchSettings stretch;
     std::string dialogText;         // the number being typed into the open dialog
     bool dialogTypedAhead = false;  // typing began before its field had the focus
     AudioEditorTimeUnit timeUnit = AudioEditorTimeUnit::seconds;
@@ -230,6 +232,7 @@ public:
     void setGainDb(double db);       // clamped to −24 … 24, stored
     void setNormalizeDb(double db);  // clamped to −24 … 0, stored
     void setMonoSource(AudioEditorMonoSource source);
+    void setStretch(const StretchSettings &settings);  // clamped
     void setDialogText(std::string text, bool typedAhead);
 
     void setPointerMode(std::optional<PointerMode> mode);

@@ -3,6 +3,8 @@
 #include <QLineEdit>
 #include <functional>
 
+#include "Editor/Surfaces/ValueInput.h"
+#include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/ViewStyle.h"
 
 namespace kiv {
@@ -25,8 +27,13 @@ public:
     void setPadding(int padding);
     // On the bar and not in a sheet.
     void setBackground(Rgba background);
+    // Which corners are round: the others touch a control that belongs to the field.
+    void setCorners(Corners corners);
     // Whether what is typed makes sense; if not, the frame says so.
     void setReadable(bool isReadable);
+    bool isReadable() const { return isReadable_; }
+    // Without a box: what it stands in draws one. Its unit follows what is typed.
+    void setBare(bool isBare);
 
     // Keys that are not text; a step is +1 or −1, small with Shift.
     std::function<void()> onEnter, onEscape;
@@ -40,6 +47,7 @@ protected:
 
 private:
     void applyStyle();
+    void paintUnit(QPainter &painter) const;
 
     ViewStyle &style_;
     FieldContent content_;
@@ -48,8 +56,10 @@ private:
     int padding_ = 10;
     QFont::Weight weight_ = QFont::Medium;
     std::optional<Rgba> background_;
+    Corners corners_ = Corners::all;
     bool isReadable_ = true;
-    int wheelRest_ = 0;
+    bool isBare_ = false;
+    StepCounter turned_;
     Subscription styleChanges_;
 };
 

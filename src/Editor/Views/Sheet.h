@@ -28,6 +28,8 @@ public:
     // something here.
     virtual bool takeKey(const KeyPress &press);
 
+    // sizeFor has another answer now.
+    std::function<void()> onSizeChanged;
     // A wheel that turned over it: the waveform zooms all the same.
     std::function<void(QWheelEvent *)> onWheel;
 

@@ -37,6 +37,7 @@ void SheetHost::showNext() {
     waiting_.pop_front();
     sheet_->setParent(clip_);
     sheet_->onWheel = onWheel;
+    sheet_->onSizeChanged = [this] { place(shown_); };
     const bool slides = !style_.reducesMotion() && clip_->window()->isVisible();
     place(slides ? 0 : 1);  // before it is shown, lest the pointer touches controls that have no place yet
     sheet_->show();

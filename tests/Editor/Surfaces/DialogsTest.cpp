@@ -4,6 +4,7 @@
 #include "Editor/AudioEditorModel/ModelFixture.h"
 #include "Editor/Surfaces/LevelSheetScene.h"
 #include "Editor/Surfaces/MonoSheetScene.h"
+#include "Editor/Surfaces/StretchSheetGeometry.h"
 
 namespace kiv {
 namespace {
@@ -137,6 +138,99 @@ TEST(OutcomeColumns, LongSoundsAreSampledEvenly) {
     const auto columns = outcomeColumns(AudioEditorBuffer(sine, 1, 44100), AudioEditorMonoSource::mix, 4);
     EXPECT_NEAR(columns[0], 1, 0.01);
     EXPECT_NEAR(columns[3], 0.25, 0.01);
+}
+
+struct StretchSheetTest : ModelFixture {
+    StretchSheetTest() {
+        load(AudioEditorBuffer(std::vector<float>(88200, 0.5f), 1, 44100));
+        model.openDialog(Dialog::timeStretch);
+    }
+    const StretchSettings &settings() const { return state().stretch; }
+};
+
+TEST_F(StretchSheetTest, ShowsTheNumbersAndBothLengths) {
+    model.setStretch({StretchMode::s950, 125, 3, -12, 1012});
+    model.select({0, 44100});
+    const StretchSheetScene scene = stretchSheetScene(state());
+    EXPECT_EQ(scene.target, "Selection · 1.000 s");
+    EXPECT_TRUE(scene.isCyclic);
+    EXPECT_EQ(scene.numbers, (decltype(scene.numbers){"125", "+3", "−12", "1012"}));
+    EXPECT_EQ(scene.lengthBefore + " " + scene.lengthAfter, "1.000 s 1.250 s");
+}
+
+TEST_F(StretchSheetTest, TypedNumbersAreInForceAtOnceWithinTheirRange) {
+    const struct {
+        StretchField field;
+        const char *typed;
+        int value;
+        bool isReadable;
+    } cases[] = {
+        {StretchField::time, "125", 125, true},    {StretchField::time, "9999 %", 400, true},
+        {StretchField::time, "1x", 400, false},    {StretchField::time, "", 400, true},
+        {StretchField::semitones, "−3", -3, true}, {StretchField::semitones, "+2,6 st", 3, true},
+        {StretchField::semitones, "-", 3, false},  {StretchField::cents, "-12ct", -12, true},
+        {StretchField::cycle, "20", 50, true},     {StretchField::cycle, "1e3", 50, false},
+    };
+    for (const auto &[field, typed, value, isReadable] : cases) {
+        typeStretchNumber(model, field, typed, false);
+        EXPECT_EQ(settings().*row(field).value, value) << typed;
+        EXPECT_EQ(stretchSheetScene(state()).isReadable, isReadable) << typed;
+        EXPECT_EQ(AudioEditorEdits::confirmDialog(model), isReadable) << typed;
+        model.openDialog(Dialog::timeStretch);
+        model.select({0, 1});  // nothing to stretch
+    }
+}
+
+TEST_F(StretchSheetTest, StepsAndFindsTheCycle) {
+    stepStretchNumber(model, StretchField::time, 2, false);
+    stepStretchNumber(model, StretchField::time, -1, true);
+    stepStretchNumber(model, StretchField::semitones, 20, false);
+    EXPECT_EQ(settings().timePercent, 109);
+    EXPECT_EQ(settings().semitones, 12);
+    typeStretchNumber(model, StretchField::cycle, "x", false);
+    std::vector<float> tone(44100);
+    for (std::size_t i = 0; i < tone.size(); ++i) tone[i] = float(std::sin(2 * std::numbers::pi * double(i) / 300));
+    load(AudioEditorBuffer(tone, 1, 44100));
+    findStretchCycle(model);
+    EXPECT_EQ(settings().cycle, 900);
+    EXPECT_TRUE(stretchSheetScene(state()).isReadable);
+}
+
+TEST_F(StretchSheetTest, ConfirmingStretchesAndKeepsTheNumbersForTheNextTime) {
+    model.setStretch({StretchMode::s950, 50, 0, 0, 1000});
+    EXPECT_TRUE(AudioEditorEdits::confirmDialog(model));
+    EXPECT_FALSE(state().dialog);
+    EXPECT_EQ(buffer().frames(), 44100);
+    model.openDialog(Dialog::timeStretch);
+    EXPECT_EQ(settings().timePercent, 50);
+}
+
+TEST(StretchSheetGeometry, PutsAllInARowAndWrapsWhereThatFindsNoRoom) {
+    const StretchSheetMeasures measures{.segmentsWidth = 141, .autoWidth = 55, .buttonsWidth = 176, .lengthWidth = 170};
+    const auto overlap = [](const Box &a, const Box &b) {
+        return a.x < b.right() && b.x < a.right() && a.y < b.bottom() && b.y < a.bottom();
+    };
+    for (const StretchMode mode : {StretchMode::clean, StretchMode::s950})
+        for (const int most : {1200, 608, 400, 360}) {
+            const StretchSheetGeometry geometry(mode, most, measures);
+            std::vector<Box> boxes{geometry.title(), geometry.segments(), geometry.length()};
+            for (const StretchNumber &number : stretchNumbers)
+                if (const auto box = geometry.field(number.field)) boxes.push_back(*box);
+            EXPECT_EQ(boxes.size(), mode == StretchMode::clean ? 6u : 7u);
+            for (std::size_t i = 0; i < boxes.size(); ++i) {
+                EXPECT_GE(boxes[i].x, 16);
+                EXPECT_LE(boxes[i].right(), geometry.width() - 16) << most << " " << i;
+                EXPECT_LE(boxes[i].bottom(), geometry.height() - 16);
+                for (std::size_t j = 0; j < i; ++j) EXPECT_FALSE(overlap(boxes[i], boxes[j])) << most << " " << i << " " << j;
+            }
+        }
+    const StretchSheetGeometry clean(StretchMode::clean, 1200, measures), cyclic(StretchMode::s950, 1200, measures);
+    EXPECT_EQ(clean.width(), 480);
+    EXPECT_EQ(clean.height(), 166);
+    EXPECT_EQ(clean.segments(), (Box{16, 70, 141, 32}));
+    EXPECT_EQ(clean.field(StretchField::cents), (Box{373, 70, 88, 32}));
+    EXPECT_EQ(cyclic.width(), 640);
+    EXPECT_EQ(cyclic.autoButton(), (Box{564, 70, 55, 32}));
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "Editor/Views/MonoSheet.h"
 #include "Editor/Views/Notice.h"
 #include "Editor/Views/SheetHost.h"
+#include "Editor/Views/StretchSheet.h"
 #include "Editor/Views/Tips.h"
 #include "Editor/Views/TopBar.h"
 #include "Editor/Views/WindowPartsFixture.h"
@@ -300,6 +301,39 @@ TEST_F(SheetTest, EscapeCancelsAndTabStaysInside) {
     EXPECT_FALSE(model.canUndo());
 }
 
+TEST_F(SheetTest, StretchNumbersAreTypedOneAfterTheOther) {
+    model.openDialog(Dialog::timeStretch);
+    auto &sheet = show<StretchSheet>(model, style);
+    EXPECT_TRUE(sheet.field(StretchField::time).hasFocus());
+    type(&sheet.field(StretchField::time), "125");
+    key(QApplication::focusWidget(), Qt::Key_Tab);
+    type(&sheet.field(StretchField::semitones), "-3");
+    key(QApplication::focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(sheet.field(StretchField::semitones).text(), QString::fromUtf8("−3"));
+    sheet.field(StretchField::cents).clearFocus();
+    EXPECT_TRUE(sheet.takeKey(typed("9", 0))) << "typed before a field has the focus";
+    EXPECT_EQ(model.state().stretch, (StretchSettings{StretchMode::clean, 125, 9, 0, 1000}));
+    key(&sheet.field(StretchField::semitones), Qt::Key_Up);
+    type(&sheet.field(StretchField::time), "x");
+    EXPECT_FALSE(button(sheet, "Apply")->isEnabled());
+    EXPECT_EQ(model.state().stretch.semitones, 10);
+}
+
+TEST_F(SheetTest, StretchSheetGrowsForItsCycle) {
+    model.openDialog(Dialog::timeStretch);
+    auto &sheet = show<StretchSheet>(model, style);
+    EXPECT_EQ(sheet.width(), 480);
+    EXPECT_FALSE(sheet.field(StretchField::cycle).isVisible());
+    sheet.segments().button(1)->click();
+    EXPECT_EQ(sheet.width(), 640);
+    EXPECT_EQ(sheet.mapTo(&window, QPoint(0, 0)).x(), 320);
+    EXPECT_TRUE(sheet.autoButton().isVisible());
+    sheet.autoButton().click();
+    EXPECT_EQ(sheet.field(StretchField::cycle).text(), "1000");
+    sheet.cancel();
+    EXPECT_FALSE(model.state().dialog);
+}
+
 TEST_F(SheetTest, MonoTilesAreChosenByKeysAndConfirmed) {
     model.openDialog(Dialog::mono);
     auto &sheet = show<MonoSheet>(model, style);
@@ -401,7 +435,7 @@ TEST_F(OverlaysTest, NoticeStandsOverTheFootAndGoesAtAClick) {
     Notice notice(style, &window);
     notice.placeOver({44, 100, 1236, 300});
     showWindow();
-    notice.tell("18 slices saved");
+    notice.tell(NoticeKind::done, "18 slices saved");
     EXPECT_TRUE(notice.isVisible());
     EXPECT_EQ(notice.height(), 36);
     EXPECT_EQ(notice.geometry().bottom(), 399 - 24);
