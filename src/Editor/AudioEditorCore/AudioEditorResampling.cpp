@@ -9,9 +9,10 @@
 #include <utility>
 
 #include "Editor/AudioEditorCore/AudioEditorOps.h"
+#include "Editor/AudioEditorCore/Resampling.h"
 #include "Support/Parallel.h"
 
-namespace kiv::AudioEditorOps {
+namespace kiv {
 namespace {
 
 constexpr std::int64_t chunkFrames = 16384;
@@ -66,6 +67,8 @@ void resampleChannel(std::int64_t frames, double fromRate, double toRate, std::i
 
 }  // namespace
 
+namespace AudioEditorOps {
+
 std::vector<std::vector<float>> bandLimited(const std::vector<std::vector<float>> &channels, double fromRate, double toRate,
                                             std::int64_t count, Progress *progress) {
     if (progress) progress->start(std::int64_t(channels.empty() ? 0 : channels.size() * channels[0].size()));
@@ -86,21 +89,10 @@ std::vector<std::vector<float>> bandLimited(const std::vector<std::vector<float>
 AudioEditorBuffer withSampleRate(const AudioEditorBuffer &buffer, std::int64_t rate, Progress *progress) {
     rate = std::max<std::int64_t>(rate, 1);
     if (rate == buffer.sampleRate() || buffer.frames() < 2) return buffer;
+    if (progress) progress->start(buffer.frames() * buffer.channels());
     const double from = double(buffer.sampleRate()), to = double(rate);
     const std::int64_t count = std::max<std::int64_t>(std::llround(to * double(buffer.frames()) / from), 1);
-    const std::int64_t channels = buffer.channels();
-    if (progress) progress->start(buffer.frames() * channels);
-    SampleMemory samples(std::size_t(count * channels));
-    parallelFor(channels, 1, [&](std::int64_t lo, std::int64_t hi) {
-        for (std::int64_t c = lo; c < hi; ++c)
-            resampleChannel(
-                buffer.frames(), from, to, count, progress,
-                [&](FrameRange part, float *in) { buffer.copyChannel(part, c, in); },
-                [&](std::int64_t at, const float *out, std::int64_t n) {
-                    for (std::int64_t i = 0; i < n; ++i) samples.data()[(at + i) * channels + c] = out[i];
-                });
-    });
-    return AudioEditorBuffer(std::move(samples), channels, rate);
+    return resampledSound(buffer, from, to, count, rate, progress);
 }
 
 std::vector<float> resampled(const std::vector<float> &samples, double step) {
@@ -119,4 +111,22 @@ std::vector<float> resampled(const std::vector<float> &samples, double step) {
     return result;
 }
 
-}  // namespace kiv::AudioEditorOps
+}  // namespace AudioEditorOps
+
+AudioEditorBuffer resampledSound(const AudioEditorBuffer &sound, double fromRate, double toRate, std::int64_t count,
+                                 std::int64_t sampleRate, Progress *progress) {
+    const std::int64_t channels = sound.channels();
+    SampleMemory samples(std::size_t(count * channels));
+    parallelFor(channels, 1, [&](std::int64_t lo, std::int64_t hi) {
+        for (std::int64_t c = lo; c < hi; ++c)
+            resampleChannel(
+                sound.frames(), fromRate, toRate, count, progress,
+                [&](FrameRange part, float *in) { sound.copyChannel(part, c, in); },
+                [&](std::int64_t at, const float *out, std::int64_t n) {
+                    for (std::int64_t i = 0; i < n; ++i) samples.data()[(at + i) * channels + c] = out[i];
+                });
+    });
+    return AudioEditorBuffer(std::move(samples), channels, sampleRate);
+}
+
+}  // namespace kiv
