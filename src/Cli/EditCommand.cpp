@@ -35,6 +35,7 @@ struct Outcome {
     bool edited;
     std::vector<std::string> notices;
     std::optional<std::string> saved;
+    std::optional<int> cycle;
 };
 
 std::string readAll(std::FILE &file, const std::string &name) {
@@ -110,11 +111,10 @@ void writeRange(JsonWriter &json, std::string_view name, std::optional<FrameRang
     }
 }
 
-// Slices, loop candidates, a loop crossfade and a stretch's cycle: no step makes any, so there are none.
+// Slices, loop candidates and a loop crossfade: no step makes any, so there are none.
 void writeWhatNoStepMakes(JsonWriter &json) {
     json.key("slices").beginList().endList().key("loopCandidates").beginList().endList();
     json.key("loopCrossfade").beginObject().field("frames", 0).field("limited", false).endObject();
-    json.field("cycle", nullptr);
 }
 
 double peakOf(const AudioEditorBuffer &buffer) { return AudioEditorOps::peak(buffer, {0, buffer.frames()}); }
@@ -131,7 +131,7 @@ std::string asJson(const Outcome &outcome, JsonWriter::Layout layout) {
     json.endList();
     writeRange(json, "loop", state.loopPoints);
     writeWhatNoStepMakes(json);
-    json.field("undo", model.history().undoDepth()).field("redo", model.history().redoDepth());
+    json.field("cycle", outcome.cycle).field("undo", model.history().undoDepth()).field("redo", model.history().redoDepth());
     json.field("edited", outcome.edited).field("peak", peakOf(state.buffer));
     json.key("notices").beginList();
     for (const std::string &notice : outcome.notices) json.value(notice);
@@ -148,7 +148,7 @@ std::string edit(const EditCall &call, const DocumentServices &services) {
     openDocument(document, call.file);
     StepContext context{document, services};
     runSteps(context, steps);
-    Outcome outcome{document, document.isEdited(), {}, std::nullopt};
+    Outcome outcome{document, document.isEdited(), {}, std::nullopt, context.cycle};
     if (call.saves) {
         saveDocument(document, call, ui);
         outcome.saved = call.out.value_or(call.file);

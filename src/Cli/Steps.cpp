@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 #include "Cli/Reading.h"
 #include "Document/CommandActions.h"
@@ -11,12 +12,13 @@ namespace kiv::Cli {
 
 namespace {
 
-enum class ParameterKind { position, number, choice, path };
+// A whole number is brought into its range; `wholeOrAuto` may be the word "auto" instead.
+enum class ParameterKind { position, number, whole, wholeOrAuto, choice, path };
 
 struct Parameter {
     std::string_view name;
     ParameterKind kind = ParameterKind::path;
-    double lo = 0, hi = 0;          // number
+    double lo = 0, hi = 0;          // number, whole
     std::string_view choices = "";  // parted by blanks
 };
 
@@ -56,11 +58,34 @@ void loadToClipboard(StepContext &context, const Arguments &arguments) {
     context.services.clipboard.changed.notify(context.services.clipboard);
 }
 
+void stretchCleanly(StepContext &context, const Arguments &arguments) {
+    const auto number = [&](std::size_t i) { return int(arguments[i].number); };
+    AudioEditorEdits::timeStretch(context.document.model(), {StretchMode::clean, number(1), number(2), number(3)});
+}
+
+void stretchByCycles(StepContext &context, const Arguments &arguments) {
+    AudioEditorModel &model = context.document.model();
+    const auto range = model.activeRange();
+    if (!range) return;
+    const auto number = [&](std::size_t i) { return int(arguments[i].number); };
+    const bool isAuto = arguments[4].text == "auto";
+    context.cycle = isAuto ? AudioEditorOps::autoCycle(model.state().buffer, *range) : number(4);
+    AudioEditorEdits::timeStretch(model, {StretchMode::s950, number(1), number(2), number(3), *context.cycle});
+}
+
+Parameter whole(std::string_view name, WholeRange range, ParameterKind kind = ParameterKind::whole) {
+    return {name, kind, double(range.lo), double(range.hi)};
+}
+
 const std::vector<StepForm> &stepForms() {
     constexpr auto position = ParameterKind::position;
     const Parameter gainDb{"DB", ParameterKind::number, Setting::gainDb.lo, Setting::gainDb.hi};
     const Parameter normalizeDb{"DB", ParameterKind::number, Setting::normalizeDb.lo, Setting::normalizeDb.hi};
     const Parameter monoSource{"left|right|mix", ParameterKind::choice, 0, 0, "left right mix"};
+    const Parameter percent = whole("PERCENT", stretchTimePercentRange), semitones = whole("SEMITONES", stretchSemitonesRange);
+    const Parameter cents = whole("CENTS", stretchCentsRange);
+    const Parameter cycle = whole("CYCLE|auto", stretchCycleRange, ParameterKind::wholeOrAuto);
+    const Parameter clean{"clean", ParameterKind::choice, 0, 0, "clean"}, s950{"s950", ParameterKind::choice, 0, 0, "s950"};
     const Parameter none{"none", ParameterKind::choice, 0, 0, "none"};
     // clang-format off
     static const std::vector<StepForm> forms{
@@ -75,6 +100,8 @@ const std::vector<StepForm> &stepForms() {
          [](StepContext &c, const Arguments &a) { AudioEditorEdits::normalize(c.document.model(), a[0].number); }},
         {"mono", {monoSource},
          [](StepContext &c, const Arguments &a) { AudioEditorEdits::mono(c.document.model(), *monoSourceFromText(a[0].text)); }},
+        {"timeStretch", {clean, percent, semitones, cents}, stretchCleanly},
+        {"timeStretch", {s950, percent, semitones, cents, cycle}, stretchByCycles},
         {"loop", {{"LO", position}, {"HI", position}}, setLoop, isAscending, "LO must be below HI"},
         {"loop", {none}, [](StepContext &c, const Arguments &) { c.document.model().commitLoop(std::nullopt); }},
     };
@@ -97,6 +124,8 @@ bool isOneOf(std::string_view word, std::string_view choices) {
 
 [[noreturn]] void fail(const std::string &word, const std::string &why) { throw WrongWords("“" + word + "” is " + why); }
 
+bool isWhole(ParameterKind kind) { return kind == ParameterKind::whole || kind == ParameterKind::wholeOrAuto; }
+
 Argument parseArgument(const Parameter &parameter, const std::string &word) {
     Argument argument{word, {}, 0};
     if (parameter.kind == ParameterKind::position) {
@@ -108,6 +137,10 @@ Argument parseArgument(const Parameter &parameter, const std::string &word) {
         const bool isIn = number && *number >= parameter.lo && *number <= parameter.hi;
         if (!isIn) fail(word, "no number from " + decimalText(parameter.lo, 0) + " to " + decimalText(parameter.hi, 0));
         argument.number = *number;
+    } else if (isWhole(parameter.kind) && !(parameter.kind == ParameterKind::wholeOrAuto && word == "auto")) {
+        const auto number = parseNumber(word);
+        if (!number || *number != std::trunc(*number)) fail(word, "no whole number");
+        argument.number = std::clamp(*number, parameter.lo, parameter.hi);
     } else if (parameter.kind == ParameterKind::choice && !isOneOf(word, parameter.choices)) {
         fail(word, "not one of: " + std::string(parameter.choices));
     } else if (word.empty()) {

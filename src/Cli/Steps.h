@@ -13,6 +13,7 @@ namespace kiv::Cli {
 struct StepContext {
     AudioDocument &document;
     DocumentServices services;
+    std::optional<int> cycle = {};  // of the last stretch by cycles
 };
 
 // Applies a step; one that cannot apply does nothing. Throws FileFailure and Cancelled.

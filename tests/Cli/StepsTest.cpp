@@ -14,7 +14,14 @@ TEST(Steps, ThatAreWrongAreToldSo) {
         {"fadein", "there is no such step"},
         {"open", "there is no such step"},
         {"save", "there is no such step"},
-        {"timeStretch", "there is no such step"},
+        {"timeStretch",
+         "the words are: timeStretch clean PERCENT SEMITONES CENTS, or timeStretch s950 PERCENT SEMITONES CENTS"},
+        {"timeStretch fast 100 0 0", "“fast” is not one of: clean"},
+        {"timeStretch s950 100 0 0", "“s950” is not one of: clean"},
+        {"timeStretch clean 110.5 0 0", "“110.5” is no whole number"},
+        {"timeStretch clean 110 inf 0", "“inf” is no whole number"},
+        {"timeStretch clean auto 0 0", "“auto” is no whole number"},
+        {"timeStretch s950 100 0 0 best", "“best” is no whole number"},
         {"fadeIn 3", "the step takes no words"},
         {"select 1", "the words are: select LO HI"},
         {"select 1 2 3", "the words are: select LO HI"},
@@ -45,6 +52,7 @@ TEST(Steps, ThatAreWrongAreToldSo) {
 
 TEST(Steps, AreRightAtTheLimits) {
     for (const char *step : {"gain -24", "gain 24", "normalize -24", "normalize 0", "loop 0 1", "loop 5 1s", "loop none",
+                             "timeStretch clean 1e9 -99 99", "timeStretch s950 100 0 0 auto", "timeStretch s950 100 0 0 99999",
                              "delete", "select -10 1:00", "select 10 5", "mono left", "load \"a b.wav\""})
         EXPECT_NO_THROW(parseStep(splitWords(step))) << step;
 }

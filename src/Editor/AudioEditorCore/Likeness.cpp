@@ -60,7 +60,7 @@ float Likeness::score(const Search &search, std::int64_t place) const {
 }
 
 std::int64_t Likeness::bestExactly(const Search &search) const {
-    Best best{0, std::numeric_limits<float>::lowest()};
+    Best best{search.otherwise, std::numeric_limits<float>::lowest()};
     for (std::int64_t place = 0; place <= search.last; place += coarseStep) best.consider(place, score(search, place));
     const std::int64_t lo = std::max<std::int64_t>(best.place - fineReach, 0),
                        hi = std::min(best.place + fineReach, search.last);

@@ -20,7 +20,8 @@ struct Level {
 struct Search {
     const float *x;
     std::int64_t last;
-    Level level;  // of all of x
+    std::int64_t otherwise;  // what is found when samples that are no numbers leave nothing to compare
+    Level level;             // of all of x
     const float *wanted;
     Level wantedLevel;
 };

@@ -71,8 +71,13 @@ public:
         const std::int64_t hi = std::min(nominal + shape_.tolerance, shape_.lastStart);
         const FrameRange searched{lo, hi + shape_.window}, wanted{follows, follows + shape_.window};
         guide_.need({std::min(lo, follows), std::max(searched.hi, wanted.hi)});
-        return lo +
-               likeness_.best({guide_.at(lo), hi - lo, guide_.levelOf(searched), guide_.at(follows), guide_.levelOf(wanted)});
+        const Search search{.x = guide_.at(lo),
+                            .last = hi - lo,
+                            .otherwise = nominal - lo,
+                            .level = guide_.levelOf(searched),
+                            .wanted = guide_.at(follows),
+                            .wantedLevel = guide_.levelOf(wanted)};
+        return lo + likeness_.best(search);
     }
 
 private:
@@ -96,10 +101,9 @@ std::vector<std::int64_t> similarStarts(const AudioEditorBuffer &sound, const Ws
         std::max((grains + parallelThreads() - 1) / parallelThreads(), std::min(grains, shortestSection));
     parallelFor(grains, perSection, [&](std::int64_t lo, std::int64_t hi) {
         Follower follower(sound, shape);
-        for (std::int64_t k = std::max<std::int64_t>(lo, 1); k < hi; ++k) {
-            const bool isGuess = k == lo;
-            const std::int64_t previous = isGuess ? shape.nominalStart(k - 1) : starts[std::size_t(k) - 1];
-            starts[std::size_t(k)] = follower.next(k, previous);
+        for (std::int64_t k = lo; k < hi; ++k) {
+            const std::int64_t previous = k == lo ? shape.nominalStart(k - 1) : starts[std::size_t(k) - 1];
+            if (k > 0) starts[std::size_t(k)] = follower.next(k, previous);
             if (progress) progress->add(shape.hop);
         }
     });

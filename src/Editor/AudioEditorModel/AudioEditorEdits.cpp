@@ -55,6 +55,15 @@ EditOutcome pasted(const AudioEditorBuffer &buffer, FrameRange over, const Audio
             .place = EditOutcome::Place{range.hi, range}};
 }
 
+// A stretch by cycles reads and writes each sample with a few more steps than a gain; a clean one searches for each frame made.
+double stretchingCost(const AudioEditorBuffer &buffer, FrameRange range, const StretchSettings &settings) {
+    constexpr double cycleCost = 4, searchCost = 20;
+    const double made = double(stretchedFrames(settings, range.count()));
+    if (settings.mode == StretchMode::s950) return cycleCost * made * double(buffer.channels());
+    const bool shifts = AudioEditorOps::stretchPitchRatio(settings.semitones, settings.cents) != 1;
+    return searchCost * made + (shifts ? conversionCost * samplesIn(buffer, range) : 0);
+}
+
 // Whether the typed text, if there is one, could be read.
 bool takeTypedText(AudioEditorModel &model, Dialog dialog) {
     if (dialog == Dialog::mono || model.state().dialogText.empty()) return true;
@@ -164,6 +173,19 @@ void stereo(AudioEditorModel &model) {
     if (sound.channels() == 2) return;
     applyInPlace(model, 2 * double(sound.frames()),
                  [](const auto &buffer, Progress *progress) { return AudioEditorOps::withChannels(buffer, 2, progress); });
+}
+
+void timeStretch(AudioEditorModel &model, const StretchSettings &settings) {
+    const auto range = model.activeRange();
+    if (!range || leavesUnchanged(settings, range->count())) return;
+    const AudioEditorBuffer &sound = model.state().buffer;
+    const FrameRange after{range->lo, range->lo + stretchedFrames(settings, range->count())};
+    const auto selection = model.state().selection ? std::optional(after) : std::nullopt;
+    model.apply({stretchingCost(sound, *range, settings), {1}, [=, buffer = sound, range = *range](Progress &progress) {
+                     return std::optional(EditOutcome{.buffer = AudioEditorOps::stretched(buffer, range, settings, &progress),
+                                                      .change = AudioEditorLengthChange::replaced(range, after.count()),
+                                                      .place = EditOutcome::Place{after.lo, selection}});
+                 }});
 }
 
 bool confirmDialog(AudioEditorModel &model) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Editor/AudioEditorCore/AudioEditorStretch.h"
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
 
 // The edits, each one undoable step on the model's active range. One that would change nothing makes no step.
@@ -19,6 +20,8 @@ void gain(AudioEditorModel &model, double db);
 void normalize(AudioEditorModel &model, double targetDb);
 void mono(AudioEditorModel &model, AudioEditorMonoSource source);
 void stereo(AudioEditorModel &model);
+// What is stretched stays selected if it was, with the cursor at its start.
+void timeStretch(AudioEditorModel &model, const StretchSettings &settings);
 
 // Does what the open dialog says, with the typed text if there is one, and closes it: true. A text that cannot be read leaves
 // the dialog open and everything as it is: false.

@@ -228,6 +228,29 @@ TEST(WithChannels, IsTheMeanIn32BitEverywhere) {
     }
 }
 
+TEST(SliceFaded, IsLinearAtBothEnds) {
+    const struct {
+        std::int64_t in, out;
+        Samples gains;  // of 5 frames
+    } cases[] = {
+        {0, 0, {1, 1, 1, 1, 1}},
+        {2, 0, {0, 0.5f, 1, 1, 1}},
+        {0, 2, {1, 1, 1, 0.5f, 0}},
+        {4, 2, {0, 0.25f, 0.5f, 0.75f * 0.5f, 0}},
+        {5, 99, {0, 0.2f * 0.6f, 0.4f * 0.4f, 0.6f * 0.2f, 0}},
+        {1, 1, {0, 1, 1, 1, 0}},
+    };
+    const AudioEditorBuffer buffer = noise(5, 2, 1);
+    for (const auto &c : cases) {
+        const AudioEditorBuffer result = AudioEditorOps::sliceFaded(buffer, c.in, c.out);
+        for (std::int64_t i = 0; i < 5; ++i)
+            for (std::int64_t ch = 0; ch < 2; ++ch)
+                EXPECT_FLOAT_EQ(result.sample(i, ch), buffer.sample(i, ch) * c.gains[std::size_t(i)]) << c.in << ", " << c.out;
+    }
+    EXPECT_EQ(AudioEditorOps::sliceFaded(buffer, 0, 0).sharedPrefix(buffer), 5);
+    EXPECT_TRUE(AudioEditorOps::sliceFaded(AudioEditorBuffer(2, 8000), 3, 3).isEmpty());
+}
+
 TEST(Inserting, BringsMaterialToTheChannelCountAndKeepsTheRate) {
     const AudioEditorBuffer stereo = sound({1, 2, 3, 4}, 2);
     EXPECT_EQ(AudioEditorOps::inserting(stereo, sound({9}, 1, 8000), 1), sound({1, 2, 9, 9, 3, 4}, 2));

@@ -29,6 +29,31 @@ TEST_F(EditsTest, theClipboardTellsWhenItIsFilled) {
     EXPECT_EQ(heard, 2);
 }
 
+TEST_F(EditsTest, aStretchReplacesTheActiveRange) {
+    for (const StretchMode mode : {StretchMode::clean, StretchMode::s950}) {
+        const StretchSettings half{mode, 50}, nothing{mode, 100, 1, -100};
+        load(noise(1000, 2, 1), {100, 500, 900}, FrameRange{600, 800});
+        const AudioEditorBuffer before = buffer();
+        model.select({200, 600});
+        Edits::timeStretch(model, nothing);
+        EXPECT_FALSE(model.canUndo());
+        Edits::timeStretch(model, half);
+        EXPECT_EQ(buffer(), AudioEditorOps::stretched(before, {200, 600}, half));
+        EXPECT_EQ(state().markerFrames, (std::vector<std::int64_t>{100, 200, 700}));
+        EXPECT_EQ(state().loopPoints, (FrameRange{400, 600}));
+        EXPECT_EQ(state().selection, (FrameRange{200, 400}));
+        EXPECT_EQ(state().cursorFrame, 200);
+        model.undo();
+        EXPECT_EQ(buffer().sharedPrefix(before), 1000);
+        EXPECT_EQ(state().selection, (FrameRange{200, 600}));
+        model.placeCursor(700);
+        Edits::timeStretch(model, half);
+        EXPECT_EQ(buffer().frames(), 500);
+        EXPECT_EQ(state().selection, std::nullopt);
+        EXPECT_EQ(state().cursorFrame, 0);
+    }
+}
+
 TEST_F(EditsTest, cutAndDeleteTakeTheSelectionOut) {
     const std::vector<float> before = samples({0, 100}), behind = samples({300, 1000}), selected = samples({100, 300});
     for (const bool cuts : {true, false}) {
