@@ -29,7 +29,7 @@ def tone():
 
 
 def sweep():
-    t, low, high, length = seconds(6), 50, 12000, 6
+    t, low, high, length = seconds(6), 50, 10000, 6
     return 0.5 * np.sin(2 * np.pi * low * length / np.log(high / low) * (np.exp(t / length * np.log(high / low)) - 1))
 
 
@@ -82,15 +82,15 @@ def tone_hertz(x):
     return (len(up) - 1) / (up[-1] - up[0]) * RATE
 
 
-def pitch_of(x):
-    """The middle fundamental of what is voiced, by autocorrelation of 50 ms at a time."""
-    found, window = [], int(0.05 * RATE)
-    for at in range(0, len(x) - window, window // 2):
+def pitch_of(x, shift=1.0):
+    """The middle fundamental of what is voiced, by autocorrelation of a few periods at a time, looked for about where `shift` puts it."""
+    found, window = [], int(0.06 * RATE / min(shift, 1))
+    for at in range(0, len(x) - window, window // 4):
         part = x[at:at + window] * np.hanning(window)
         r = np.fft.irfft(np.abs(np.fft.rfft(part, 2 * window)) ** 2)[:window]
-        low, high = RATE // 500, RATE // 40
+        low, high = int(RATE / 160 / shift), int(RATE / 70 / shift)
         lag = low + int(np.argmax(r[low:high]))
-        if r[0] > 1e-3 and r[lag] > 0.5 * r[0]:
+        if r[0] > 1e-3 and r[lag] > 0.4 * r[0] and low < lag < high - 1:
             found.append(RATE / lag)
     return float(np.median(found)) if found else float("nan")
 
@@ -117,9 +117,11 @@ def attack_errors(x, factor, start=0.0):
 
 def measured(name, before, after, percent, semitones):
     words = [f"length {len(after) - round(len(before) * percent / 100):+d}"]
-    if name in ("tone", "speech"):
-        pitch = tone_hertz if name == "tone" else pitch_of
-        words.append(f"pitch {1200 * np.log2(pitch(after) / pitch(before)) - 100 * semitones:+.2f} cents")
+    shift = 2 ** (semitones / 12)
+    if name == "tone":
+        words.append(f"pitch {1200 * np.log2(tone_hertz(after) / tone_hertz(before) / shift):+.2f} cents")
+    if name == "speech":
+        words.append(f"pitch {1200 * np.log2(pitch_of(after, shift) / pitch_of(before) / shift):+.1f} cents")
     if name in ("tone", "sweep"):
         words.append(f"ripple {np.ptp(levels(after)):.2f} dB (of {np.ptp(levels(before)):.2f})")
     words.append(f"level {10 * np.log10((after ** 2).mean() / (before ** 2).mean()):+.2f} dB")
