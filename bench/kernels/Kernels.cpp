@@ -6,6 +6,7 @@
 
 #include "Editor/AudioEditorCore/AudioEditorOps.h"
 #include "Editor/AudioEditorCore/AudioEditorPeaks.h"
+#include "Editor/AudioEditorCore/AudioEditorStretch.h"
 #include "Support/Parallel.h"
 
 namespace kiv {
@@ -96,6 +97,19 @@ void resampled(benchmark::State &state) {
     run(state, [](const AudioEditorBuffer &buffer) { return AudioEditorOps::withSampleRate(buffer, 48000); });
 }
 
+void pitched(benchmark::State &state) {
+    run(state, [](const AudioEditorBuffer &buffer) { return AudioEditorOps::cleanStretched(buffer, whole, 100, 3, 0); });
+}
+void stretchedClean(benchmark::State &state) {
+    run(state, [](const AudioEditorBuffer &buffer) { return AudioEditorOps::cleanStretched(buffer, whole, 120, 0, 0); });
+}
+void stretchedByCycles(benchmark::State &state) {
+    run(state, [](const AudioEditorBuffer &buffer) { return AudioEditorOps::timeStretched(buffer, whole, 120, 1000, 3, 0); });
+}
+void sliceFaded(benchmark::State &state) {
+    run(state, [](const AudioEditorBuffer &buffer) { return AudioEditorOps::sliceFaded(buffer, frames / 2, frames / 2); });
+}
+
 BENCHMARK(memcpyOneCore)->Arg(1)->Arg(2)->Arg(6)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(memcpyAllCores)->Arg(1)->Arg(2)->Arg(6)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(peaks)->Arg(1)->Arg(2)->Arg(3)->Arg(6)->UseRealTime()->Unit(benchmark::kMillisecond);
@@ -108,7 +122,11 @@ BENCHMARK(silenced)->Arg(2)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(monoMix)->Arg(2)->Arg(6)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(monoLeft)->Arg(2)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(toStereo)->Arg(1)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(resampled)->Arg(2)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(resampled)->Arg(1)->Arg(2)->Arg(6)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(pitched)->Arg(2)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(stretchedClean)->Arg(1)->Arg(2)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(stretchedByCycles)->Arg(1)->Arg(2)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(sliceFaded)->Arg(2)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 // An edit of ten seconds in the middle and the peaks after it: what a person waits for.
 void editOfTenSeconds(benchmark::State &state) {

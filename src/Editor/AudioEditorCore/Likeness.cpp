@@ -93,18 +93,18 @@ void Likeness::boundScoresAt(const Places &places) {
 }
 
 // The places that can be the best; in the order of the places.
-std::vector<std::int64_t> Likeness::contenders(const Places &places) const {
-    const float surely = *std::max_element(least_.begin(), least_.begin() + places.count);
-    std::vector<std::int64_t> found;
+const std::vector<std::int64_t> &Likeness::contenders(const Places &places) {
+    const float surely = largest(least_.data(), places.count);
+    contenders_.clear();
     for (std::int64_t i = 0; i < places.count; ++i)
-        if (!(most_[std::size_t(i)] < surely)) found.push_back(places.at(i));
-    return found;
+        if (!(most_[std::size_t(i)] < surely)) contenders_.push_back(places.at(i));
+    return contenders_;
 }
 
 std::int64_t Likeness::bestOfEveryFourth(const Search &search) {
     const Places places{0, coarseStep, search.last / coarseStep + 1};
     boundScoresAt(places);
-    const auto found = contenders(places);
+    const auto &found = contenders(places);
     if (found.size() == 1) return found[0];
     Best best{0, std::numeric_limits<float>::lowest()};
     for (const std::int64_t place : found) best.consider(place, score(search, place));
@@ -115,7 +115,7 @@ std::int64_t Likeness::bestNear(const Search &search, std::int64_t coarse) {
     const std::int64_t lo = std::max<std::int64_t>(coarse - fineReach, 0), hi = std::min(coarse + fineReach, search.last);
     const Places places{lo, 1, hi - lo + 1};
     boundScoresAt(places);
-    const auto found = contenders(places);
+    const auto &found = contenders(places);
     if (found.size() == 1) return found[0];
     Best best{coarse, score(search, coarse)};
     for (const std::int64_t place : found) best.consider(place, score(search, place));

@@ -51,7 +51,7 @@ private:
     std::int64_t bestExactly(const Search &search) const;
     void quantiseAll(const Search &search);
     void boundScoresAt(const Places &places);
-    std::vector<std::int64_t> contenders(const Places &places) const;
+    const std::vector<std::int64_t> &contenders(const Places &places);
     std::int64_t bestOfEveryFourth(const Search &search);
     std::int64_t bestNear(const Search &search, std::int64_t coarse);
 
@@ -60,6 +60,7 @@ private:
     float offset_ = 0, wantedNorm_ = 0;  // in units of the 16-bit numbers
     std::vector<std::int32_t> products_, energies_;
     std::vector<float> least_, most_;
+    std::vector<std::int64_t> contenders_;
 };
 
 }  // namespace kiv

@@ -128,6 +128,18 @@ KIV_VECTORISED void boundScores(const std::int32_t *__restrict products, const s
     }
 }
 
+float largest(const float *numbers, std::int64_t count) {
+    FourFloats most{numbers[0], numbers[0], numbers[0], numbers[0]}, x;
+    const std::int64_t whole = count - count % 4;
+    for (std::int64_t i = 0; i < whole; i += 4) {
+        std::memcpy(&x, numbers + i, sizeof x);
+        most = x > most ? x : most;
+    }
+    float found = std::max(std::max(most[0], most[1]), std::max(most[2], most[3]));
+    for (std::int64_t i = whole; i < count; ++i) found = std::max(found, numbers[i]);
+    return found;
+}
+
 KIV_VECTORISED void blend(const float *__restrict a, const float *__restrict weightsA, const float *__restrict b,
                           const float *__restrict weightsB, std::int64_t count, float *__restrict out) {
     for (std::int64_t i = 0; i < count; ++i) out[i] = b[i] * weightsB[i] + a[i] * weightsA[i];

@@ -41,6 +41,9 @@ struct ScoreBounds {
 void boundScores(const std::int32_t *products, const std::int32_t *energies, std::int64_t count, const ScoreBounds &bounds,
                  float *least, float *most);
 
+// The largest of at least one number, none of which is not one.
+float largest(const float *numbers, std::int64_t count);
+
 // out = b · weightsB + a · weightsA.
 void blend(const float *a, const float *weightsA, const float *b, const float *weightsB, std::int64_t count, float *out);
 

@@ -7,6 +7,7 @@
 #include <limits>
 #include <numbers>
 
+#include "Editor/AudioEditorCore/AudioEditorOps.h"
 #include "TestSounds.h"
 
 namespace kiv {
@@ -283,6 +284,22 @@ TEST(CleanStretched, MovesThePitchAndTheLengthAndNothingElse) {
                     << percent << " %, " << semitones << ", " << hertz << " Hz";
             }
         }
+}
+
+// A stroke at the very start keeps its attack: the sound begins as it did.
+TEST(CleanStretched, KeepsTheFirstAttackInPlace) {
+    const auto firstLoud = [](const AudioEditorBuffer &sound) {
+        const auto x = sound.samples();
+        return std::find_if(x.begin(), x.end(), [](float s) { return std::fabs(s) > 0.25f; }) - x.begin();
+    };
+    std::vector<float> x = noiseSamples(66'150, 1);
+    for (std::size_t i = 0; i < x.size(); ++i) x[i] *= std::exp(-float(i % 11'025) / 1500);
+    for (const auto &[percent, semitones] :
+         {std::pair{50, 0}, {80, 0}, {120, 0}, {200, 0}, {100, 3}, {100, -3}, {100, 12}, {100, -12}}) {
+        const auto result = AudioEditorOps::cleanStretched(AudioEditorBuffer(x, 1, 44100), {0, 66'150}, percent, semitones, 0);
+        EXPECT_LE(firstLoud(result), 44) << percent << " %, " << semitones;
+        EXPECT_GT(AudioEditorOps::peak(result, {0, 441}), 0.6f) << percent << " %, " << semitones;
+    }
 }
 
 TEST(AutoCycle, IsAWholeNumberOfPeriodsNearAThousand) {
