@@ -60,7 +60,7 @@ public:
     static constexpr const char *cancelledText = "Cancelled.";
     // Reads the file; then `done` with the error's text, empty when all is well.
     void open(const std::string &path, std::function<void(const std::string &error)> done);
-    // Saves over the file, after asking when another program has changed it meanwhile, or elsewhere in the file's own format,
+    // Saves over the file, after asking when another program has changed or removed it meanwhile, or elsewhere in the file's own format,
     // where the document then lives; a failure is shown, and `done` is told false, as it is when the user has cancelled.
     void save(std::function<void(bool)> done = {});
     void saveTo(const std::string &path, std::function<void(bool)> done);
@@ -102,7 +102,7 @@ private:
     void runSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done);
     void editEnded(bool committed);
     void saveEnded(Saving &saving, std::exception_ptr failure, const std::function<void(bool)> &done);
-    void askOverChanges(const std::string &path, std::function<void(bool)> done);
+    void askOverChanges(const std::string &path, bool isGone, std::function<void(bool)> done);
     void considerClosing();
     void closeAnswered(std::size_t button);
     template <class Call>
