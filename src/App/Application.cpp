@@ -92,9 +92,18 @@ void Application::applyAppearance() {
 void Application::catchSignals() {
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, signalPipe) != 0) return;
     signals_ = std::make_unique<QSocketNotifier>(signalPipe[1], QSocketNotifier::Read);
-    // There is no time to ask about unsaved changes: whoever sends these wants the process to end.
-    QObject::connect(signals_.get(), &QSocketNotifier::activated, signals_.get(), [] { QCoreApplication::exit(0); });
+    QObject::connect(signals_.get(), &QSocketNotifier::activated, signals_.get(), [this] {
+        char byte;
+        if (::read(signalPipe[1], &byte, 1) == 1) endBySignal();
+    });
     for (int number : {SIGTERM, SIGINT, SIGHUP}) std::signal(number, writeSignal);
+}
+
+// The first one asks as Quit does, so that nothing is lost that somebody is there to save; the second one means it.
+void Application::endBySignal() {
+    if (std::exchange(endsBySignal_, true)) return QCoreApplication::exit(0);
+    quit();
+    if (documents_.empty()) QCoreApplication::exit(0);
 }
 
 void Application::connectController(DocumentWindowController &controller) {
@@ -137,6 +146,7 @@ void Application::documentShown() {
 void Application::forget(DocumentWindowController *controller) {
     QTimer::singleShot(0, &keys_, [this, controller] {
         std::erase_if(documents_, [&](const auto &document) { return document.get() == controller; });
+        if (endsBySignal_ && documents_.empty()) QCoreApplication::exit(0);
     });
 }
 

@@ -34,6 +34,7 @@ public:
 
 private:
     void catchSignals();
+    void endBySignal();
     void applyAppearance();
     void fileFailed(DocumentWindowController *controller, const std::string &path, const std::string &error);
     void documentShown();
@@ -64,6 +65,7 @@ private:
     std::vector<std::unique_ptr<DocumentWindowController>> documents_;
     std::unique_ptr<DropWindowController> dropWindow_;
     std::unique_ptr<QSocketNotifier> signals_;
+    bool endsBySignal_ = false;
     std::unique_ptr<PaintReport> paintReport_;
     std::unique_ptr<StateReport> stateReport_;
     Subscription appearanceChanges_;

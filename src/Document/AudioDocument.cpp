@@ -27,6 +27,7 @@ struct AudioDocument::Saving {
 namespace {
 
 struct ChangedOnDisk : std::exception {};
+struct GoneFromDisk : ChangedOnDisk {};
 
 std::string quoted(const std::string &name) { return "“" + name + "”"; }
 
@@ -43,10 +44,10 @@ AudioFileContents asWritten(AudioFileContents contents) {
     return contents;
 }
 
-// A file that is gone is no change to ask about: saving brings it back.
-bool hasChanged(Files &files, const std::string &path, const std::optional<FileSystem::Identity> &expected) {
+void requireAsExpected(Files &files, const std::string &path, const std::optional<FileSystem::Identity> &expected) {
     const auto now = files.identity(path);
-    return expected && now && now != expected;
+    if (expected && !now) throw GoneFromDisk();
+    if (expected && now != expected) throw ChangedOnDisk();
 }
 
 // After a save has succeeded its success is not to be lost again.
@@ -269,7 +270,7 @@ void AudioDocument::runSave(const std::string &path, IfChanged ifChanged, std::f
         Work::saving,
         [&files = services_.files, decoders = services_.decoders, saving](Progress &progress) {
             Saving &s = *saving;
-            if (hasChanged(files, s.path, s.expected)) throw ChangedOnDisk();
+            requireAsExpected(files, s.path, s.expected);
             s.contents = withLoop(withEditorPositions(std::move(s.contents), s.markers, s.loop), s.loop);
             writeAudioFile(files, decoders, s.path, s.contents, progress);
             s.written = identityIfKnown(files, s.path);
@@ -289,17 +290,19 @@ void AudioDocument::saveEnded(Saving &saving, std::exception_ptr failure, const 
     const std::weak_ptr<int> alive = alive_;
     observers.notify(*this);
     if (alive.expired()) return;
-    if (failure && is<ChangedOnDisk>(failure)) return askOverChanges(saving.path, done);
+    if (failure && is<ChangedOnDisk>(failure)) return askOverChanges(saving.path, is<GoneFromDisk>(failure), done);
     if (failure && !is<Cancelled>(failure)) ui_.showError(quoted(name()) + " could not be saved", errorText(failure));
     if (!failure && saving.loop && !contents_->loop)
         ui_.showNotice(NoticeKind::warning, "This file cannot store a loop: it was not saved");
     done(!failure);
 }
 
-void AudioDocument::askOverChanges(const std::string &path, std::function<void(bool)> done) {
-    const DocumentUi::Question question{quoted(name()) + " has been changed by another program",
-                                        "Saving replaces what the other program has written.",
-                                        {"Save Anyway", "Cancel"}};
+void AudioDocument::askOverChanges(const std::string &path, bool isGone, std::function<void(bool)> done) {
+    const DocumentUi::Question question{
+        quoted(name()) + (isGone ? " is no longer where it was" : " has been changed by another program"),
+        isGone ? "It has been moved or deleted. Saving writes it anew in the old place."
+               : "Saving replaces what the other program has written.",
+        {"Save Anyway", "Cancel"}};
     ui_.ask(question, whileAlive([this, path, done = std::move(done)](std::size_t button) {
                 if (button != 0) return done(false);
                 runSave(path, IfChanged::overwrite, done);

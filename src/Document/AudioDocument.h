@@ -69,8 +69,8 @@ public:
     void applyEq();
 
     // Saves over the file, after asking whether a pending equalizer is to be applied first, and after asking when another
-    // program has changed it meanwhile, or elsewhere in the file's own format, where the document then lives; a failure is
-    // shown, and `done` is told false, as it is when the user has cancelled.
+    // program has changed or removed it meanwhile, or elsewhere in the file's own format, where the document then lives; a
+    // failure is shown, and `done` is told false, as it is when the user has cancelled.
     void save(std::function<void(bool)> done = {});
     void saveTo(const std::string &path, std::function<void(bool)> done);
     // Reads the file again, after asking when there are edits.
@@ -115,7 +115,7 @@ private:
     void feedAnalyzer();
     void editEnded(bool committed);
     void saveEnded(Saving &saving, std::exception_ptr failure, const std::function<void(bool)> &done);
-    void askOverChanges(const std::string &path, std::function<void(bool)> done);
+    void askOverChanges(const std::string &path, bool isGone, std::function<void(bool)> done);
     void considerClosing();
     void closeAnswered(std::size_t button);
     template <class Call>

@@ -248,25 +248,29 @@ TEST(Saving, NeedsSomethingToSave) {
     EXPECT_THAT(world.ui.errors, ElementsAre(HasSubstr("The file could not be read: nothing to save.")));
 }
 
-TEST(Saving, AsksBeforeItReplacesWhatAnotherProgramHasWritten) {
+TEST(Saving, AsksBeforeItReplacesWhatAnotherProgramHasWrittenOrBringsBackWhatItHasRemoved) {
     const std::string foreign = Wav::file({7});
-    for (const char *answer : {"Save Anyway", "Cancel"}) {
+    const struct {
+        bool removes;
+        const char *answer, *message;
+    } cases[] = {{false, "Save Anyway", "“drum.wav” has been changed by another program"},
+                 {false, "Cancel", "“drum.wav” has been changed by another program"},
+                 {true, "Save Anyway", "“drum.wav” is no longer where it was"},
+                 {true, "Cancel", "“drum.wav” is no longer where it was"}};
+    for (const auto &[removes, answer, message] : cases) {
         DocumentWorld world;
         world.open(plainFile);
         EXPECT_TRUE(world.save());
         EXPECT_THAT(world.ui.asked, IsEmpty()) << "its own save is no change by others";
-        world.put(foreign);
+        removes ? world.disk.vanish(world.path) : world.put(foreign);
         world.ui.answers = {answer};
         const bool saves = answer == std::string("Save Anyway");
         EXPECT_EQ(world.save(), saves);
-        EXPECT_EQ(world.ui.asked.size(), 1u);
-        EXPECT_TRUE(world.onDisk() == (saves ? plainFile : foreign));
+        ASSERT_EQ(world.ui.asked.size(), 1u);
+        EXPECT_EQ(world.ui.asked[0].message, message);
+        EXPECT_EQ(world.disk.identity(world.path).has_value(), saves || !removes);
+        if (saves || !removes) EXPECT_TRUE(world.onDisk() == (saves ? plainFile : foreign));
     }
-    DocumentWorld world;
-    world.open(plainFile);
-    world.disk.vanish(world.path);
-    EXPECT_TRUE(world.save()) << "a file that is gone is brought back";
-    EXPECT_TRUE(world.onDisk() == plainFile);
 }
 
 TEST(Saving, ElsewhereMovesTheDocument) {

@@ -83,6 +83,10 @@ class Desktop:
                 child.send_signal(signal.SIGTERM)
         for child in reversed(self.children):
             try:
+                child.wait(1)
+            except subprocess.TimeoutExpired:
+                child.send_signal(signal.SIGTERM)  # the first one may ask about unsaved changes
+            try:
                 child.wait(5)
             except subprocess.TimeoutExpired:
                 child.kill()

@@ -1,0 +1,99 @@
+"""What becomes of a file that is changed, removed or locked under its window, and of the edits when the program is told to end."""
+import os
+import shutil
+import signal
+import subprocess
+import sys
+import time
+
+from desktop import Desktop, Editor, wait_for, wav
+
+FRAMES = 60000
+BEFORE = wav([f - 30000 for f in range(FRAMES)])
+REVERSED = wav([f - 30000 for f in reversed(range(FRAMES))])
+NOBODY = 65534
+
+
+def lasts(process, seconds=0.7):
+    time.sleep(seconds)
+    return process.poll() is None
+
+
+def edited(desktop, program, path):
+    editor = Editor(desktop, program, path)
+    editor.key("ctrl+a", "shift+r")
+    return editor
+
+
+def changed_or_removed(desktop, program, folder):
+    for name, trouble in (("changed", lambda p: p.write_bytes(wav([7]))), ("removed", os.remove)):
+        path = folder / f"{name}.wav"
+        path.write_bytes(BEFORE)
+        editor = edited(desktop, program, path)
+        trouble(path)
+        now = path.exists() and path.read_bytes()
+        editor.key("ctrl+s")
+        time.sleep(0.5)
+        assert (path.exists() and path.read_bytes()) == now, f"a {name} file was saved without a question"
+        editor.key("Escape")
+        time.sleep(0.3)
+        assert (path.exists() and path.read_bytes()) == now, f"Cancel saved a {name} file"
+        editor.key("ctrl+s")
+        time.sleep(0.5)
+        editor.key("Return")  # Save Anyway
+        wait_for(f"the {name} file", lambda: path.exists() and path.read_bytes() == REVERSED)
+        editor.key("ctrl+w")
+        assert editor.process.wait(10) == 0
+
+
+def told_to_end(desktop, program, folder):
+    path = folder / "ended.wav"
+    path.write_bytes(BEFORE)
+    clean = Editor(desktop, program, path)
+    clean.process.send_signal(signal.SIGTERM)
+    assert clean.process.wait(10) == 0, "without edits it ends at once"
+
+    editor = edited(desktop, program, path)
+    editor.process.send_signal(signal.SIGTERM)
+    assert lasts(editor.process), "unsaved edits were thrown away without a question"
+    editor.key("Return")  # Save
+    assert editor.process.wait(10) == 0
+    assert path.read_bytes() == REVERSED, "the answer was to save"
+
+    stubborn = edited(desktop, program, path)
+    stubborn.process.send_signal(signal.SIGTERM)
+    assert lasts(stubborn.process)
+    stubborn.process.send_signal(signal.SIGTERM)
+    assert stubborn.process.wait(10) == 0, "the second time is meant"
+    assert path.read_bytes() == REVERSED
+
+
+def read_only(kiv, folder):
+    """As another user than root, who may write anything. In a folder of that user's own, so that a rename would be allowed."""
+    home = folder / "nobody"
+    home.mkdir()
+    path = home / "locked.wav"
+    path.write_bytes(BEFORE)
+    path.chmod(0o444)
+    as_user = []
+    if os.getuid() == 0:
+        os.chown(home, NOBODY, NOBODY)
+        os.chown(path, NOBODY, NOBODY)
+        folder.chmod(0o755)
+        # A copy of the program where that user can reach it.
+        kiv = shutil.copy(kiv, home / "kiv")
+        as_user = ["setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups"]
+    run = subprocess.run([*as_user, str(kiv), "edit", str(path), "reverse"], capture_output=True, text=True)
+    assert run.returncode == 1 and "Permission denied" in run.stderr, run
+    assert path.read_bytes() == BEFORE and [p.name for p in home.iterdir() if p.name.startswith(".")] == []
+
+
+def main(program, kiv):
+    with Desktop() as desktop:
+        changed_or_removed(desktop, program, desktop.folder)
+        told_to_end(desktop, program, desktop.folder)
+        read_only(kiv, desktop.folder)
+    print("nothing was lost unasked")
+
+
+main(*sys.argv[1:])
