@@ -31,7 +31,9 @@ State stateFor(const AudioEditorBuffer &buffer, FrameRange range, const Playback
             .crossfade = request.crossfade,
             .equalPower = request.equalPower,
             .fadeIn = request.fadeIn,
-            .fadeOut = request.fadeOut};
+            .fadeOut = request.fadeOut,
+            .eq = {},
+            .eqTap = request.eqTap};
 }
 
 }  // namespace
@@ -53,7 +55,10 @@ void PlaybackEngine::play(const AudioEditorBuffer &buffer, const Request &reques
     stop();
     const auto range = buffer.clampedRange(request.range);
     if (!range || !open(formatFor(buffer))) return client.playbackStopped();
-    begin(stateFor(buffer, *range, request), client);
+    State state = stateFor(buffer, *range, request);
+    eqTargets_ = request.eq;
+    state.eq = makeEq(*format_);
+    begin(std::move(state), client);
 }
 
 void PlaybackEngine::begin(State state, Client &client) {
@@ -63,6 +68,7 @@ void PlaybackEngine::begin(State state, Client &client) {
     startFrame_ = lastRendered_ = state.position;
     wrapped_ = false;
     isPlaying_ = true;
+    shared_->analyzer.restart();
     exchangeState(state);
     timer_ = mainLoop_.repeat(tickInterval, [this] { tick(); });
     output_.resume();
@@ -101,20 +107,50 @@ void PlaybackEngine::updateLoop(std::int64_t crossfade, bool equalPower) {
     shared_->state.equalPower = equalPower;
 }
 
+void PlaybackEngine::setEq(const EqTargets &targets, const Client *client) {
+    if (!isPlaying(client) || targets == eqTargets_) return;
+    eqTargets_ = targets;
+    const std::lock_guard lock(shared_->eqLock);
+    shared_->eqPending = targets;
+}
+
+void PlaybackEngine::setEqTap(bool feeds, const Client *client) {
+    if (!isPlaying(client)) return;
+    const std::lock_guard lock(shared_->stateLock);
+    shared_->state.eqTap = feeds;
+}
+
+bool PlaybackEngine::readAnalyzer(const Client *client, std::span<float> before, std::span<float> after) {
+    return isPlaying(client) && shared_->analyzer.read(before, after);
+}
+
+// Without anything to glide from.
+std::optional<EqProcessor> PlaybackEngine::makeEq(const AudioOutput::Format &format) const {
+    EqProcessor processor(double(format.sampleRate), format.channels);
+    processor.setTargets(eqTargets_);
+    processor.reset();
+    return processor;
+}
+
 void PlaybackEngine::setBuffer(const AudioEditorBuffer &buffer) {
     if (!isPlaying_) return;
     const auto range = buffer.clampedRange({rangeLower_, rangeUpper_});
     if (!range || buffer.sampleRate() != format_->sampleRate) return stop();
     rangeLower_ = range->lo;
     rangeUpper_ = range->hi;
-    AudioEditorBuffer samples = buffer;  // then the former ones: let go of after the lock
+    const bool hasOtherChannels = formatFor(buffer) != *format_;
+    // Then the former ones: let go of after the lock.
+    AudioEditorBuffer samples = buffer;
+    std::optional<EqProcessor> eq;
+    if (hasOtherChannels) eq = makeEq(formatFor(buffer));
     {
         const std::lock_guard lock(shared_->stateLock);
         std::swap(shared_->state.samples, samples);
+        if (hasOtherChannels) std::swap(shared_->state.eq, eq);
         shared_->state.lower = range->lo;
         shared_->state.upper = range->hi;
     }
-    if (formatFor(buffer) == *format_) return;
+    if (!hasOtherChannels) return;
     if (!open(formatFor(buffer))) return end(Ending::cut);
     output_.resume();
 }
@@ -188,6 +224,10 @@ void PlaybackEngine::reportFailure(const std::string &error) { log_.write("Kiv A
 // Puts a state in the place of the one being played, which it hands out so that its samples go on this thread.
 void PlaybackEngine::exchangeState(State &state) {
     const std::lock_guard lock(shared_->stateLock);
+    {
+        const std::lock_guard eqLock(shared_->eqLock);
+        shared_->eqPending.reset();  // it was for what played before
+    }
     std::swap(shared_->state, state);
     shared_->position.store(shared_->state.position, std::memory_order_relaxed);
     shared_->finished.store(0, std::memory_order_relaxed);

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 
 #include "Audio/Playback/RenderState.h"
 #include "Editor/AudioEditorCore/AudioEditorBuffer.h"
@@ -33,6 +34,8 @@ public:
         std::int64_t crossfade = 0;  // frames of the loop joint; 0: none
         bool equalPower = false;
         std::int64_t fadeIn = 0, fadeOut = 0;  // frames at the range's ends
+        EqTargets eq = {};                     // in force from the first frame
+        bool eqTap = false;                    // feed the analyzer
     };
 
     PlaybackEngine(AudioOutput &output, MainLoop &mainLoop, SystemLog &log);
@@ -49,6 +52,12 @@ public:
     // Changes the running playback without a gap: loop on or off, and the joint's crossfade.
     void setLoop(bool loop);
     void updateLoop(std::int64_t crossfade, bool equalPower);
+    // Changes the equalizer of the running playback of this client: it glides there.
+    void setEq(const EqTargets &targets, const Client *client);
+    void setEqTap(bool feeds, const Client *client);
+    // The newest AnalyzerTap::blockFrames samples before and after the equalizer, mixed to one channel. False when there is
+    // nothing new.
+    bool readAnalyzer(const Client *client, std::span<float> before, std::span<float> after);
     // The sound was edited while it plays: goes on with the new samples, the range clamped to them; stops when nothing is left
     // or when the rate is another, so that the positions mean other moments.
     void setBuffer(const AudioEditorBuffer &buffer);
@@ -67,6 +76,7 @@ private:
     void reportFailure(const std::string &error);
     void measureLatency();
     void exchangeState(State &state);
+    std::optional<EqProcessor> makeEq(const AudioOutput::Format &format) const;
     float takePeak();
     std::int64_t heardFrame(std::int64_t rendered) const;
 
@@ -79,6 +89,7 @@ private:
     std::optional<AudioOutput::Format> format_;  // of the running stream
     std::int64_t latencyFrames_ = 0;
     std::int64_t startFrame_ = 0, rangeLower_ = 0, rangeUpper_ = 0, lastRendered_ = 0;
+    EqTargets eqTargets_;
     bool wrapped_ = false;
     bool isPlaying_ = false;
 };

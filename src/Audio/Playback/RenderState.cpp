@@ -131,6 +131,31 @@ KIV_VECTORISED float finite(float *samples, std::size_t count) {
     return *std::max_element(peaks.begin(), peaks.end());
 }
 
+// A lock that is taken leaves the former targets for this call.
+void takeEqTargets(RenderShared &shared) {
+    const std::unique_lock lock(shared.eqLock, std::try_to_lock);
+    if (!lock || !shared.eqPending) return;
+    shared.state.eq->setTargets(*shared.eqPending);
+    shared.eqPending.reset();
+}
+
+// The equalizer over what was rendered, before and after which the analyzer listens. Returns the largest absolute sample.
+float equalize(RenderShared &shared, std::span<float> out, int channels, float peak) {
+    State &state = shared.state;
+    if (!state.eq || state.eq->channels() != channels) return peak;
+    takeEqTargets(shared);
+    if (state.eqTap) shared.analyzer.writeBefore(out, channels);
+    if (state.eq->isActive()) {
+        state.eq->process(out);
+        peak = finite(out.data(), out.size());
+    }
+    if (state.eqTap) {
+        shared.analyzer.writeAfter(out, channels);
+        shared.analyzer.advance(out.size() / std::size_t(channels));
+    }
+    return peak;
+}
+
 void deliverPeak(RenderShared &shared, float peak) {
     float &carry = shared.state.peakCarry;
     carry = std::max(carry, peak);
@@ -147,7 +172,7 @@ void render(RenderShared &shared, std::span<float> out, int channels) {
     State &state = shared.state;
     if (!lock || !state.playing || state.lower >= state.upper) return silence(out);
     fill(state, out, channels);
-    deliverPeak(shared, finite(out.data(), out.size()));
+    deliverPeak(shared, equalize(shared, out, channels, finite(out.data(), out.size())));
     shared.position.store(state.position, std::memory_order_relaxed);
     if (!state.playing) shared.finished.store(1, std::memory_order_relaxed);
 }

@@ -2,10 +2,13 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 #include <span>
 
+#include "Audio/Playback/AnalyzerTap.h"
 #include "Audio/Playback/SpinLock.h"
 #include "Editor/AudioEditorCore/AudioEditorBuffer.h"
+#include "Editor/EqProcessor/EqProcessor.h"
 
 namespace kiv {
 
@@ -20,6 +23,8 @@ struct State {
     std::int64_t crossfade = 0;  // frames of the loop joint; 0: none
     bool equalPower = false;
     std::int64_t fadeIn = 0, fadeOut = 0;  // frames at the range's ends; 0: none
+    std::optional<EqProcessor> eq = {};    // for the output's channels; none: the sound as it is
+    bool eqTap = false;                    // feed the analyzer
     float peakCarry = 0;                   // a peak not yet delivered, because peakLock was taken
 };
 
@@ -29,6 +34,9 @@ struct RenderShared {
     State state;
     std::atomic<std::int64_t> position{0};  // the render position after the last call
     std::atomic<int> finished{0};           // 1: a one-shot has reached its end
+    SpinLock eqLock;
+    std::optional<EqTargets> eqPending;  // what the equalizer is to glide to from the next call on
+    AnalyzerTap analyzer;
     SpinLock peakLock;
     float peak = 0;  // the largest absolute output sample since the main thread last took it
 };
@@ -36,9 +44,9 @@ struct RenderShared {
 // Renders the next out.size() / channels interleaved frames. On the audio thread: takes locks only if they are free, allocates
 // nothing and frees nothing. Where the state is being changed at that moment the whole of `out` is silence.
 //
-// An output channel plays the source channel of its number, or the last there is. Samples that play at a gain of 1 come out
-// as they are, bit for bit, also beyond full scale; what is no number or infinite comes out as 0, since devices and the
-// mixers before them may answer such a sample with noise that outlasts it.
+// An output channel plays the source channel of its number, or the last there is. Samples that play at a gain of 1, and through
+// no equalizer that does something, come out as they are, bit for bit, also beyond full scale; what is no number or infinite
+// comes out as 0, since devices and the mixers before them may answer such a sample with noise that outlasts it.
 void render(RenderShared &shared, std::span<float> out, int channels);
 
 }  // namespace kiv

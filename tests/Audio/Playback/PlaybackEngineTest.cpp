@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <string>
 
 #include "Audio/Playback/Ramp.h"
@@ -321,6 +322,61 @@ TEST_F(PlaybackEngineTest, AClientMayStopFromWithinItsCalls) {
     pass(10);
     EXPECT_EQ(stopper.stops, 1);
     EXPECT_THAT(stopper.moved, IsEmpty());
+}
+
+EqTargets gain(double db, bool on = true) {
+    EqSettings settings;
+    settings.gainDb = db;
+    return {settings, on};
+}
+
+AudioEditorBuffer constant(float level, std::int64_t channels) {
+    return {std::vector<float>(std::size_t(20000 * channels), level), channels, 48000};
+}
+
+TEST_F(PlaybackEngineTest, TheEqualizerIsInForceFromTheFirstFrameAndGlidesToNewSettings) {
+    PlaybackEngine::Request request = looping(0, 20000);
+    request.eq = gain(-6);
+    engine.play(constant(0.5f, 2), request, client);
+    const float lowered = 0.5f * float(std::pow(10.0, -6.0 / 20));
+    EXPECT_THAT(pass(100), Each(testing::FloatEq(lowered)));
+    EXPECT_FLOAT_EQ(client.peaks.back(), lowered) << "the meter shows what is heard";
+    engine.setEq(gain(-6, false), &client);
+    const std::vector<float> glide = pass(4800);
+    EXPECT_NEAR(glide[0], lowered, 0.01);
+    for (std::size_t i = 1; i < glide.size(); ++i) ASSERT_LT(std::fabs(glide[i] - glide[i - 1]), 0.003);
+    EXPECT_THAT(pass(100), Each(0.5f)) << "exact again";
+    Listener stranger;
+    engine.setEq(gain(-6), &stranger);
+    EXPECT_THAT(pass(1000), Each(0.5f)) << "only who plays sets it";
+}
+
+TEST_F(PlaybackEngineTest, TheEqualizerGoesOnWithOtherChannels) {
+    PlaybackEngine::Request request = looping(0, 20000);
+    request.eq = gain(-6);
+    engine.play(constant(0.5f, 2), request, client);
+    pass(100);
+    engine.setBuffer(constant(0.5f, 1));
+    EXPECT_EQ(output.format().channels, 1);
+    EXPECT_THAT(pass(100), Each(testing::FloatEq(0.5f * float(std::pow(10.0, -6.0 / 20)))));
+}
+
+TEST_F(PlaybackEngineTest, TheAnalyzerHearsWhatGoesIntoTheEqualizerAndWhatComesOut) {
+    PlaybackEngine::Request request = looping(0, 20000);
+    request.eq = gain(-6);
+    request.eqTap = true;
+    engine.play(constant(0.5f, 2), request, client);
+    std::vector<float> before(AnalyzerTap::blockFrames), after(AnalyzerTap::blockFrames);
+    pass(4000);
+    EXPECT_FALSE(engine.readAnalyzer(&client, before, after)) << "not yet a whole block";
+    pass(1000);
+    EXPECT_TRUE(engine.readAnalyzer(&client, before, after));
+    EXPECT_THAT(before, Each(0.5f));
+    EXPECT_THAT(after, Each(testing::FloatEq(0.5f * float(std::pow(10.0, -6.0 / 20)))));
+    EXPECT_FALSE(engine.readAnalyzer(&client, before, after)) << "nothing new";
+    engine.setEqTap(false, &client);
+    pass(1000);
+    EXPECT_FALSE(engine.readAnalyzer(&client, before, after)) << "nobody listens";
 }
 
 }  // namespace

@@ -43,14 +43,15 @@ struct Silent : PlaybackEngine::Client {
 // A device on a thread of its own that takes a few frames again and again, and looks at each.
 class Device {
 public:
-    explicit Device(FakeAudioOutput &output) : thread_([this, &output] { run(output); }) {}
+    // Strange is a sample outside lo … hi.
+    Device(FakeAudioOutput &output, float lo, float hi) : lo_(lo), hi_(hi), thread_([this, &output] { run(output); }) {}
     ~Device() {
         stop_ = true;
         thread_.join();
     }
 
     std::atomic<int> heapCalls{0};
-    std::atomic<int> strangeSamples{0};  // outside 0 … √½, the most that a joint of 0.5 with itself comes to
+    std::atomic<int> strangeSamples{0};
     std::atomic<int> calls{0};
     std::atomic<int> sounding{0};
 
@@ -63,11 +64,12 @@ private:
             heapCalls += ::heapCalls - before;
             if (!plays) continue;
             ++calls;
-            for (const float sample : frames) strangeSamples += !(sample >= 0 && sample <= 0.7072f);
+            for (const float sample : frames) strangeSamples += !(sample >= lo_ && sample <= hi_);
             sounding += frames[0] != 0;
         }
     }
 
+    float lo_, hi_;
     std::atomic<bool> stop_{false};
     std::thread thread_;
 };
@@ -87,7 +89,7 @@ TEST(RenderThread, NeverAllocatesFreesOrSeesHalfAChange) {
     PlaybackEngine engine(output, loop, log);
     std::mt19937 random(3);
     {
-        Device device(output);
+        Device device(output, 0, 0.7072f);  // √½ is the most that a joint of 0.5 with itself comes to
         for (int round = 0; round < 60; ++round) {
             const bool loops = round % 3 != 0;
             engine.play(constant(0.25f, 8000), {{100, 7000}, 50, loops, 90, round % 2 == 0, 64, 64}, client);
@@ -109,6 +111,43 @@ TEST(RenderThread, NeverAllocatesFreesOrSeesHalfAChange) {
     const int before = heapCalls;
     constant(0.25f, 10);
     EXPECT_GT(heapCalls, before) << "the count would not show anything";
+}
+
+EqSettings oneOf(std::mt19937 &random) {
+    const auto below = [&](unsigned n) { return double(random() % n); };
+    EqSettings settings;
+    settings.gainDb = -below(6);
+    settings.lowCut = {below(2) == 0, 20 + below(100)};
+    settings.highCut = {below(2) == 0, 2000 + below(10000)};
+    for (EqBand &band : settings.bands) band = {below(3) != 0, 50 + below(5000), below(24) - 12, 0.5 + below(3)};
+    return settings;
+}
+
+TEST(RenderThread, TheEqualizerNeverAllocatesWhateverIsTurned) {
+    FakeAudioOutput output;
+    FakeMainLoop loop;
+    FakeSystemLog log;
+    Silent client;
+    PlaybackEngine engine(output, loop, log);
+    std::mt19937 random(4);
+    std::vector<float> before(AnalyzerTap::blockFrames), after(AnalyzerTap::blockFrames);
+    int blocks = 0;
+    Device device(output, -100, 100);
+    for (int round = 0; round < 40 || device.sounding < 10 || blocks == 0; ++round) {
+        PlaybackEngine::Request request{.range = {0, 8000}, .loop = true};
+        request.eq = {oneOf(random), round % 2 == 0};
+        request.eqTap = round % 3 != 0;
+        engine.play(constant(0.25f, 8000), request, client);
+        for (int step = 0; step < 30; ++step) {
+            engine.setEq({oneOf(random), step % 7 != 6}, &client);
+            engine.setEqTap(step % 10 != 9, &client);
+            blocks += engine.readAnalyzer(&client, before, after);
+            std::this_thread::yield();
+        }
+        if (round % 5 == 4) engine.setBuffer(AudioEditorBuffer(std::vector<float>(8000, 0.25f), 1, 44100));
+    }
+    EXPECT_EQ(device.heapCalls, 0);
+    EXPECT_EQ(device.strangeSamples, 0);
 }
 
 }  // namespace
