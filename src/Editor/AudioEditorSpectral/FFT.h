@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "Support/RealFft.h"
 
 namespace kiv::AudioEditorSpectral {
@@ -11,7 +13,11 @@ struct FFT {
 
     int size;
     RealFft transform;
-    AlignedVector<float> window;  // Hann: 0.5 · (1 − cos(2πi / size))
+    std::vector<float> window;  // Hann: 0.5 · (1 − cos(2πi / size))
+
+    // The transform of `size` samples under the window; `frame` is room for as many. A sample that is no number, or infinite,
+    // counts as 0: else it would be spread over all that the transform covers.
+    void forward(const float *samples, float *frame, std::complex<float> *bins) const;
 };
 
 }  // namespace kiv::AudioEditorSpectral

@@ -19,11 +19,6 @@ constexpr std::int64_t smallGap = 8192;
 
 using Blocks = ColumnRange;
 
-KIV_VECTORISED void multiplyTo(const float *__restrict in, const float *__restrict window, std::int64_t count,
-                               float *__restrict out) {
-    for (std::int64_t i = 0; i < count; ++i) out[i] = in[i] * window[i];
-}
-
 KIV_VECTORISED void multiplyAdd(const float *__restrict in, const float *__restrict window, std::int64_t count,
                                 float *__restrict sum) {
     for (std::int64_t i = 0; i < count; ++i) sum[i] += in[i] * window[i];
@@ -69,14 +64,15 @@ struct Scratch {
         : stride((blocks + 2 * (overlap - 1)) * setup.geometry().hop),
           input(std::size_t(stride * setup.state.original.channels())),
           sum(std::size_t(stride * setup.state.original.channels())),
-          frame(std::size_t(setup.fft.size)),
           bins(std::size_t(setup.fft.transform.bins())),
-          spectrum(std::size_t(setup.fft.transform.bins())) {}
+          frame(makeFftReals(std::size_t(setup.fft.size))),
+          spectrum(makeFftBins(bins.size())) {}
 
-    std::int64_t stride;               // frames a channel: the part and a margin of three blocks on either side
-    AlignedVector<float> input, sum;   // planar
-    AlignedVector<float> frame, bins;  // of one transform
-    AlignedVector<std::complex<float>> spectrum;
+    std::int64_t stride;            // frames a channel: the part and a margin of three blocks on either side
+    std::vector<float> input, sum;  // planar
+    std::vector<float> bins;        // of one transform, as are the next two
+    FftArray<float> frame;
+    FftArray<std::complex<float>> spectrum;
     std::array<float, bandCount> bandValues{};
 };
 
@@ -131,12 +127,11 @@ private:
         const FFT &fft = setup_.fft;
         for (std::int64_t c = 0; c < channels_; ++c) {
             const std::int64_t at = c * scratch_.stride + offset;
-            multiplyTo(scratch_.input.data() + at, fft.window.data(), fft.size, scratch_.frame.data());
-            fft.transform.forward(scratch_.frame.data(), scratch_.spectrum.data());
+            fft.forward(scratch_.input.data() + at, scratch_.frame.get(), scratch_.spectrum.get());
             scaleBins(scratch_.bins.data(), std::int64_t(scratch_.bins.size()),
-                      reinterpret_cast<float *>(scratch_.spectrum.data()));
-            fft.transform.inverse(scratch_.spectrum.data(), scratch_.frame.data());
-            multiplyAdd(scratch_.frame.data(), fft.window.data(), fft.size, scratch_.sum.data() + at);
+                      reinterpret_cast<float *>(scratch_.spectrum.get()));
+            fft.transform.inverse(scratch_.spectrum.get(), scratch_.frame.get());
+            multiplyAdd(scratch_.frame.get(), fft.window.data(), fft.size, scratch_.sum.data() + at);
         }
     }
 

@@ -19,7 +19,7 @@ double tiltDb(double hz) { return tiltDbPerOctave * std::log2(std::max(hz, 1.0) 
 }  // namespace
 
 // A Hann window of unit power.
-EqAnalyzer::EqAnalyzer() : window_(fftSize), windowed_(fftSize), spectrum_(bins + 1) {
+EqAnalyzer::EqAnalyzer() : window_(fftSize), windowed_(makeFftReals(fftSize)), spectrum_(makeFftBins(bins + 1)) {
     for (std::size_t i = 0; i < window_.size(); ++i)
         window_[i] = float(std::sqrt(8.0 / 3) * 0.5 * (1 - std::cos(2 * std::numbers::pi * double(i) / fftSize)));
     reset(input);
@@ -29,7 +29,7 @@ EqAnalyzer::EqAnalyzer() : window_(fftSize), windowed_(fftSize), spectrum_(bins 
 void EqAnalyzer::push(std::span<const float> samples, Curve curve) {
     if (samples.size() != fftSize) return;
     for (std::size_t i = 0; i < fftSize; ++i) windowed_[i] = samples[i] * window_[i];
-    fft_.forward(windowed_.data(), spectrum_.data());
+    fft_.forward(windowed_.get(), spectrum_.get());
     for (std::size_t k = 0; k < bins; ++k) {
         const double levelDb = 10 * std::log10(std::max(double(std::norm(spectrum_[k])) * powerScale, 1e-20));
         double &held = spectrumDb_[curve][k];

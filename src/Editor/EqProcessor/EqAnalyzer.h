@@ -34,8 +34,9 @@ private:
     static constexpr double silenceDb = -200;
 
     RealFft fft_{fftSize};
-    AlignedVector<float> window_, windowed_;
-    AlignedVector<std::complex<float>> spectrum_;
+    std::vector<float> window_;
+    FftArray<float> windowed_;
+    FftArray<std::complex<float>> spectrum_;
     std::array<std::array<double, bins>, 2> spectrumDb_;
     std::array<bool, 2> hasData_{};
 };
