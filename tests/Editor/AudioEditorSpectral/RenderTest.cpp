@@ -71,7 +71,7 @@ TEST(SpectralGeometry, FindsEveryTransformThatReadsAColumn) {
                 const auto at = geometry.columnPosition(n);
                 const bool reads =
                     (at.c0 >= range.lo && at.c0 < range.hi) || (at.t > 0 && at.c1 >= range.lo && at.c1 < range.hi);
-                if (reads) ASSERT_TRUE(n >= found.lo && n < found.hi) << length << " " << n;
+                ASSERT_TRUE(!reads || (n >= found.lo && n < found.hi)) << length << " " << n;
             }
             ASSERT_LE(found.count(), (range.count() + 1) * (geometry.columnFrames / geometry.hop + 1) + 10);
         }
@@ -189,7 +189,7 @@ TEST(SpectralRender, AStrokeHasNoStepAtItsEndsAndLeavesTheRestItsMemory) {
     const FrameRange under = state.geometry.framesUnder(state.geometry.transformsReading({30, 31}));
     EXPECT_GE(out.sharedPrefix(state.original), under.lo);
     EXPECT_GE(out.sharedSuffix(state.original), frames - under.hi);
-    EXPECT_GT(largestDifference(out, state.original, under), 0.1f);
+    EXPECT_GT(largestDifference(out, state.original, under), 0.05f);
     float steepest = 0, steepestBefore = 0;  // second differences
     for (std::int64_t i = under.lo - 10; i < under.hi + 10; ++i) {
         const auto bend = [i](const AudioEditorBuffer &b) {
