@@ -199,4 +199,5 @@ def main():
     print("all met" if ok else "some not met")
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -26,6 +26,8 @@ struct Parsed {
     std::string script, out;
     bool noSave = false;
     PeaksCall peaks;
+    SpectrumCall spectrum;
+    EqResponseCall eqResponse;
     JsonFlags flags;
 };
 
@@ -49,6 +51,22 @@ CLI::App *addEdit(CLI::App &app, Parsed &parsed) {
     edit->add_flag("--no-save", parsed.noSave, "Do not save")->excludes(out);
     edit->footer("Steps:\n" + stepsHelp());
     return edit;
+}
+
+CLI::App *addSpectrum(CLI::App &app, SpectrumCall &call) {
+    CLI::App *spectrum = app.add_subcommand("spectrum", "A picture of the spectrum, one pixel a column and band");
+    spectrum->set_version_flag("--version", KIV_VERSION);
+    spectrum->add_option("FILE", call.file, "The sound file")->required();
+    spectrum->add_option("-o", call.out, "The PNG file to write")->required()->check(namesAFile);
+    return spectrum;
+}
+
+CLI::App *addEqResponse(CLI::App &app, EqResponseCall &call, JsonFlags &flags) {
+    CLI::App *response = addCommand(app, "eq-response", "The equalizer's gain at some frequencies, in decibels", flags);
+    response->add_option("SETTINGS", call.settings, "The words of the eq step, in one argument")->required();
+    response->add_option("--rate", call.rate, "The sample rate in hertz")->required();
+    response->add_option("--at", call.at, "Frequencies in hertz, parted by commas")->required();
+    return response;
 }
 
 // The parser takes a word in brackets apart as a list: this sign in front keeps it whole, and comes off again.
@@ -93,6 +111,8 @@ Call parseCommandLine(int argc, const char *const *argv) {
     CLI::App *edit = addEdit(app, parsed);
     CLI::App *peaks = addCommand(app, "peaks", "The extremes of every 256 frames", parsed.flags);
     peaks->add_option("FILE", parsed.peaks.file, "The sound file")->required();
+    CLI::App *spectrum = addSpectrum(app, parsed.spectrum);
+    CLI::App *response = addEqResponse(app, parsed.eqResponse, parsed.flags);
     addCommand(app, "commands", "The editor's commands", parsed.flags);
     const std::vector<std::string> words = wholeWords(argc, argv);
     try {
@@ -106,6 +126,8 @@ Call parseCommandLine(int argc, const char *const *argv) {
     const JsonLayout json = parsed.flags.layout();
     if (*info) return InfoCall{plain(parsed.info.file), json};
     if (*peaks) return PeaksCall{plain(parsed.peaks.file), json};
+    if (*spectrum) return SpectrumCall{plain(parsed.spectrum.file), plain(parsed.spectrum.out)};
+    if (*response) return EqResponseCall{parsed.eqResponse.settings, parsed.eqResponse.rate, parsed.eqResponse.at, json};
     if (!*edit) return CommandsCall{json};
     return EditCall{plain(parsed.edit.file),        plain(parsed.edit.steps), given(*edit, "--script", parsed.script),
                     given(*edit, "-o", parsed.out), !parsed.noSave,           json};

@@ -32,6 +32,17 @@ struct PeaksCall {
     JsonLayout json;
 };
 
+struct SpectrumCall {
+    std::string file;
+    std::string out;  // the picture's file
+};
+
+struct EqResponseCall {
+    std::string settings;  // the words of the eq step
+    std::string rate, at;  // hertz; `at` a list parted by commas
+    JsonLayout json;
+};
+
 struct CommandsCall {
     JsonLayout json;
 };
@@ -42,7 +53,7 @@ struct Answered {
     std::string text;
 };
 
-using Call = std::variant<Answered, InfoCall, EditCall, PeaksCall, CommandsCall>;
+using Call = std::variant<Answered, InfoCall, EditCall, PeaksCall, SpectrumCall, EqResponseCall, CommandsCall>;
 
 Call parseCommandLine(int argc, const char *const *argv);
 

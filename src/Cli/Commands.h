@@ -9,6 +9,8 @@ namespace kiv::Cli {
 std::string info(const InfoCall &call, const DocumentServices &services);
 std::string edit(const EditCall &call, const DocumentServices &services);
 std::string peaks(const PeaksCall &call, const DocumentServices &services);
+std::string spectrum(const SpectrumCall &call, const DocumentServices &services);
+std::string eqResponse(const EqResponseCall &call);  // throws WrongWords only
 std::string commands(const CommandsCall &call);
 
 }  // namespace kiv::Cli

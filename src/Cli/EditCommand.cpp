@@ -20,6 +20,11 @@ namespace {
 class CallUi : public DocumentUi {
 public:
     void ask(const Question &question, std::function<void(std::size_t)> answer) override {
+        const auto without = std::ranges::find(question.buttons, "Save Without EQ");
+        if (without != question.buttons.end()) {
+            leavesEqOut = true;
+            return answer(std::size_t(without - question.buttons.begin()));
+        }
         error = question.message + ".";
         answer(question.buttons.size() - 1);
     }
@@ -28,6 +33,7 @@ public:
 
     std::string error;
     std::vector<std::string> notices;
+    bool leavesEqOut = false;
 };
 
 struct Outcome {
@@ -152,6 +158,8 @@ std::string edit(const EditCall &call, const DocumentServices &services) {
     if (call.saves) {
         saveDocument(document, call, ui);
         outcome.saved = call.out.value_or(call.file);
+        if (ui.leavesEqOut)
+            std::fprintf(stderr, "%s: the equalizer is not applied, so it was not saved\n", outcome.saved->c_str());
     }
     outcome.notices = ui.notices;
     return call.json ? asJson(outcome, *call.json) : "";

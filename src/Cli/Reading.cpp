@@ -26,6 +26,10 @@ Result resultOf(const DocumentServices &services, const std::string &path, Read 
 
 }  // namespace
 
+void runNow(const DocumentServices &services, const std::string &path, const std::function<void(Progress &)> &work) {
+    resultOf<bool>(services, path, [&](Progress &progress) { return work(progress), true; });
+}
+
 AudioFileContents readNow(const DocumentServices &services, const std::string &path) {
     return resultOf<AudioFileContents>(services, path, [&](Progress &progress) {
         return readAudioFile(services.files, services.decoders, path, progress).contents;

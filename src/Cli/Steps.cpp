@@ -4,8 +4,10 @@
 #include <array>
 #include <cmath>
 
+#include "Cli/EqWords.h"
 #include "Cli/Reading.h"
 #include "Document/CommandActions.h"
+#include "Editor/AudioEditorModel/AudioEditorSpectralPainting.h"
 #include "Support/DecimalText.h"
 
 namespace kiv::Cli {
@@ -77,6 +79,15 @@ Parameter whole(std::string_view name, WholeRange range, ParameterKind kind = Pa
     return {name, kind, double(range.lo), double(range.hi)};
 }
 
+namespace Painting = AudioEditorSpectralPainting;
+
+void multiplyMask(StepContext &context, const Arguments &arguments) {
+    const auto cell = [&](std::size_t i) { return std::int64_t(arguments[i].number); };
+    const Painting::ColumnRange columns{cell(0), cell(1)}, bands{cell(2), cell(3)};
+    context.document.model().setSpectralEnabled(true);
+    Painting::multiply(context.document.model(), columns, bands, arguments[4].number);
+}
+
 const std::vector<StepForm> &stepForms() {
     constexpr auto position = ParameterKind::position;
     const Parameter gainDb{"DB", ParameterKind::number, Setting::gainDb.lo, Setting::gainDb.hi};
@@ -87,6 +98,9 @@ const std::vector<StepForm> &stepForms() {
     const Parameter cycle = whole("CYCLE|auto", stretchCycleRange, ParameterKind::wholeOrAuto);
     const Parameter clean{"clean", ParameterKind::choice, 0, 0, "clean"}, s950{"s950", ParameterKind::choice, 0, 0, "s950"};
     const Parameter none{"none", ParameterKind::choice, 0, 0, "none"};
+    const Parameter onOff{"on|off", ParameterKind::choice, 0, 0, "on off"};
+    const auto cell = [](std::string_view name) { return Parameter{name, ParameterKind::whole, -1e15, 1e15}; };
+    const Parameter maskDb{"DB", ParameterKind::number, -96, 12};
     // clang-format off
     static const std::vector<StepForm> forms{
         {"select", {{"LO", position}, {"HI", position}},
@@ -104,10 +118,38 @@ const std::vector<StepForm> &stepForms() {
         {"timeStretch", {s950, percent, semitones, cents, cycle}, stretchByCycles},
         {"loop", {{"LO", position}, {"HI", position}}, setLoop, isAscending, "LO must be below HI"},
         {"loop", {none}, [](StepContext &c, const Arguments &) { c.document.model().commitLoop(std::nullopt); }},
+        {"spectral", {onOff},
+         [](StepContext &c, const Arguments &a) { c.document.model().setSpectralEnabled(a[0].text == "on"); }},
+        {"spectralClear", {}, [](StepContext &c, const Arguments &) { Painting::clear(c.document.model()); }},
+        {"spectralReset", {}, [](StepContext &c, const Arguments &) { Painting::reset(c.document.model()); }},
+        {"spectralMask", {cell("C0"), cell("C1"), cell("B0"), cell("B1"), maskDb}, multiplyMask},
+        {"applyEq", {}, [](StepContext &c, const Arguments &) { c.document.applyEq(); }},
     };
     // clang-format on
     return forms;
 }
+
+// A step that reads all of its words itself.
+struct FreeForm {
+    std::string_view name, words;
+    Step (*parse)(std::span<const std::string> words);
+};
+
+Step parseEq(std::span<const std::string> words) {
+    if (words.empty()) throw WrongWords("a setting is missing");
+    std::vector<std::function<void(EqSettings &)>> changes;
+    for (const std::string &word : words) changes.push_back(parseEqSetting(word));
+    return [changes](StepContext &context) {
+        EqSettings settings = context.document.eq().settings();
+        for (const auto &change : changes) change(settings);
+        context.document.eq().setSettings(settings);
+        context.document.model().setEqEnabled(true);
+    };
+}
+
+constexpr FreeForm freeForms[] = {
+    {"eq", "gain=DB|lowCut=on|off:HZ|highCut=on|off:HZ|bandN=on|off:HZ:DB:Q …", parseEq},
+};
 
 // Steps without parameters are the commands of the same name.
 constexpr std::array plainSteps{
@@ -172,6 +214,8 @@ std::string formTexts(std::string_view name, std::string_view between) {
 
 Step parseWords(const Words &words) {
     if (words.empty()) throw WrongWords("a step without words");
+    for (const FreeForm &form : freeForms)
+        if (form.name == words[0]) return form.parse(std::span(words).subspan(1));
     bool isKnown = false;
     for (const StepForm &form : stepForms()) {
         isKnown = isKnown || form.name == words[0];
@@ -198,6 +242,7 @@ Step parseStep(const Words &words) {
 
 std::string stepsHelp() {
     std::string text = formTexts("", "\n");
+    for (const FreeForm &form : freeForms) text += "\n" + std::string(form.name) + " " + std::string(form.words);
     for (const EditorCommand command : plainSteps) text += "\n" + std::string(row(command).raw);
     return text;
 }

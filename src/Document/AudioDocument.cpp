@@ -4,6 +4,7 @@
 
 #include "Document/AudioFileReading.h"
 #include "Document/AudioFileWriting.h"
+#include "Editor/AudioEditorModel/AudioEditorSpectralPainting.h"
 
 namespace kiv {
 
@@ -88,6 +89,13 @@ AudioDocument::AudioDocument(DocumentServices services, DocumentUi &ui)
     model_.onLoopChanged = [this](bool loop) {
         if (isPlaying()) services_.playback->setLoop(loop);
     };
+    model_.onEqChanged = [this](bool) { updateEq(); };
+    model_.onSpectralPreview = [this](const AudioEditorBuffer &preview) {
+        if (isPlaying()) services_.playback->setBuffer(preview);
+    };
+    eqChanges_ = eq_.observers.add([this](EqModel::Change change) {
+        if (change == EqModel::Change::settings) updateEq();
+    });
     model_.onPlayRange = [this](FrameRange range, bool loop) { play(range, range.lo, loop); };
 }
 
@@ -107,6 +115,7 @@ void AudioDocument::cancelWork() {
 
 void AudioDocument::editEnded(bool committed) {
     const std::weak_ptr<int> alive = alive_;
+    if (!committed) AudioEditorSpectralPainting::cancelStroke(model_);  // it was shown until it was rendered
     if (const auto save = std::exchange(waitingSave_, nullptr)) save(committed);
     if (!alive.expired()) considerClosing();
 }
@@ -208,10 +217,31 @@ void AudioDocument::readAgain() {
     });
 }
 
-void AudioDocument::save(std::function<void(bool)> done) { requestSave(path_, IfChanged::ask, std::move(done)); }
+// A save that could not begin is not asked about.
+void AudioDocument::confirmEqBeforeSaving(std::function<void(bool go)> then) {
+    if (!isEqPending() || work_ != Work::none || waitingSave_) return then(true);
+    const DocumentUi::Question question{"The EQ is not applied",
+                                        "What you hear through the EQ is not in the audio yet. Apply it before saving?",
+                                        {"Apply EQ and Save", "Save Without EQ", "Cancel"}};
+    enum : std::size_t { applyFirst, saveWithout };
+    ui_.ask(question, whileAlive([this, then = std::move(then)](std::size_t button) {
+                if (button == applyFirst) kiv::applyEq(model_, eq_.settings(), FrameRange{0, model_.state().buffer.frames()});
+                then(button == applyFirst || button == saveWithout);
+            }));
+}
+
+void AudioDocument::save(std::function<void(bool)> done) {
+    confirmEqBeforeSaving([this, done = std::move(done)](bool go) {
+        if (go) return requestSave(path_, IfChanged::ask, done);
+        if (done) done(false);
+    });
+}
 
 void AudioDocument::saveTo(const std::string &path, std::function<void(bool)> done) {
-    requestSave(path, IfChanged::overwrite, std::move(done));
+    confirmEqBeforeSaving([this, path, done = std::move(done)](bool go) {
+        if (go) return requestSave(path, IfChanged::overwrite, done);
+        if (done) done(false);
+    });
 }
 
 void AudioDocument::requestSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done) {

@@ -13,6 +13,7 @@
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
 #include "Editor/AudioEditorModel/BackgroundEdits.h"
 #include "Editor/AudioEditorModel/BackgroundPeaks.h"
+#include "Editor/AudioEditorModel/EqModel.h"
 #include "Editor/Surfaces/PlayheadFollower.h"
 #include "Platform/DecodedReader.h"
 #include "Platform/Files.h"
@@ -39,6 +40,8 @@ public:
 
     AudioEditorModel &model() { return model_; }
     const AudioEditorModel &model() const { return model_; }
+    EqModel &eq() { return eq_; }
+    const EqModel &eq() const { return eq_; }
     const std::string &path() const { return path_; }
     std::string name() const;                                                       // the path's last part
     const std::optional<AudioFileContents> &contents() const { return contents_; }  // as read; the buffer is the model's
@@ -60,8 +63,14 @@ public:
     static constexpr const char *cancelledText = "Cancelled.";
     // Reads the file; then `done` with the error's text, empty when all is well.
     void open(const std::string &path, std::function<void(const std::string &error)> done);
-    // Saves over the file, after asking when another program has changed it meanwhile, or elsewhere in the file's own format,
-    // where the document then lives; a failure is shown, and `done` is told false, as it is when the user has cancelled.
+    // What is heard through the equalizer is not in the samples: it is open and does something.
+    bool isEqPending() const;
+    // Writes the equalizer into the selection, or the whole sound without one, and closes it.
+    void applyEq();
+
+    // Saves over the file, after asking whether a pending equalizer is to be applied first, and after asking when another
+    // program has changed it meanwhile, or elsewhere in the file's own format, where the document then lives; a failure is
+    // shown, and `done` is told false, as it is when the user has cancelled.
     void save(std::function<void(bool)> done = {});
     void saveTo(const std::string &path, std::function<void(bool)> done);
     // Reads the file again, after asking when there are edits.
@@ -98,8 +107,12 @@ private:
     enum class Install { fresh, again };
     void install(Loaded loaded, Install how);
     void readAgain();
+    void confirmEqBeforeSaving(std::function<void(bool go)> then);
     void requestSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done);
     void runSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done);
+    EqTargets eqTargets() const { return {eq_.settings(), model_.state().eqEnabled}; }
+    void updateEq();
+    void feedAnalyzer();
     void editEnded(bool committed);
     void saveEnded(Saving &saving, std::exception_ptr failure, const std::function<void(bool)> &done);
     void askOverChanges(const std::string &path, std::function<void(bool)> done);
@@ -112,6 +125,9 @@ private:
     DocumentServices services_;
     DocumentUi &ui_;
     AudioEditorModel model_;
+    EqModel eq_;
+    std::vector<float> eqInput_, eqOutput_;  // what the analyzer is fed with
+    bool analyzerRests_ = false;             // at this tick
     BackgroundEdits edits_;
     BackgroundPeaks peaks_;
     std::string path_;
@@ -125,7 +141,7 @@ private:
     std::int64_t savedVersion_ = 0;
     bool toldEdited_ = false;
     PlayheadFollower follower_{model_};
-    Subscription modelChanges_, editChanges_;
+    Subscription modelChanges_, editChanges_, eqChanges_;
     std::shared_ptr<int> alive_ = std::make_shared<int>();  // jobs and questions hold it weakly
 };
 

@@ -1,4 +1,5 @@
 #include "Document/AudioDocument.h"
+#include "Editor/AudioEditorModel/AudioEditorSpectralPainting.h"
 
 // Where the document meets playback.
 namespace kiv {
@@ -27,6 +28,8 @@ void AudioDocument::play(FrameRange range, std::int64_t start, bool loop) {
     request.range = range;
     request.start = start;
     request.loop = loop;
+    request.eq = eqTargets();
+    request.eqTap = model_.state().eqEnabled;
     services_.playback->play(model_.state().buffer, request, *this);
 }
 
@@ -49,13 +52,18 @@ void AudioDocument::playbackPeak(float level) {
     if (level > highest.value_or(0)) model_.setMaxLevel(level);
 }
 
-void AudioDocument::playbackMoved(double frame) { model_.setPlayheads({{0, frame}}); }
+void AudioDocument::playbackMoved(double frame) {
+    model_.setPlayheads({{0, frame}});
+    if (model_.state().eqEnabled) feedAnalyzer();
+    AudioEditorSpectralPainting::previewIfDue(model_);
+}
 
 void AudioDocument::playbackStopped() {
     const AudioEditorModel::Batch batch(model_);
     model_.setPlayheads({});
     model_.setPlaying(false);
     model_.setPreviewPlaying(false);
+    eq_.resetAnalyzer();
 }
 
 }  // namespace kiv

@@ -49,6 +49,9 @@ inline constexpr NumberSetting sliceTailDb{"audio_editor_slice_tail_db", -50, -1
 inline constexpr NumberSetting sliceLengthPercent{"audio_editor_slice_length_percent", 100, 0, 500};
 inline constexpr NumberSetting sliceFadeInSamples{"audio_editor_slice_fade_in_samples", 0, 0, 500};
 inline constexpr NumberSetting sliceFadeOutSamples{"audio_editor_slice_fade_out_samples", 0, 0, 500};
+inline constexpr TextSetting spectralBrush{"audio_editor_spectral_brush", "attenuate", "attenuate accentuate"};
+inline constexpr NumberSetting spectralBrushSize{"audio_editor_spectral_size", 40, 4, 400};
+inline constexpr NumberSetting spectralIntensity{"audio_editor_spectral_intensity", 50, 0, 100};
 inline constexpr TextSetting folderBookmarks{"folder_bookmarks", "", ""};
 inline constexpr TextSetting documentWindowFrame{"KivDocumentWindow", "", ""};
 }  // namespace Setting

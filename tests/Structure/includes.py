@@ -38,7 +38,7 @@ ALLOWED = {
     "Document/Windows": (VIEWS, r"Q([A-Z]|t$)"),
     "Preferences/Panes": (VIEWS, r"Q([A-Z]|t$)"),
     "App": (["App", "Platform/Linux", "Platform/Qt"] + VIEWS, rf"Q([A-Z]|t$)|{POSIX}|xkbcommon/|xcb/"),
-    "Cli": (["Cli", "Platform/Fake", "Platform/Linux"] + DOCUMENT, rf"CLI/|nlohmann/|{POSIX}"),
+    "Cli": (["Cli", "Platform/Fake", "Platform/Linux"] + DOCUMENT, rf"CLI/|nlohmann/|png|{POSIX}"),
 }
 SINGLE = re.compile(r"^(QtWidgets|QtGui|QtCore|QtDBus)$")  # headers of a whole module cost seconds a file
 C_HEADERS = re.compile(r"^[a-z0-9_/]+\.h$")

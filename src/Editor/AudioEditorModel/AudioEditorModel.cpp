@@ -26,6 +26,7 @@ AudioEditorModel::AudioEditorModel(Settings &settings, Clipboard &clipboard) : s
     state_.loopEnabled = settings.get(Setting::loop);
     state_.followPlayhead = settings.get(Setting::followPlayhead);
     readModeSettings();
+    readSpectralSettings();
 }
 
 AudioEditorModel::Batch::~Batch() {
@@ -83,6 +84,7 @@ void AudioEditorModel::install(Content content) {
         onLoosePeaks ? onLoosePeaks() : completePeaks(state_.generation, state_.peaks.measuredTail(state_.buffer));
     state_.contentVersion = content.version;
     tell(Change::audio);
+    holdSpectral(std::move(content.spectral));
     setCursorAndSelection(content.cursor, content.selection);
     state_.lastSelection = clampedRange(state_.lastSelection, state_.buffer);
     setView(state_.view);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -18,6 +19,7 @@
 #include "Editor/AudioEditorCore/AudioEditorTimeUnit.h"
 #include "Editor/AudioEditorModel/AudioEditorLoopState.h"
 #include "Editor/AudioEditorModel/AudioEditorSlicerState.h"
+#include "Editor/AudioEditorModel/AudioEditorSpectralState.h"
 #include "Editor/AudioEditorModel/AudioEditorZoom.h"
 #include "Editor/AudioEditorModel/EditPlan.h"
 #include "Editor/AudioEditorModel/UndoHistory.h"
@@ -75,6 +77,8 @@ enum class Change : std::uint32_t {
     slices = 1 << 16,    // the slices themselves
     slicer = 1 << 17,    // the rest of AudioEditorSlicerState
     peaks = 1 << 23,     // those that were loose have been measured
+    spectral = 1 << 24,  // all of AudioEditorSpectralState
+    eq = 1 << 25,        // eqEnabled
 };
 
 struct Changes {
@@ -100,7 +104,7 @@ struct AnalysisPlan {
 };
 
 // Everything a view of a document can see; plain values.
-struct AudioEditorState : AudioEditorLoopState, AudioEditorSlicerState {
+struct AudioEditorState : AudioEditorLoopState, AudioEditorSlicerState, AudioEditorSpectralState {
     AudioEditorBuffer buffer;
     AudioEditorPeaks peaks;
     std::int64_t generation = 0;      // grows whenever the audio changes
@@ -123,6 +127,7 @@ struct AudioEditorState : AudioEditorLoopState, AudioEditorSlicerState {
     AudioEditorTimeUnit timeUnit = AudioEditorTimeUnit::seconds;
     std::optional<LoopPress> pressLoop;  // while a drag moves the loop
     bool loopEnabled = false;
+    bool eqEnabled = false;  // the equalizer is open and heard
     bool followPlayhead = false;
     bool playing = false;
     bool previewPlaying = false;
@@ -148,6 +153,13 @@ public:
     std::function<void(const AudioEditorBuffer &before, const AudioEditorBuffer &now)> onAudioChanged;
     std::function<void(FrameRange range, bool loop)> onPlayRange;
     std::function<void(bool)> onLoopChanged;
+    std::function<void(bool)> onEqChanged;
+    // Hands out the sound as it is with a stroke under way, and as it was when that is called off; only while playing.
+    std::function<void(const AudioEditorBuffer &preview)> onSpectralPreview;
+    // Seconds from any moment on; what spaces the previews.
+    std::function<double()> clock = [] {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+    };
     std::function<void(bool)> onEditLoopChanged;
     std::function<void()> onLoopPointsChanged;
     std::function<void()> onPlayJoint;
@@ -220,6 +232,7 @@ public:
     void toggleTimeUnit();
     void setFollowPlayhead(bool follow);
     void setLoopEnabled(bool enabled);
+    void setEqEnabled(bool enabled);
     void setPlayheads(std::vector<AudioEditorPlayhead> heads);
     void setPlaying(bool playing);
     void setPreviewPlaying(bool playing);
@@ -235,12 +248,14 @@ public:
     void setPointerMode(std::optional<PointerMode> mode);
     void setViewDragged(bool dragged);
 
-    // The modes, of which entering one leaves the others. AudioEditorLoops and AudioEditorSlices say what is done in them; they
-    // alone set their states, which stores what of them is a setting.
+    // The modes, of which entering one leaves the others. AudioEditorLoops, AudioEditorSlices and AudioEditorSpectralPainting
+    // say what is done in them; they alone set their states, which stores what of them is a setting.
     void setEditLoopEnabled(bool enabled);
     void setSlicerEnabled(bool enabled);
+    void setSpectralEnabled(bool enabled);
     void setLoopState(AudioEditorLoopState next);
     void setSlicerState(AudioEditorSlicerState next);
+    void setSpectralState(AudioEditorSpectralState next);
     void analyse(AnalysisPlan plan);
 
     // Changes made until the returned guard dies are told as one. Guards may nest.
@@ -262,6 +277,7 @@ private:
         std::int64_t cursor;
         std::optional<FrameRange> selection;
         std::int64_t version;
+        std::shared_ptr<const AudioEditorSpectral::State> spectral = {};  // what made this sound of another, if that did
     };
 
     // Whether that was a change.
@@ -282,7 +298,9 @@ private:
     void commitOutcome(EditOutcome outcome);
     void restore(std::optional<Snapshot> snapshot);
     void readModeSettings();
-    enum class Mode { editLoop, slicer };
+    void readSpectralSettings();
+    void holdSpectral(std::shared_ptr<const AudioEditorSpectral::State> spectral);
+    enum class Mode { editLoop, slicer, spectral };
     void leaveModesBut(Mode mode);
     void setSlices(std::vector<FrameRange> slices);
     std::optional<FrameRange> clampedLoop(std::optional<FrameRange> loop) const;

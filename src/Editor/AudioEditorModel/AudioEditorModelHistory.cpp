@@ -19,6 +19,7 @@ bool leavesMuchOut(const AudioEditorBuffer &before, const AudioEditorBuffer &aft
 Snapshot AudioEditorModel::currentSnapshot(bool withBuffer) const {
     Snapshot snapshot;
     if (withBuffer) snapshot.buffer = state_.buffer;
+    if (withBuffer) snapshot.spectral = state_.spectral;
     snapshot.cursor = state_.cursorFrame;
     snapshot.selection = state_.selection;
     snapshot.version = state_.contentVersion;
@@ -67,7 +68,9 @@ void AudioEditorModel::commitOutcome(EditOutcome outcome) {
         set(&AudioEditorState::loopPoints, outcome.change.mapLoop(*state_.loopPoints, frames), Change::loopPoints);
     setSlices(outcome.change.mapRanges(state_.slices, frames));
     const auto place = outcome.place.value_or(EditOutcome::Place{state_.cursorFrame, state_.selection});
-    install({std::move(outcome.buffer), std::move(outcome.peaks), place.cursor, place.selection, nextVersion_++});
+    install({std::move(outcome.buffer), std::move(outcome.peaks), place.cursor, place.selection, nextVersion_++,
+             std::move(outcome.spectral)});
+    if (outcome.closesEq) setEqEnabled(false);
 }
 
 std::optional<FrameRange> AudioEditorModel::clampedLoop(std::optional<FrameRange> loop) const {
@@ -146,7 +149,7 @@ void AudioEditorModel::restore(std::optional<Snapshot> snapshot) {
     set(&AudioEditorState::loopFindNotice, std::nullopt, Change::editLoop);
     if (snapshot->buffer)
         install({std::move(*snapshot->buffer), std::move(snapshot->peaks), snapshot->cursor, snapshot->selection,
-                 snapshot->version});
+                 snapshot->version, std::move(snapshot->spectral)});
     else
         state_.contentVersion = snapshot->version;
 }

@@ -15,6 +15,7 @@ void AudioEditorModel::readModeSettings() {
 void AudioEditorModel::leaveModesBut(Mode mode) {
     if (mode != Mode::editLoop) setEditLoopEnabled(false);
     if (mode != Mode::slicer) setSlicerEnabled(false);
+    if (mode != Mode::spectral) setSpectralEnabled(false);
 }
 
 void AudioEditorModel::setEditLoopEnabled(bool enabled) {

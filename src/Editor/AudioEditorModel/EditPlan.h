@@ -7,6 +7,7 @@
 #include "Editor/AudioEditorCore/AudioEditorBuffer.h"
 #include "Editor/AudioEditorCore/AudioEditorLengthChange.h"
 #include "Editor/AudioEditorCore/AudioEditorPeaks.h"
+#include "Editor/AudioEditorSpectral/State.h"
 #include "Support/Progress.h"
 
 namespace kiv {
@@ -22,6 +23,9 @@ struct EditOutcome {
     AudioEditorLengthChange change = AudioEditorLengthChange::none();
     std::optional<Place> place = {};             // of cursor and selection; none: they stay where they then are
     std::optional<AudioEditorPeaks> peaks = {};  // of the buffer; none: they are still to be measured
+    // With a mask that made this sound of its original; none: something else made it.
+    std::shared_ptr<const AudioEditorSpectral::State> spectral = {};
+    bool closesEq = false;  // the equalizer is part of the sound now
 };
 
 // An edit as a value, to be carried out anywhere: it works on its own copy of the sound and knows nothing of the model.

@@ -6,7 +6,9 @@
 namespace kiv {
 
 std::int64_t Snapshot::bytes() const {
-    return buffer ? buffer->frames() * buffer->channels() * std::int64_t(sizeof(float)) : 0;
+    const std::int64_t samples = buffer ? buffer->frames() * buffer->channels() : 0;
+    const std::int64_t gains = spectral ? spectral->mask.columns() * AudioEditorSpectral::bandCount : 0;
+    return (samples + gains) * std::int64_t(sizeof(float));
 }
 
 void UndoHistory::push(Snapshot snapshot) {

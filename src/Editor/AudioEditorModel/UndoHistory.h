@@ -7,6 +7,7 @@
 
 #include "Editor/AudioEditorCore/AudioEditorBuffer.h"
 #include "Editor/AudioEditorCore/AudioEditorPeaks.h"
+#include "Editor/AudioEditorSpectral/State.h"
 
 namespace kiv {
 
@@ -19,10 +20,11 @@ struct Snapshot {
     std::vector<std::int64_t> markers;
     std::vector<FrameRange> slices;
     std::optional<FrameRange> loop;
+    std::shared_ptr<const AudioEditorSpectral::State> spectral;  // with a buffer only
     // Of the buffer, where measuring them again would take long. A hundredth of it, and not counted.
     std::optional<AudioEditorPeaks> peaks = {};
 
-    // 4 bytes a sample of the buffer; positions do not count.
+    // 4 bytes a sample of the buffer and a gain of the spectral state; positions do not count.
     std::int64_t bytes() const;
 };
 
