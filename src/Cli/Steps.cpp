@@ -124,6 +124,12 @@ const std::vector<StepForm> &stepForms() {
         {"spectralMask", {cell("C0"), cell("C1"), cell("B0"), cell("B1"), maskDb}, multiplyMask},
         {"applyEq", {}, [](StepContext &c, const Arguments &) { c.document.applyEq(); }},
         {"loop", {none}, [](StepContext &c, const Arguments &) { c.document.model().commitLoop(std::nullopt); }},
+        {"spectral", {onOff},
+         [](StepContext &c, const Arguments &a) { c.document.model().setSpectralEnabled(a[0].text == "on"); }},
+        {"spectralClear", {}, [](StepContext &c, const Arguments &) { Painting::clear(c.document.model()); }},
+        {"spectralReset", {}, [](StepContext &c, const Arguments &) { Painting::reset(c.document.model()); }},
+        {"spectralMask", {cell("C0"), cell("C1"), cell("B0"), cell("B1"), maskDb}, multiplyMask},
+        {"applyEq", {}, [](StepContext &c, const Arguments &) { c.document.applyEq(); }},
     };
     // clang-format on
     return forms;

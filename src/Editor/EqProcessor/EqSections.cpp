@@ -43,7 +43,6 @@ __attribute__((always_inline)) inline void stagger(Section *sections, EqPair *bl
     for (; t < n - 1; ++t) edge(t);
     for (; t < frames; ++t) {
         const EqPair in = block[t];
-#pragma GCC unroll 9
         for (int k = n - 1; k >= 0; --k) {
             const EqPair y = s[k].step(k == 0 ? in : carried[k - 1]);
             (k == n - 1 ? block[t - k] : carried[k]) = y;
