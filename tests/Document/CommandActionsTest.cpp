@@ -28,9 +28,10 @@ TEST(CommandActions, AreEnabledWhereTheyCanAct) {
     } cases[] = {
         {"nothing open", "", [](DocumentWorld &) {}, ""},
         {"as opened", stereoFile, [](DocumentWorld &) {},
-         "save revert selectAll playStop loop goToStart goToEnd " + edits + " mono " + view + " toggleTimeUnit followPlayhead"},
+         "save revert selectAll playStop loop goToStart goToEnd " + edits + " mono timeStretch " + view +
+             " toggleTimeUnit followPlayhead"},
         {"mono", monoFile, [](DocumentWorld &) {},
-         "save revert selectAll playStop loop goToStart goToEnd " + edits + " stereo " + view +
+         "save revert selectAll playStop loop goToStart goToEnd " + edits + " stereo timeStretch " + view +
              " toggleTimeUnit followPlayhead"},
         {"no sound in it", Wav::file({}), [](DocumentWorld &) {},
          "save revert loop goToStart goToEnd stereo verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead"},
@@ -39,10 +40,10 @@ TEST(CommandActions, AreEnabledWhereTheyCanAct) {
              w.model.select({10, 20});
          },
          "save revert cut copy delete selectAll selectNone playStop loop goToStart goToEnd " + edits +
-             " trim mono zoomIn zoomSelection verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead"},
+             " trim mono timeStretch zoomIn zoomSelection verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead"},
         {"everything selected", stereoFile, [](DocumentWorld &w) { w.model.selectAll(); },
          "save revert copy selectAll selectNone playStop loop goToStart goToEnd " + edits +
-             " mono zoomIn zoomSelection verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead"},
+             " mono timeStretch zoomIn zoomSelection verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead"},
         {"one frame selected", stereoFile,
          [](DocumentWorld &w) {
              w.model.select({10, 11});
@@ -59,7 +60,7 @@ TEST(CommandActions, AreEnabledWhereTheyCanAct) {
              AudioEditorEdits::copy(w.model);
              w.model.selectNone();
          },
-         "save revert undo redo paste selectAll playStop loop goToStart goToEnd " + edits + " stereo " + view +
+         "save revert undo redo paste selectAll playStop loop goToStart goToEnd " + edits + " stereo timeStretch " + view +
              " toggleTimeUnit followPlayhead"},
         {"zoomed to the limits", stereoFile,
          [](DocumentWorld &w) {
@@ -67,10 +68,10 @@ TEST(CommandActions, AreEnabledWhereTheyCanAct) {
              w.model.setVerticalZoomDb(36);
          },
          "save revert selectAll playStop loop goToStart goToEnd " + edits +
-             " mono zoomOut zoomFit verticalZoomOut verticalZoomReset toggleTimeUnit followPlayhead"},
+             " mono timeStretch zoomOut zoomFit verticalZoomOut verticalZoomReset toggleTimeUnit followPlayhead"},
         {"a dialog open", stereoFile, [](DocumentWorld &w) { w.model.openDialog(Dialog::gain); }, "playStop " + view},
         {"saving", stereoFile, [](DocumentWorld &w) { w.document->save(); },
-         "selectAll playStop loop goToStart goToEnd " + edits + " mono " + view + " toggleTimeUnit followPlayhead"},
+         "selectAll playStop loop goToStart goToEnd " + edits + " mono timeStretch " + view + " toggleTimeUnit followPlayhead"},
         {"reading again", stereoFile, [](DocumentWorld &w) { w.document->revert(); }, view},
     };
     for (const auto &c : cases) {

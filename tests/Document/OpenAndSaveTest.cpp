@@ -269,7 +269,7 @@ TEST(Saving, AsksBeforeItReplacesWhatAnotherProgramHasWrittenOrBringsBackWhatItH
         ASSERT_EQ(world.ui.asked.size(), 1u);
         EXPECT_EQ(world.ui.asked[0].message, message);
         EXPECT_EQ(world.disk.identity(world.path).has_value(), saves || !removes);
-        if (saves || !removes) EXPECT_TRUE(world.onDisk() == (saves ? plainFile : foreign));
+        EXPECT_TRUE((!saves && removes) || world.onDisk() == (saves ? plainFile : foreign));
     }
 }
 

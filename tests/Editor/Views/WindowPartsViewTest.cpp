@@ -331,7 +331,7 @@ TEST_F(SheetTest, StretchSheetGrowsForItsCycle) {
     EXPECT_EQ(sheet.mapTo(&window, QPoint(0, 0)).x(), 320);
     EXPECT_TRUE(sheet.autoButton().isVisible());
     sheet.autoButton().click();
-    EXPECT_EQ(sheet.field(StretchField::cycle).text(), "1000");
+    EXPECT_EQ(sheet.field(StretchField::cycle).text(), "990");  // a constant repeats after any lag: the shortest, 45, 22 times
     sheet.cancel();
     EXPECT_FALSE(model.state().dialog);
 }
