@@ -90,7 +90,7 @@ void InfoLine::layOut() {
         return int(std::ceil(digitTextWidth(fontOf(part), onScreen(part.text))));
     });
     for (const auto &[field, value] : values_) {
-        const auto placed = std::find_if(placed_.begin(), placed_.end(), [&](const auto &p) { return p.text.field == field; });
+        const auto placed = std::find_if(placed_.begin(), placed_.end(), [field = field](const auto &p) { return p.text.field == field; });
         value->setVisible(placed != placed_.end());
         if (placed == placed_.end()) continue;
         value->setValue(onScreen(placed->text.text));
