@@ -173,7 +173,7 @@ def main_window(editor):
     to_x = lambda s: GUTTER + (s - 0.72) / (6.06 - 0.72) * (1280 - GUTTER)
     editor.drag(to_x(2.368), to_x(3.522), 450)
     editor.key("c", "space")
-    time.sleep(1.2)
+    time.sleep(3.2)  # the sound server's sink may have to wake up first
     editor.move(to_x(3.482), 272)
     time.sleep(0.1)
 
@@ -199,11 +199,29 @@ def small_window(editor):
     editor.move(600, 60)
 
 
+def loud_and_selected(editor):
+    editor.drag(GUTTER + 300, GUTTER + 900, 450)
+
+
+def float_file(samples, channels):
+    """Samples may lie above full scale."""
+    data = array.array("f", samples).tobytes()
+    return riff(channels, 32, data).replace(struct.pack("<HH", 1, channels), struct.pack("<HH", 3, channels), 1)
+
+
+def loud_file():
+    return float_file([1.3 * value for value in smooth_noise(RATE)], 2)
+
+
 SITUATIONS = {
     "main": (break_file, {"follow_playhead": "true"}, main_window),
     "long-file": (talk_file, {}, long_file),
     "single-samples": (noise_file, {}, single_samples),
     "small-window": (break_file, {}, small_window),
+    "over-full-scale": (loud_file, {}, loud_and_selected),
+    "one-frame": (lambda: wav24([0.5, -0.25], 2), {}, lambda editor: None),
+    "sixteen-channels": (lambda: wav24(smooth_noise(RATE * 4), 16), {}, lambda editor: None),
+    "no-audio": (lambda: wav24([], 2), {}, lambda editor: None),
 }
 
 

@@ -22,8 +22,7 @@ struct WaveformView::Parts {
     Parts(AudioEditorModel &aModel, ViewStyle &aStyle, WaveformRms &aRms)
         : model(aModel), style(aStyle), rms(aRms), input(aModel), wheel(aModel) {}
 
-    static constexpr int scrollInterval = 16;  // milliseconds
-
+    static constexpr int interval = 16;  // milliseconds between the steps of scrolling
     AudioEditorModel &model;
     ViewStyle &style;
     WaveformRms &rms;
@@ -56,21 +55,19 @@ WaveformView::WaveformView(AudioEditorModel &model, ViewStyle &style, WaveformRm
 WaveformView::~WaveformView() = default;
 
 void WaveformView::refresh() {
-    const double scale = devicePixelRatioF();
+    const ViewSize size{double(width()), double(height()), devicePixelRatioF(), parts_->style.textFactor()};
     parts_->view.powersRevision = parts_->rms.revision();
-    const WaveformScene before = std::exchange(
-        parts_->scene, waveformScene(parts_->model.state(),
-                                     {double(width()), double(height()), scale, parts_->style.textFactor()}, parts_->view));
+    const WaveformScene before = std::exchange(parts_->scene, waveformScene(parts_->model.state(), size, parts_->view));
     const Damage damage = waveformDamage(before, parts_->scene);
     if (damage.everything) update();
-    for (const PixelSpan &strip : damage.strips) update(toLogical(strip, height(), scale));
+    for (const PixelSpan &strip : damage.strips) update(toLogical(strip, height(), size.scale));
     if (onHover && before.pointed != parts_->scene.pointed) onHover(parts_->scene.pointed);
 }
 
 void WaveformView::pointerMoved(const QMouseEvent &event, const PointerEvent &at) {
     parts_->view.pointer = rect().contains(event.position().toPoint()) ? std::optional(at) : std::nullopt;
     parts_->view.isButtonDown = event.buttons() != Qt::NoButton;
-    runWhile(parts_->input.scrollSpeed(parts_->scene.geometry) != 0, parts_->scrolling, Parts::scrollInterval, *this);
+    runWhile(parts_->input.scrollSpeed(parts_->scene.geometry) != 0, parts_->scrolling, Parts::interval, *this);
     refresh();
     setShape(*this, parts_->input.shape(at, parts_->scene.geometry));
 }
@@ -87,12 +84,11 @@ void WaveformView::paintEvent(QPaintEvent *event) {
 
 void WaveformView::mousePressEvent(QMouseEvent *event) {
     const PointerEvent at = pointerEvent(*event, devicePixelRatioF());
-    const WaveformGeometry &geometry = parts_->scene.geometry;
     WaveformInput &input = parts_->input;
     if (event->button() == Qt::LeftButton && !input.isDragging())
-        input.press(at, clicks(parts_->clicks, *event, devicePixelRatioF()), geometry);
-    if (event->button() == Qt::MiddleButton) input.pressMiddle(at, geometry);
-    if (event->button() == Qt::RightButton) input.pressRight(at, geometry);
+        input.press(at, clicks(parts_->clicks, *event, devicePixelRatioF()), parts_->scene.geometry);
+    if (event->button() == Qt::MiddleButton) input.pressMiddle(at, parts_->scene.geometry);
+    if (event->button() == Qt::RightButton) input.pressRight(at, parts_->scene.geometry);
     pointerMoved(*event, at);
 }
 
@@ -107,7 +103,7 @@ void WaveformView::mouseReleaseEvent(QMouseEvent *event) {
     pointerMoved(*event, pointerEvent(*event, devicePixelRatioF()));
 }
 
-void WaveformView::timerEvent(QTimerEvent *) { parts_->input.scroll(Parts::scrollInterval / 1000.0, parts_->scene.geometry); }
+void WaveformView::timerEvent(QTimerEvent *) { parts_->input.scroll(Parts::interval / 1000.0, parts_->scene.geometry); }
 
 // From the keyboard the menu opens at the cursor.
 void WaveformView::contextMenuEvent(QContextMenuEvent *event) {
@@ -128,16 +124,16 @@ void WaveformView::wheelEvent(QWheelEvent *event) {
 }
 
 void WaveformView::keyPressEvent(QKeyEvent *event) {
-    if (const auto key = viewKey(*event))
-        parts_->input.key(*key, modifiersOf(event->modifiers()), parts_->scene.geometry);
-    else
-        QWidget::keyPressEvent(event);
+    const auto key = viewKey(*event);
+    if (!key) return QWidget::keyPressEvent(event);
+    parts_->input.key(*key, modifiersOf(event->modifiers()), parts_->scene.geometry);
 }
 
 bool WaveformView::event(QEvent *event) {
     const double factor = pinchFactor(*event);
     if (factor == 1) return QWidget::event(event);
     parts_->wheel.pinch(factor, static_cast<QSinglePointEvent *>(event)->position().x(), width());
+    parts_->input.viewMoved(parts_->scene.geometry);
     return true;
 }
 

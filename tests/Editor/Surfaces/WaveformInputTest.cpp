@@ -342,6 +342,10 @@ TEST_F(PlayheadFollowerTest, DoesNotTurnUnderADrag) {
     input.release();
     play(20200);
     EXPECT_NEAR(first(), 10000, 1);
+    play(19900);
+    input.pressMiddle(at(500), geometry());
+    play(20100);
+    EXPECT_NEAR(first(), 10000, 1);
 }
 
 }  // namespace
