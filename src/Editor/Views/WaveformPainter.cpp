@@ -12,6 +12,7 @@ namespace {
 using Role = AudioEditorThemeColor;
 
 constexpr double previewStrength = 0.62, markerStrength = 0.75, hoverStrength = 0.25, loopStrength = 0.09;
+constexpr int bandRows = 64;  // painted at once, so that they stay near the processor from one layer to the next
 constexpr int noAudioSize = 13;
 constexpr double noAudioGap = 8;                                 // beside the text
 constexpr double topBarHeight = 2, dropFrameWidth = 2, dot = 3;  // logical pixels
@@ -161,6 +162,20 @@ WaveformImage::Look previewLook(const ThemeColors &colors, double factor) {
     return {{outcome, 0, toPixel(colors.over), outcome, 0, 0}, factor, false};
 }
 
+// All that lies one over the other in every pixel.
+void paintSound(QPainter &painter, const WaveformScene &scene, const WaveformPixels &pixels, const ViewStyle &style,
+                const QRect &part) {
+    Painting painting(painter, scene, style, part);
+    painting.background();
+    painting.loopRange();
+    painting.selection();
+    painting.centreLines();
+    // What grows is seen behind the sound, what shrinks over it.
+    if (scene.preview && scene.preview->factor > 1) painting.sound(pixels.preview(), scene.preview->columns);
+    painting.sound(pixels.sound(), {0, scene.geometry.columns()});
+    if (scene.preview && scene.preview->factor < 1) painting.sound(pixels.preview(), scene.preview->columns);
+}
+
 }  // namespace
 
 void WaveformPixels::update(const SoundSource &source, const WaveformScene &scene, const ThemeColors &colors) {
@@ -174,16 +189,9 @@ void WaveformPixels::update(const SoundSource &source, const WaveformScene &scen
 
 void paintWaveform(QPainter &painter, const WaveformScene &scene, const WaveformPixels &pixels, const ViewStyle &style,
                    TextCache &texts, const QRect &part) {
+    for (int top = part.top(); top <= part.bottom(); top += bandRows)
+        paintSound(painter, scene, pixels, style, part.intersected({part.left(), top, part.width(), bandRows}));
     Painting painting(painter, scene, style, part);
-    painting.background();
-    painting.loopRange();
-    painting.selection();
-    painting.centreLines();
-    const PixelSpan all{0, scene.geometry.columns()};
-    // What grows is seen behind the sound, what shrinks over it.
-    if (scene.preview && scene.preview->factor > 1) painting.sound(pixels.preview(), scene.preview->columns);
-    painting.sound(pixels.sound(), all);
-    if (scene.preview && scene.preview->factor < 1) painting.sound(pixels.preview(), scene.preview->columns);
     if (scene.isEmpty) painting.noAudio(style, texts);
     painting.selectionBar(pixels.sound());
     painting.overlays();
