@@ -172,8 +172,8 @@ void AudioDocument::expectShape() {
     const auto shape = std::make_shared<std::optional<AudioEditorBuffer>>();
     services_.jobs.run(
         std::make_shared<Progress>(),
-        [&files = services_.files, path = path_, shape](Progress &) {
-            if (auto summary = AudioFileCodec::summarizeNative(*files.open(path))) *shape = std::move(summary->contents.buffer);
+        [&files = services_.files, decoders = services_.decoders, path = path_, shape](Progress &) {
+            *shape = audioFileShape(files, decoders, path);
         },
         whileAlive([this, shape](std::exception_ptr) {
             if (*shape) model_.expect(std::move(**shape));

@@ -78,6 +78,14 @@ AudioFileCodec::AudioFileSummary summarizeAudioFile(Files &files, DecodedReader 
     return std::move(*summary);
 }
 
+std::optional<AudioEditorBuffer> audioFileShape(Files &files, DecodedReader *decoders, const std::string &path) {
+    const auto source = opened(files, path);
+    if (auto summary = AudioFileCodec::summarizeNative(*source)) return std::move(summary->contents.buffer);
+    const auto sound = decoders ? decoders->open(*source) : nullptr;
+    if (!sound) return std::nullopt;
+    return AudioEditorBuffer(sound->format().channels, sound->format().sampleRate);
+}
+
 std::string errorText(std::exception_ptr failure) {
     try {
         std::rethrow_exception(failure);

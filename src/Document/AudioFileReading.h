@@ -26,6 +26,10 @@ AudioFileOnDisk readAudioFile(Files &files, DecodedReader *decoders, const std::
 AudioFileCodec::AudioFileSummary summarizeAudioFile(Files &files, DecodedReader *decoders, const std::string &path,
                                                     Progress &progress);
 
+// What the file says of its sound at its very beginning: no frames, but the channel count and rate that reading gives. Nothing
+// for a file of no known kind. Blocks, and throws, as the others do, but puts nothing back.
+std::optional<AudioEditorBuffer> audioFileShape(Files &files, DecodedReader *decoders, const std::string &path);
+
 // What the user is told of a failed reading or writing: one line.
 std::string errorText(std::exception_ptr failure);
 
