@@ -81,6 +81,11 @@ Application::~Application() {
 
 void Application::applyAppearance() {
     style_.setReducesMotion(appearance_.reducesMotion());
+    if (const auto font = appearance_.font()) {
+        QFont wished(QString::fromStdString(font->family));
+        wished.setPointSizeF(font->points);
+        style_.setDesktopFont(wished);
+    }
     style_.setTheme(chosenTheme(settings_, appearance_));
 }
 

@@ -9,6 +9,7 @@
 
 #include "Document/Windows/KeyWindow.h"
 #include "Editor/Views/Field.h"
+#include "Editor/Views/ValueControl.h"
 
 namespace kiv {
 
@@ -85,6 +86,7 @@ KeyContext KeyMonitor::contextIn(QWidget *window) const {
     context.isComposing = isComposing_;
     context.hasPopup = QApplication::activePopupWidget() != nullptr;
     context.text = textFocus();
+    context.takesNumbers = dynamic_cast<ValueControl *>(QApplication::focusWidget()) != nullptr;
     auto *keys = dynamic_cast<KeyWindow *>(window);
     Sheet *sheet = keys ? keys->openSheet() : nullptr;
     context.hasSheet = sheet != nullptr;

@@ -43,6 +43,7 @@ KeyRoute route(const KeyPress &press, const KeyContext &context, const ShortcutS
         if (const auto edit = textEdit(press)) return EditText{*edit};
         if (belongsToText(press, context.text)) return KeyPath::focus;
     }
+    if (context.takesNumbers && beginsNumber(press)) return KeyPath::focus;
     const std::optional<EditorCommand> match = store.match(shortcuts);
     if (context.hasSheet) return routeWithSheet(match, press, context);
     if (!match) return KeyPath::focus;

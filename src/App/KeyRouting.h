@@ -15,6 +15,7 @@ struct KeyContext {
     bool isComposing = false;  // an input method is putting a character together
     bool hasPopup = false;     // a menu is open
     TextFocus text = TextFocus::none;
+    bool takesNumbers = false;  // the focused control opens a field for them
     bool hasSheet = false;
     bool focusIsInSheet = false;
 };

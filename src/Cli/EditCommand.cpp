@@ -24,7 +24,7 @@ public:
         answer(question.buttons.size() - 1);
     }
     void showError(const std::string &, const std::string &informative) override { error = informative; }
-    void showNotice(const std::string &text) override { notices.push_back(text); }
+    void showNotice(NoticeKind, const std::string &text) override { notices.push_back(text); }
 
     std::string error;
     std::vector<std::string> notices;

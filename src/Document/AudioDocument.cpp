@@ -164,7 +164,7 @@ void AudioDocument::install(Loaded loaded, Install how) {
     toldEdited_ = isEdited();
     observers.notify(*this);
     if (loaded.file.recovery == Files::Recovery::restored)
-        ui_.showNotice("A save had been interrupted: " + quoted(name()) + " is as it was before.");
+        ui_.showNotice(NoticeKind::information, "A save had been interrupted: " + quoted(name()) + " is as it was before.");
 }
 
 // So that the window shows the file's lanes while it is being read; what comes too late is not needed any more.
@@ -261,7 +261,8 @@ void AudioDocument::saveEnded(Saving &saving, std::exception_ptr failure, const 
     if (alive.expired()) return;
     if (failure && is<ChangedOnDisk>(failure)) return askOverChanges(saving.path, done);
     if (failure && !is<Cancelled>(failure)) ui_.showError(quoted(name()) + " could not be saved", errorText(failure));
-    if (!failure && saving.loop && !contents_->loop) ui_.showNotice("This file cannot store a loop: it was not saved");
+    if (!failure && saving.loop && !contents_->loop)
+        ui_.showNotice(NoticeKind::warning, "This file cannot store a loop: it was not saved");
     done(!failure);
 }
 

@@ -7,6 +7,8 @@
 
 namespace kiv {
 
+enum class NoticeKind { done, information, warning };
+
 // What the document asks and tells its user. Windows answer with sheets, tests from a script, `kiv` from its options. Main
 // thread only; an answer may come at once or much later, and not at all once the document is gone.
 class DocumentUi {
@@ -21,7 +23,7 @@ public:
     // The answer is the index of the button.
     virtual void ask(const Question &question, std::function<void(std::size_t)> answer) = 0;
     virtual void showError(const std::string &message, const std::string &informative) = 0;
-    virtual void showNotice(const std::string &text) = 0;
+    virtual void showNotice(NoticeKind kind, const std::string &text) = 0;
 };
 
 }  // namespace kiv

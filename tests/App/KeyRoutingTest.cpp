@@ -95,6 +95,17 @@ TEST_F(KeyRoutingTest, AFieldKeepsWhatTypes) {
     }
 }
 
+TEST_F(KeyRoutingTest, AnAdjustableControlTakesTheNumbers) {
+    KeyContext cell;
+    cell.takesNumbers = true;
+    EXPECT_EQ(in({}, typed("1")), perform(EditorCommand::goToStart));
+    EXPECT_EQ(in(cell, typed("1")), KeyRoute(KeyPath::focus));
+    EXPECT_EQ(in(cell, typed("-")), KeyRoute(KeyPath::focus));
+    EXPECT_EQ(in(cell, typed("1", cmd)), perform(EditorCommand::zoomIn));
+    EXPECT_EQ(in(cell, typed("c")), perform(EditorCommand::loop));
+    EXPECT_EQ(in(cell, named("space")), perform(EditorCommand::playStop));
+}
+
 TEST_F(KeyRoutingTest, EveryOtherCommandWaitsForASheet) {
     KeyContext outside;
     outside.hasSheet = true;

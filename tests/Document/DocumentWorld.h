@@ -30,7 +30,7 @@ public:
     void showError(const std::string &message, const std::string &informative) override {
         errors.push_back(message + ": " + informative);
     }
-    void showNotice(const std::string &text) override { notices.push_back(text); }
+    void showNotice(NoticeKind, const std::string &text) override { notices.push_back(text); }
 
     void press(const std::string &button) {
         const auto &buttons = asked.back().buttons;

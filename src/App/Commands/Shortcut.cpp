@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 #include "App/Commands/Letters.h"
 
@@ -61,6 +62,12 @@ std::string Shortcut::displayString() const {
 std::string Shortcut::menuKeyEquivalent() const {
     const NamedKey *named = namedKey(key);
     return named ? std::string(named->menuEquivalent) : key;
+}
+
+bool beginsNumber(const KeyPress &press) {
+    constexpr std::string_view starts = "0123456789+-.,";
+    const bool isCommand = press.modifiers & (Shortcut::command | Shortcut::control | Shortcut::option);
+    return !isCommand && press.unmodified.size() == 1 && starts.find(press.unmodified) != starts.npos;
 }
 
 std::vector<Shortcut> candidates(const KeyPress &press) {

@@ -35,6 +35,9 @@ struct KeyPress {
     bool isRepeat = false;
 };
 
+// Whether it types what a number can begin with.
+bool beginsNumber(const KeyPress &press);
+
 // The shortcuts that a press may stand for, the most literal first; none for keys that type nothing and have no name.
 std::vector<Shortcut> candidates(const KeyPress &press);
 

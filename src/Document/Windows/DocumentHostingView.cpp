@@ -53,6 +53,7 @@ void DocumentHostingView::connectParts() {
     waveform_->onContextMenu = [this](QPoint global) { popUpContextMenu(style_, target_, this, global); };
     busyLine_->onShown = [this](std::optional<double> fraction) { infoLine_->setProgress(fraction); };
     infoLine_->onSpokenText = [this](const QString &text) { waveform_->setValueText(text); };
+    waveform_->setValueText(infoLine_->spokenText());
     infoLine_->onLeft = topBar_->onLeft = [this] { waveform_->setFocus(); };
     sheets_->onWheel = [this](QWheelEvent *event) { zoomByWheel(event); };
     sheets_->onShown = [this](Sheet &sheet) {

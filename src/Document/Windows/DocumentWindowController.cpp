@@ -128,7 +128,9 @@ void DocumentWindowController::showError(const std::string &message, const std::
     showAlert(AlertTone::error, {message, informative, {"OK"}}, {});
 }
 
-void DocumentWindowController::showNotice(const std::string &text) { view_->notice().tell(onScreen(text)); }
+void DocumentWindowController::showNotice(NoticeKind kind, const std::string &text) {
+    view_->notice().tell(kind, onScreen(text));
+}
 
 bool DocumentWindowController::isEnabled(EditorCommand command) const {
     if (isWaiting(command)) return false;

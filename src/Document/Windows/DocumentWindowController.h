@@ -45,7 +45,7 @@ public:
 
     void ask(const Question &question, std::function<void(std::size_t)> answer) override;
     void showError(const std::string &message, const std::string &informative) override;
-    void showNotice(const std::string &text) override;
+    void showNotice(NoticeKind kind, const std::string &text) override;
 
     bool isEnabled(EditorCommand command) const override;
     bool isWaiting(EditorCommand command) const override;

@@ -20,16 +20,22 @@ public:
         setAttribute(Qt::WA_DeleteOnClose);
         setAccessibleName(QString::fromStdString(message));
         sheet_.setInWindow();
+        layOut(style);
+        styleChanges_ = style.changed.add([this](const ViewStyle &now) { layOut(now); });
+        sheet_.takeFocus();
+    }
+
+private:
+    void layOut(const ViewStyle &style) {
         setFixedSize(sheet_.sizeFor(widest));
         sheet_.resize(size());
         QPalette colors = palette();
         colors.setColor(QPalette::Window, style.color(AudioEditorThemeColor::dialogBg));
         setPalette(colors);
-        sheet_.takeFocus();
     }
 
-private:
     AlertSheet sheet_;
+    Subscription styleChanges_;
 };
 
 }  // namespace

@@ -12,7 +12,7 @@ struct Modifiers {
 
 struct PointerEvent {
     double x = 0, y = 0;
-    Modifiers modifiers;
+    Modifiers modifiers = {};
 };
 
 enum class PointerShape { arrow, textBeam, horizontalSize, openHand, closedHand };
@@ -20,7 +20,7 @@ enum class PointerShape { arrow, textBeam, horizontalSize, openHand, closedHand 
 // A turn of the wheel or a swipe, in notches, which may be parts of one: up and to the left are positive.
 struct WheelTurn {
     double up = 0, left = 0;
-    Modifiers modifiers;
+    Modifiers modifiers = {};
 };
 
 // Keys that a focused view takes once no command wanted them.

@@ -1,55 +1,58 @@
 #include "Editor/Views/Accessible.h"
 
 #include <QAccessible>
-#include <QAccessibleWidget>
+#include <QPushButton>
 
-#include "Editor/Surfaces/DecibelText.h"
+#include "Editor/Views/AccessibleValues.h"
 #include "Editor/Views/AlertSheet.h"
 #include "Editor/Views/BusyLine.h"
+#include "Editor/Views/GutterView.h"
 #include "Editor/Views/InfoLine.h"
+#include "Editor/Views/Knob.h"
 #include "Editor/Views/LevelSliderView.h"
 #include "Editor/Views/Notice.h"
+#include "Editor/Views/OverviewView.h"
+#include "Editor/Views/ParameterCell.h"
+#include "Editor/Views/RulerView.h"
+#include "Editor/Views/Segments.h"
 #include "Editor/Views/TopBar.h"
+#include "Editor/Views/WaveformView.h"
 
 namespace kiv {
 
 namespace {
 
-// A slider whose value is in dB and reads as it is shown.
-class AccessibleLevel : public QAccessibleWidget, public QAccessibleValueInterface {
-public:
-    explicit AccessibleLevel(LevelSliderView *slider) : QAccessibleWidget(slider, QAccessible::Slider) {}
+// Adjustable controls in the role that fits each.
+QAccessible::Role roleOf(const QWidget &control) {
+    if (dynamic_cast<const Knob *>(&control)) return QAccessible::Dial;
+    return dynamic_cast<const ParameterCell *>(&control) ? QAccessible::SpinBox : QAccessible::Slider;
+}
 
-    void *interface_cast(QAccessible::InterfaceType type) override {
-        if (type == QAccessible::ValueInterface) return static_cast<QAccessibleValueInterface *>(this);
-        return QAccessibleWidget::interface_cast(type);
-    }
-    QString text(QAccessible::Text kind) const override {
-        return kind == QAccessible::Value ? QString::fromStdString(decibelText(slider().level()))
-                                          : QAccessibleWidget::text(kind);
-    }
-    QVariant currentValue() const override { return slider().level(); }
-    void setCurrentValue(const QVariant &value) override {
-        if (slider().onLevel) slider().onLevel(value.toDouble());
-    }
-    QVariant maximumValue() const override { return slider().maximum() / 10.0; }
-    QVariant minimumValue() const override { return slider().minimum() / 10.0; }
-    QVariant minimumStepSize() const override { return levelSmallStepDb; }
+bool isPicture(const QWidget &widget) {
+    return dynamic_cast<const WaveformView *>(&widget) || dynamic_cast<const OverviewView *>(&widget) ||
+           dynamic_cast<const RulerView *>(&widget) || dynamic_cast<const GutterView *>(&widget);
+}
 
-private:
-    LevelSliderView &slider() const { return *static_cast<LevelSliderView *>(widget()); }
-};
+bool isChoice(const QWidget &widget) {
+    const auto *button = qobject_cast<const QPushButton *>(&widget);
+    return button && button->isCheckable() && button->autoExclusive();
+}
 
 QAccessibleInterface *interfaceFor(const QString &, QObject *object) {
-    if (auto *slider = dynamic_cast<LevelSliderView *>(object)) return new AccessibleLevel(slider);
     auto *widget = qobject_cast<QWidget *>(object);
     if (!widget) return nullptr;
+    if (auto *adjustable = dynamic_cast<Adjustable *>(widget)) return new AccessibleValue(widget, *adjustable, roleOf(*widget));
+    if (isPicture(*widget)) return new AccessiblePicture(widget);
+    if (isChoice(*widget)) return new AccessibleChoice(widget);
     if (dynamic_cast<AlertSheet *>(widget) || dynamic_cast<Notice *>(widget))
         return new QAccessibleWidget(widget, QAccessible::AlertMessage);
     if (dynamic_cast<Sheet *>(widget)) return new QAccessibleWidget(widget, QAccessible::Dialog);
+    if (dynamic_cast<Segments *>(widget)) return new QAccessibleWidget(widget, QAccessible::Grouping);
     if (dynamic_cast<TopBar *>(widget)) return new QAccessibleWidget(widget, QAccessible::ToolBar);
     if (dynamic_cast<InfoLine *>(widget)) return new QAccessibleWidget(widget, QAccessible::StatusBar);
     if (dynamic_cast<BusyLine *>(widget)) return new QAccessibleWidget(widget, QAccessible::ProgressBar);
+    // A window of ours has no frame of the toolkit's that would say so.
+    if (widget->windowType() == Qt::Window) return new QAccessibleWidget(widget, QAccessible::Window);
     return nullptr;
 }
 

@@ -1,11 +1,11 @@
 #include "Editor/Views/AlertSheet.h"
 
-#include <QFontMetrics>
 #include <QPainter>
 #include <algorithm>
 
 #include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/CrispPainting.h"
+#include "Editor/Views/Paragraph.h"
 
 namespace kiv {
 
@@ -17,7 +17,8 @@ constexpr int widestAlert = 576;
 constexpr int iconSize = 28;
 constexpr int iconToText = 16;
 constexpr int messageToText = 8;
-constexpr int messageLine = 20, textLine = 16;
+ParagraphType messageType(const ViewStyle &style) { return {style.font(15, QFont::DemiBold), style.grown(20)}; }
+ParagraphType textType(const ViewStyle &style) { return {style.font(13), style.grown(16)}; }
 
 }  // namespace
 
@@ -72,24 +73,16 @@ void AlertSheet::takeFocus() { buttons_.first()->setFocus(Qt::PopupFocusReason);
 
 int AlertSheet::textWidth(int width) const { return width - 2 * edge_ - iconSize - iconToText; }
 
-int AlertSheet::textHeight(const QString &text, const QFont &font, int lineHeight, int width) const {
-    if (text.isEmpty()) return 0;
-    const QFontMetrics metrics(font);
-    const int wrapped = metrics.boundingRect(QRect(0, 0, width, 100000), Qt::TextWordWrap, text).height();
-    const int lines = std::max(1, (wrapped + metrics.lineSpacing() / 2) / metrics.lineSpacing());
-    return std::max(wrapped, style().grown(lineHeight) * lines);
-}
-
 int AlertSheet::buttonsTop(int width) const {
     const int room = textWidth(width);
-    const int message = textHeight(message_, style().font(15, QFont::DemiBold), messageLine, room);
-    const int text = textHeight(informative_, style().font(13), textLine, room);
+    const int message = paragraphSize(message_, messageType(style()), room).height();
+    const int text = paragraphSize(informative_, textType(style()), room).height();
     return edge_ + std::max(iconSize, message + (text > 0 ? messageToText + text : 0)) + textToButtons_;
 }
 
 QSize AlertSheet::sizeFor(int width) const {
-    const int texts = std::max(QFontMetrics(style().font(15, QFont::DemiBold)).horizontalAdvance(message_),
-                               QFontMetrics(style().font(13)).horizontalAdvance(informative_));
+    const int texts = std::max(paragraphSize(message_, messageType(style()), widestAlert).width(),
+                               paragraphSize(informative_, textType(style()), widestAlert).width());
     int row = -8;
     for (const Button *button : buttons_) row += button->sizeHint().width() + 8;
     const int wanted = std::max(texts + iconSize + iconToText + 1, row) + 2 * edge_;
@@ -105,17 +98,12 @@ void AlertSheet::paintEvent(QPaintEvent *event) {
     const ThemeColors &colors = style().colors();
     const QColor tone = toColor(tone_ == AlertTone::error ? colors.over : colors[Role::waveMarker]);
     paintIcon(painter, style(), "warning", QRectF(edge_, edge_, iconSize, iconSize), tone, iconSize);
-    const QFont title = style().font(15, QFont::DemiBold);
-    QRect text(edge_ + iconSize + iconToText, edge_, textWidth(width()), 0);
-    text.setHeight(textHeight(message_, title, messageLine, text.width()));
-    painter.setFont(title);
+    QRect text(edge_ + iconSize + iconToText, edge_, textWidth(width()), height());
     painter.setPen(toColor(colors[Role::dialogText]));
-    painter.drawText(text, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextWordWrap, message_);
-    text.moveTop(text.bottom() + 1 + messageToText);
-    text.setHeight(textHeight(informative_, style().font(13), textLine, text.width()));
-    painter.setFont(style().font(13));
+    paintParagraph(painter, text, messageType(style()), message_);
+    text.translate(0, paragraphSize(message_, messageType(style()), text.width()).height() + messageToText);
     painter.setPen(toColor(colors.dialogDim));
-    painter.drawText(text, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextWordWrap, informative_);
+    paintParagraph(painter, text, textType(style()), informative_);
 }
 
 }  // namespace kiv

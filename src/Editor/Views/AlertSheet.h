@@ -33,7 +33,6 @@ private:
     QList<Button *> rightToLeft() const;
     void choose(std::size_t index);
     int textWidth(int width) const;
-    int textHeight(const QString &text, const QFont &font, int lineHeight, int width) const;
     int buttonsTop(int width) const;
 
     AlertTone tone_;

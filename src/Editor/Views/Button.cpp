@@ -37,6 +37,8 @@ void Button::setOn(bool isOn) { change(&ButtonLook::isOn, isOn); }
 
 void Button::setHasDigits(bool hasDigits) { change(&ButtonLook::hasDigits, hasDigits); }
 
+void Button::setSegment(bool isSegment) { change(&ButtonLook::isSegment, isSegment); }
+
 QSize Button::sizeHint() const { return {buttonWidth(look_, style_), buttonHeight(look_.kind, style_)}; }
 
 void Button::paintEvent(QPaintEvent *) {
@@ -50,6 +52,7 @@ void Button::paintEvent(QPaintEvent *) {
 }
 
 void Button::keyPressEvent(QKeyEvent *event) {
+    if (look_.isSegment && (event->key() == Qt::Key_Left || event->key() == Qt::Key_Right)) return event->ignore();
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) return click();
     QPushButton::keyPressEvent(event);
 }

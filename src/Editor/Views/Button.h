@@ -18,6 +18,8 @@ public:
     // Switched on, which is not the same as pressed down.
     void setOn(bool isOn);
     void setHasDigits(bool hasDigits);
+    // One of a row of choices, which needs less room.
+    void setSegment(bool isSegment);
     const ButtonLook &look() const { return look_; }
 
     QSize sizeHint() const override;

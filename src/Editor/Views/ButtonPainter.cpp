@@ -25,7 +25,8 @@ struct ButtonColors {
 bool isSheet(ButtonKind kind) { return kind == ButtonKind::sheet || kind == ButtonKind::sheetDefault; }
 
 ButtonColors restColors(const ButtonLook &look, const ThemeColors &colors) {
-    if (look.kind == ButtonKind::sheet) return {colors[Role::dialogBg], colors.fieldBorder, colors[Role::dialogText]};
+    if (look.kind == ButtonKind::sheet && !look.isOn)
+        return {colors[Role::dialogBg], colors.fieldBorder, colors[Role::dialogText]};
     if (look.isOn || look.kind == ButtonKind::sheetDefault)
         return {colors[Role::accentBg], colors[Role::accentBg], colors[Role::accentFg]};
     if (look.kind == ButtonKind::action)
@@ -43,12 +44,18 @@ ButtonColors disabledColors(const ButtonLook &look, const ThemeColors &colors) {
     return {faded(result.fill), faded(result.border), faded(result.text)};
 }
 
+// What is filled with the accent turns away from its text, which in a light theme is white.
+Rgba touchTone(const ButtonLook &look, const ButtonColors &rest, const ThemeColors &colors) {
+    if (rest.fill != colors[Role::accentBg]) return rest.text;
+    return colors[isSheet(look.kind) ? Role::dialogText : Role::topbarButtonText];
+}
+
 ButtonColors colorsOf(const ButtonLook &look, const ThemeColors &colors) {
     if (!look.isEnabled) return disabledColors(look, colors);
-    ButtonColors result = restColors(look, colors);
-    const double towardsText = look.isPressed ? 0.16 : look.isHovered ? 0.08 : 0;
-    result.fill = mix(result.fill, result.text, towardsText);
-    if (result.border == restColors(look, colors).fill) result.border = result.fill;
+    const ButtonColors rest = restColors(look, colors);
+    ButtonColors result = rest;
+    result.fill = mix(rest.fill, touchTone(look, rest, colors), look.isPressed ? 0.16 : look.isHovered ? 0.08 : 0);
+    if (rest.border == rest.fill) result.border = result.fill;
     return result;
 }
 
@@ -107,7 +114,7 @@ int buttonWidth(const ButtonLook &look, const ViewStyle &style) {
         return int(std::lround(label + textWidth(look, style))) + 2 * labelPadding + labelToText;
     }
     const int width = int(std::lround(contentWidth(look, style))) + 2 * (padding(look.kind) + 1);
-    if (isSheet(look.kind)) return std::max(width, 84);
+    if (isSheet(look.kind) && !look.isSegment) return std::max(width, 84);
     return look.text.isEmpty() ? 32 : width;
 }
 

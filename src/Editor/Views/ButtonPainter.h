@@ -27,6 +27,7 @@ struct ButtonLook {
     QString text = {};
     bool hasDigits = false;  // the text is a number that changes while watched
     bool isOver = false;     // the text tells of something over full scale
+    bool isSegment = false;  // one of a row of choices
     bool isOn = false;
     bool isHovered = false;
     bool isPressed = false;

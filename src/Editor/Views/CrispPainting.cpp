@@ -54,15 +54,22 @@ QPainterPath roundedPath(const QRectF &rect, double radius, Corners corners) {
     return path;
 }
 
-void paintBox(QPainter &painter, const QRectF &rect, double radius, const QColor &fill, const QColor &border, Corners corners) {
+void paintBox(QPainter &painter, const QRectF &rect, double radius, const QColor &fill, const QColor &border, Corners corners,
+              double borderWidth) {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF outer = snapped(painter, rect);
-    const double line = lineWidth(painter);
+    const double line = lineWidth(painter, borderWidth);
     if (border.isValid()) painter.fillPath(roundedPath(outer, radius, corners), border);
     const QRectF inner = border.isValid() ? outer.adjusted(line, line, -line, -line) : outer;
     painter.fillPath(roundedPath(inner, border.isValid() ? std::max(0.0, radius - line) : radius, corners), fill);
     painter.restore();
+}
+
+void paintFramed(QPainter &painter, const QRectF &rect, double radius, const QColor &fill, const QColor &frame) {
+    constexpr double width = 2;
+    paintBox(painter, rect.adjusted(-width, -width, width, width), radius + width, frame);
+    paintBox(painter, rect, radius, fill);
 }
 
 void paintIcon(QPainter &painter, const ViewStyle &style, std::string_view name, const QRectF &rect, const QColor &color,

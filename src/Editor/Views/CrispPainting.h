@@ -26,7 +26,9 @@ void fillCrisp(QPainter &painter, const QRectF &rect, const QColor &color);
 QPainterPath roundedPath(const QRectF &rect, double radius, Corners corners = Corners::all);
 // A filled box with a border line of its own inside its edge; no border for an invalid colour.
 void paintBox(QPainter &painter, const QRectF &rect, double radius, const QColor &fill, const QColor &border = {},
-              Corners corners = Corners::all);
+              Corners corners = Corners::all, double borderWidth = 1);
+// A filled box in a frame two pixels wide outside its edge, for what is being typed into.
+void paintFramed(QPainter &painter, const QRectF &rect, double radius, const QColor &fill, const QColor &frame);
 // An icon in the middle of a rectangle.
 void paintIcon(QPainter &painter, const ViewStyle &style, std::string_view name, const QRectF &rect, const QColor &color,
                int size = 16);

@@ -6,7 +6,8 @@
 #include <QPalette>
 #include <cmath>
 
-#include "Editor/Views/CrispPainting.h"
+#include "Editor/Views/EventTools.h"
+#include "Editor/Views/FieldPainter.h"
 #include "Editor/Views/Menu.h"
 
 namespace kiv {
@@ -16,8 +17,6 @@ namespace {
 using Role = AudioEditorThemeColor;
 
 constexpr int beforeUnit = 6;
-constexpr double boxRadius = 6;
-constexpr int notch = 120;  // of a wheel, in eighths of a degree
 
 }  // namespace
 
@@ -56,10 +55,18 @@ void Field::setReadable(bool isReadable) {
     update();
 }
 
+void Field::setBare(bool isBare) {
+    isBare_ = isBare;
+    applyStyle();
+}
+
 void Field::applyStyle() {
     setFont(style_.font(pixels_, weight_));
     const double unit = unit_.isEmpty() ? 0 : QFontMetricsF(style_.font(pixels_)).horizontalAdvance(unit_) + beforeUnit;
-    setTextMargins(frame + padding_ - 2, frame, frame + padding_ - 2 + int(std::lround(unit)), frame);
+    if (isBare_)
+        setTextMargins(-2, 0, -2, 0);
+    else
+        setTextMargins(frame + padding_ - 2, frame, frame + padding_ - 2 + int(std::lround(unit)), frame);
     QPalette colors = palette();
     colors.setColor(QPalette::Base, Qt::transparent);
     colors.setColor(QPalette::Text, style_.color(background_ ? Role::topbarButtonText : Role::dialogText));
@@ -68,22 +75,22 @@ void Field::applyStyle() {
     setPalette(colors);
 }
 
+// At the right, or where what is typed has no box of its own, after it.
+void Field::paintUnit(QPainter &painter) const {
+    const QRectF box = QRectF(rect()).adjusted(frame, frame, -frame, -frame);
+    const double text = QFontMetricsF(font()).horizontalAdvance(displayText()) + beforeUnit;
+    const QRectF place = isBare_ ? rect().adjusted(int(text), 0, 0, 0) : box.adjusted(padding_, 0, -padding_, 0);
+    painter.setFont(style_.font(pixels_));
+    painter.setPen(toColor(background_ ? style_.colors().dim : style_.colors().dialogDim));
+    painter.drawText(place, (isBare_ ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter, unit_);
+}
+
 void Field::paintEvent(QPaintEvent *event) {
     {
         QPainter painter(this);
-        const ThemeColors &colors = style_.colors();
-        const QColor fill = toColor(background_.value_or(colors.field));
         const QRectF box = QRectF(rect()).adjusted(frame, frame, -frame, -frame);
-        const Rgba edge = !isReadable_ ? colors.over : hasFocus() ? colors[Role::accentBg] : colors.fieldBorder;
-        if (hasFocus()) {
-            paintBox(painter, rect(), boxRadius + frame, toColor(edge));
-            paintBox(painter, box, boxRadius, fill);
-        } else {
-            paintBox(painter, box, boxRadius, fill, toColor(edge));
-        }
-        painter.setFont(style_.font(pixels_));
-        painter.setPen(toColor(background_ ? colors.dim : colors.dialogDim));
-        painter.drawText(box.adjusted(padding_, 0, -padding_, 0), Qt::AlignRight | Qt::AlignVCenter, unit_);
+        if (!isBare_) paintFieldBox(painter, box, {hasFocus(), isReadable_, isEnabled(), background_}, style_);
+        paintUnit(painter);
     }
     QLineEdit::paintEvent(event);
 }
@@ -111,10 +118,9 @@ void Field::keyPressEvent(QKeyEvent *event) {
 void Field::wheelEvent(QWheelEvent *event) {
     if (!onStep) return QLineEdit::wheelEvent(event);
     // Some desktops turn Shift and wheel into a sideways one.
-    wheelRest_ += event->angleDelta().y() != 0 ? event->angleDelta().y() : event->angleDelta().x();
-    const bool isSmall = event->modifiers() & Qt::ShiftModifier;
-    for (; wheelRest_ >= notch; wheelRest_ -= notch) onStep(1, isSmall);
-    for (; wheelRest_ <= -notch; wheelRest_ += notch) onStep(-1, isSmall);
+    const WheelTurn turn = wheelTurn(*event);
+    const int steps = turned_.add(turn.up != 0 ? turn.up : turn.left);
+    if (steps != 0) onStep(steps, turn.modifiers.shift);
     event->accept();
 }
 

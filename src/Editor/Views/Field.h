@@ -3,6 +3,7 @@
 #include <QLineEdit>
 #include <functional>
 
+#include "Editor/Surfaces/ValueInput.h"
 #include "Editor/Views/ViewStyle.h"
 
 namespace kiv {
@@ -27,6 +28,9 @@ public:
     void setBackground(Rgba background);
     // Whether what is typed makes sense; if not, the frame says so.
     void setReadable(bool isReadable);
+    bool isReadable() const { return isReadable_; }
+    // Without a box: what it stands in draws one. Its unit follows what is typed.
+    void setBare(bool isBare);
 
     // Keys that are not text; a step is +1 or −1, small with Shift.
     std::function<void()> onEnter, onEscape;
@@ -40,6 +44,7 @@ protected:
 
 private:
     void applyStyle();
+    void paintUnit(QPainter &painter) const;
 
     ViewStyle &style_;
     FieldContent content_;
@@ -49,7 +54,8 @@ private:
     QFont::Weight weight_ = QFont::Medium;
     std::optional<Rgba> background_;
     bool isReadable_ = true;
-    int wheelRest_ = 0;
+    bool isBare_ = false;
+    StepCounter turned_;
     Subscription styleChanges_;
 };
 

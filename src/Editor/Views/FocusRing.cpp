@@ -1,5 +1,6 @@
 #include "Editor/Views/FocusRing.h"
 
+#include <QAbstractButton>
 #include <QFocusEvent>
 #include <QPainter>
 
@@ -12,6 +13,8 @@ namespace {
 
 constexpr int reach = 3;  // beyond the control
 constexpr double line = 2;
+constexpr int roundUpTo = 24;  // the slider's thumb, the dot of a choice
+constexpr const char *placeProperty = "kivFocusPlace";
 
 bool isKeyReason(Qt::FocusReason reason) {
     return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason;
@@ -34,7 +37,9 @@ void FocusRing::follow(QWidget *control) {
 
 void FocusRing::followAll(QWidget *container) {
     for (QWidget *widget : container->findChildren<QWidget *>())
-        if (widget->focusPolicy() != Qt::NoFocus && !dynamic_cast<Field *>(widget)) follow(widget);
+        // Of a row of choices only the chosen one takes the focus, but any may be it.
+        if ((widget->focusPolicy() != Qt::NoFocus || qobject_cast<QAbstractButton *>(widget)) && !dynamic_cast<Field *>(widget))
+            follow(widget);
 }
 
 bool FocusRing::eventFilter(QObject *watched, QEvent *event) {
@@ -48,6 +53,7 @@ bool FocusRing::eventFilter(QObject *watched, QEvent *event) {
             if (control_ == control) control_ = nullptr;
             place();
             break;
+        case QEvent::DynamicPropertyChange:
         case QEvent::Move:
         case QEvent::Resize:
         case QEvent::Hide:
@@ -60,23 +66,35 @@ bool FocusRing::eventFilter(QObject *watched, QEvent *event) {
     return false;
 }
 
+void FocusRing::setPlace(QWidget &control, const QRect &place) { control.setProperty(placeProperty, place); }
+
 void FocusRing::place() {
     setVisible(control_ && control_->isVisible());
     if (!control_) return;
-    const QRect rect(control_->mapTo(parentWidget(), QPoint()), control_->size());
+    const QVariant told = control_->property(placeProperty);
+    const QRect rect = told.isValid() ? told.toRect() : control_->rect();
+    const QRect ringed = QRect(control_->mapTo(parentWidget(), rect.topLeft()), rect.size());
     // Where a control reaches to the window's side, the ring stays inside.
-    setGeometry(rect.adjusted(-reach, -reach, reach, reach).intersected(parentWidget()->rect()));
+    setGeometry(ringed.adjusted(-reach, -reach, reach, reach).intersected(parentWidget()->rect()));
     raise();
 }
 
 void FocusRing::paintEvent(QPaintEvent *) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF outer = snapped(painter, rect());
-    const double width = lineWidth(painter, line), radius = style_.radius() + reach;
+    paintFocusRing(painter, QRectF(rect()).adjusted(reach, reach, -reach, -reach), style_);
+}
+
+// Round controls wear a round one.
+void paintFocusRing(QPainter &painter, const QRectF &control, const ViewStyle &style) {
+    const QRectF outer = snapped(painter, control.adjusted(-reach, -reach, reach, reach));
+    const bool isRound = outer.width() == outer.height() && outer.width() <= roundUpTo;
+    const double width = lineWidth(painter, line), radius = isRound ? outer.width() / 2 : style.radius() + reach;
     QPainterPath ring = roundedPath(outer, radius);
     ring.addPath(roundedPath(outer.adjusted(width, width, -width, -width), radius - width));
-    painter.fillPath(ring, style_.color(AudioEditorThemeColor::accentBg));
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillPath(ring, style.color(AudioEditorThemeColor::accentBg));
+    painter.restore();
 }
 
 }  // namespace kiv

@@ -7,6 +7,9 @@
 
 namespace kiv {
 
+// The ring around a control of this place.
+void paintFocusRing(QPainter &painter, const QRectF &control, const ViewStyle &style);
+
 // The accent ring around the control that has the focus, once a key has moved it there. One for a window; follows the controls
 // it is told of.
 class FocusRing : public QWidget {
@@ -16,6 +19,10 @@ public:
     void follow(QWidget *control);
     // Every focusable widget inside but the fields, which show by themselves that they are typed into.
     void followAll(QWidget *container);
+
+    // Where the control wears the ring if not around all of itself: a rectangle in its own coordinates, which may change while
+    // it has the focus.
+    static void setPlace(QWidget &control, const QRect &place);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 

@@ -78,8 +78,10 @@ void InfoLine::refresh() {
     if (scene == scene_) return;
     scene_ = scene;
     layOut();
-    if (onSpokenText && spokenPlaces(scene_) != spoken) onSpokenText(onScreen(spokenPlaces(scene_)));
+    if (onSpokenText && spokenPlaces(scene_) != spoken) onSpokenText(spokenText());
 }
+
+QString InfoLine::spokenText() const { return onScreen(spokenPlaces(scene_)); }
 
 QFont InfoLine::fontOf(const InfoText &part) const {
     return style_.font(12, part.isLabel || part.text == "–" || part.text == "·" ? QFont::Normal : QFont::Medium);

@@ -21,6 +21,9 @@ public:
     const InfoLineScene &scene() const { return scene_; }
     ValueButton *value(InfoField field) const { return values_.at(field); }
 
+    // The places in words.
+    QString spokenText() const;
+
     std::function<void()> onLeft;                       // a field of the line has closed
     std::function<void(const QString &)> onSpokenText;  // the places in words, when they have changed
 

@@ -40,6 +40,7 @@ int KivStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWidge
     switch (hint) {
         case SH_ToolTip_WakeUpDelay:
             return 600;
+        case SH_ToolTip_FallAsleepDelay:  // so long after every time
         // Alt with a letter is a command, and Alt alone the start of one.
         case SH_MenuBar_AltKeyNavigation:
         case SH_Menu_AllowActiveAndDisabled:

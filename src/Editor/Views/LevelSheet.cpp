@@ -20,12 +20,6 @@ constexpr int fieldWidth = 96;
 constexpr int tickToField = 28;
 constexpr int titleLine = 20;
 
-bool startsANumber(const KeyPress &press) {
-    const bool isCommand = press.modifiers & (Shortcut::command | Shortcut::control | Shortcut::option);
-    static const std::string starts = "0123456789+-.,";
-    return !isCommand && press.unmodified.size() == 1 && starts.find(press.unmodified) != std::string::npos;
-}
-
 }  // namespace
 
 LevelSheet::LevelSheet(AudioEditorModel &model, Dialog dialog, ViewStyle &style, QWidget *parent)
@@ -102,7 +96,7 @@ void LevelSheet::takeFocus() {
 }
 
 bool LevelSheet::takeKey(const KeyPress &press) {
-    if (!startsANumber(press)) return Sheet::takeKey(press);
+    if (!beginsNumber(press)) return Sheet::takeKey(press);
     field_->setFocus(Qt::PopupFocusReason);
     field_->setText(onScreen(press.unmodified));
     isTyping_ = true;

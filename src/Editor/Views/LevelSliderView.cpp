@@ -1,5 +1,6 @@
 #include "Editor/Views/LevelSliderView.h"
 
+#include <QAccessible>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -8,7 +9,10 @@
 #include <cmath>
 
 #include "Editor/Surfaces/DecibelText.h"
+#include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/CrispPainting.h"
+#include "Editor/Views/EventTools.h"
+#include "Editor/Views/FocusRing.h"
 
 namespace kiv {
 
@@ -18,10 +22,10 @@ using Role = AudioEditorThemeColor;
 
 constexpr double trackY = 15;  // the middle of the track, from the top
 constexpr double trackHalf = 2;
-constexpr double thumbRadius = 8, thumbHole = 2.75;
+constexpr int thumbRadius = 8;
+constexpr double thumbHole = 2.75;
 constexpr double tickTop = 23, tickHeight = 4;
 constexpr double labelMiddle = 34;
-constexpr int notch = 120;
 
 int tenths(double db) { return int(std::lround(db * 10)); }
 
@@ -42,7 +46,7 @@ void paintTrack(QPainter &painter, const QRectF &rect, const LevelSlider &slider
         fillCrisp(painter, QRectF(x - 1, rect.top() + tickTop, 2, tickHeight), track);
         painter.setPen(toColor(colors.dialogDim));
         painter.drawText(QRectF(x - 30, rect.top() + labelMiddle - 10, 60, 20), Qt::AlignCenter,
-                         QString::fromStdString(slider.tickLabel(tick)));
+                         onScreen(slider.tickLabel(tick)));
     }
 }
 
@@ -60,7 +64,7 @@ void paintLevelSlider(QPainter &painter, const QRectF &rect, const LevelSlider &
 }
 
 LevelSliderView::LevelSliderView(ViewStyle &style, const LevelSlider &slider, QWidget *parent)
-    : QSlider(Qt::Horizontal, parent), style_(style), slider_(slider) {
+    : QSlider(Qt::Horizontal, parent), style_(style), slider_(slider), facts_{0, slider.lo, slider.hi, levelSmallStepDb} {
     setRange(tenths(slider.lo), tenths(slider.hi));
     setSingleStep(tenths(levelStepDb));
     setFocusPolicy(Qt::TabFocus);
@@ -69,14 +73,28 @@ LevelSliderView::LevelSliderView(ViewStyle &style, const LevelSlider &slider, QW
 }
 
 void LevelSliderView::setLevel(double db) {
-    if (db == level_) return;
-    level_ = db;
+    if (db == facts_.value) return;
+    facts_.value = db;
     {
         const QSignalBlocker quiet(this);
         setValue(tenths(db));
     }
-    setAccessibleDescription(QString::fromStdString(decibelText(db)));
+    QAccessibleValueChangeEvent event(this, db);
+    QAccessible::updateAccessibility(&event);
+    placeThumb();
     update();
+}
+
+// The thumb alone wears the focus ring.
+void LevelSliderView::placeThumb() {
+    const QPoint thumb(int(std::lround(slider_.x(facts_.value))), int(trackY));
+    FocusRing::setPlace(*this, QRect(thumb - QPoint(thumbRadius, thumbRadius), QSize(2 * thumbRadius, 2 * thumbRadius)));
+}
+
+QString LevelSliderView::valueText() const { return onScreen(decibelText(facts_.value)); }
+
+void LevelSliderView::stepFromOutside(int steps) {
+    if (onStep) onStep(steps, false);
 }
 
 void LevelSliderView::choose(double db) {
@@ -86,11 +104,12 @@ void LevelSliderView::choose(double db) {
 void LevelSliderView::resizeEvent(QResizeEvent *) {
     slider_.left = beside;
     slider_.width = std::max(1, width() - 2 * beside);
+    placeThumb();
 }
 
 void LevelSliderView::paintEvent(QPaintEvent *) {
     QPainter painter(this);
-    paintLevelSlider(painter, rect(), slider_, level_, style_);
+    paintLevelSlider(painter, rect(), slider_, facts_.value, style_);
 }
 
 void LevelSliderView::mousePressEvent(QMouseEvent *event) {
@@ -108,10 +127,9 @@ void LevelSliderView::mouseReleaseEvent(QMouseEvent *) { setSliderDown(false); }
 void LevelSliderView::mouseDoubleClickEvent(QMouseEvent *) { choose(0); }
 
 void LevelSliderView::wheelEvent(QWheelEvent *event) {
-    const bool isSmall = event->modifiers() & Qt::ShiftModifier;
-    wheelRest_ += event->angleDelta().y() != 0 ? event->angleDelta().y() : event->angleDelta().x();
-    for (; std::abs(wheelRest_) >= notch; wheelRest_ -= wheelRest_ > 0 ? notch : -notch)
-        if (onStep) onStep(wheelRest_ > 0 ? 1 : -1, isSmall);
+    const WheelTurn turn = wheelTurn(*event);
+    const int steps = turned_.add(turn.up != 0 ? turn.up : turn.left);
+    if (steps != 0 && onStep) onStep(steps, turn.modifiers.shift);
     event->accept();
 }
 

@@ -4,6 +4,8 @@
 #include <functional>
 
 #include "Editor/Surfaces/LevelSlider.h"
+#include "Editor/Surfaces/ValueInput.h"
+#include "Editor/Views/Adjustable.h"
 #include "Editor/Views/ViewStyle.h"
 
 namespace kiv {
@@ -12,14 +14,18 @@ void paintLevelSlider(QPainter &painter, const QRectF &rect, const LevelSlider &
 
 // A slider for decibels. Dragged, scrolled, stepped by keys, and put back to 0 by a double-click. To the toolkit its value is
 // in tenths.
-class LevelSliderView : public QSlider {
+class LevelSliderView : public QSlider, public Adjustable {
 public:
     LevelSliderView(ViewStyle &style, const LevelSlider &slider, QWidget *parent);
 
     static constexpr int beside = 16;  // room for the labels of the first and last tick
 
     void setLevel(double db);
-    double level() const { return level_; }
+    double level() const { return facts_.value; }
+    const ValueFacts &facts() const override { return facts_; }
+    QString valueText() const override;
+    void setFromOutside(double db) override { choose(db); }
+    void stepFromOutside(int steps) override;
 
     std::function<void(double db)> onLevel;
     std::function<void(int step, bool isSmall)> onStep;
@@ -36,11 +42,12 @@ protected:
 
 private:
     void choose(double db);
+    void placeThumb();
 
     ViewStyle &style_;
     LevelSlider slider_;
-    double level_ = 0;
-    int wheelRest_ = 0;
+    ValueFacts facts_;
+    StepCounter turned_;
 };
 
 }  // namespace kiv

@@ -1,5 +1,6 @@
 #include "Editor/Views/Menu.h"
 
+#include <QApplication>
 #include <QFontMetricsF>
 #include <QMouseEvent>
 #include <QPainter>
@@ -14,11 +15,8 @@ namespace {
 
 using Role = AudioEditorThemeColor;
 
-constexpr int rowPadding = 12;
-constexpr int checkWidth = 22;
-constexpr int beforeShortcut = 61;
-constexpr double menuRadius = 8;
 constexpr int titlePadding = 9;
+
 QString shortcutOf(const QAction *action) { return action->data().toString(); }
 
 bool hasChecks(const QMenu &menu) {
@@ -47,7 +45,7 @@ void Menu::setShortcutText(QAction *action, const QString &text) {
     if (shortcutOf(action) != text) action->setData(text);  // which tells the menu that the action has changed
 }
 
-int Menu::rowHeight(bool isSeparator) const { return isSeparator ? 9 : style_.grown(28); }
+int Menu::rowHeight(bool isSeparator) const { return isSeparator ? menuRuleHeight : menuRowHeight(style_); }
 
 QRect Menu::panel() const { return rect().marginsRemoved(contentsMargins()); }
 
@@ -56,19 +54,18 @@ void Menu::actionEvent(QActionEvent *event) {
     isWidthKnown_ = false;
 }
 
+void Menu::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::FontChange) isWidthKnown_ = false;
+    QMenu::changeEvent(event);
+}
+
 // Texts are measured when the menu is first needed and not while the program starts.
 void Menu::updateWidth() {
     if (std::exchange(isWidthKnown_, true)) return;
-    const QFontMetricsF metrics(style_.font(13));
     double widest = 0;
-    for (const QAction *action : actions()) {
-        const QString shortcut = shortcutOf(action);
-        const double right = shortcut.isEmpty() ? 0 : beforeShortcut + metrics.horizontalAdvance(shortcut);
-        widest = std::max(widest, metrics.horizontalAdvance(action->text()) + right);
-    }
-    const int check = hasChecks(*this) ? checkWidth : 0;
+    for (const QAction *action : actions()) widest = std::max(widest, menuRowWidth(lookOf(action), style_));
     const QMargins margins = contentsMargins();
-    setMinimumWidth(int(std::ceil(widest)) + check + 2 * (rowPadding + padding) + margins.left() + margins.right());
+    setMinimumWidth(int(std::ceil(widest)) + 2 * padding + margins.left() + margins.right());
 }
 
 void Menu::showEvent(QShowEvent *event) {
@@ -85,55 +82,46 @@ void Menu::mousePressEvent(QMouseEvent *event) {
     QMenu::mousePressEvent(event);
 }
 
-void Menu::paintEvent(QPaintEvent *event) {
-    QPainter painter(this);
-    const QRectF box = panel();
-    const bool isRound = style_.hasTranslucency();
-    if (isRound) {
-        paintSurroundings(painter, event->rect());
-    } else {
-        painter.fillRect(rect(), toColor(mix(style_.colors()[Role::dialogBg], style_.colors()[Role::dialogText], 0.2)));
-    }
-    paintBox(painter, box, isRound ? menuRadius : 0, style_.color(Role::dialogBg));
-    for (QAction *action : actions())
-        if (action->isVisible()) paintRow(painter, actionGeometry(action), action);
+MenuRowLook Menu::lookOf(const QAction *action) const {
+    return {.text = action->text(),
+            .shortcut = shortcutOf(action),
+            .isChosen = action == activeAction() && action->isEnabled(),
+            .isEnabled = action->isEnabled(),
+            .isChecked = action->isCheckable() && action->isChecked(),
+            .hasCheckColumn = hasChecks(*this)};
 }
 
-// The shadow is only drawn anew where more than rows changes.
+void Menu::paintEvent(QPaintEvent *event) {
+    QPainter painter(this);
+    const QRect inner = panel().adjusted(padding, padding, -padding, -padding);
+    inner.contains(event->rect()) ? painter.fillRect(event->rect(), style_.color(Role::dialogBg))
+                                  : paintSurroundings(painter, event->rect());
+    for (QAction *action : actions()) {
+        if (!action->isVisible()) continue;
+        const QRectF row = actionGeometry(action);
+        action->isSeparator() ? paintMenuRule(painter, row, style_) : paintMenuRow(painter, row, lookOf(action), style_);
+    }
+}
+
 void Menu::paintSurroundings(QPainter &painter, const QRect &changed) const {
-    if (panel().adjusted(padding, padding, -padding, -padding).contains(changed)) return;
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.fillRect(changed, Qt::transparent);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     // Above the panel there is no room, for there is the menu bar: the shadow begins further down, so that it is not cut off.
-    paintShadow(painter, QRectF(panel()).adjusted(0, shadowExtent - shadowDrop, 0, 0), style_);
-    paintBox(painter, QRectF(panel()).adjusted(-1, -1, 1, 1), menuRadius + 1, toColor(style_.colors().panelEdge));
+    paintFloat(painter, panel(), menuRadius, style_, shadowExtent - shadowDrop);
 }
 
-void Menu::paintRow(QPainter &painter, const QRectF &row, QAction *action) const {
-    const ThemeColors &colors = style_.colors();
-    if (action->isSeparator()) {
-        const QRectF line(row.left(), row.top() + 4, row.width(), lineWidth(painter));
-        return fillCrisp(painter, line, toColor(colors.dialogLine));
-    }
-    const bool isChosen = action == activeAction() && action->isEnabled();
-    if (isChosen) paintBox(painter, row, 5, toColor(colors[Role::accentBg]));
-    const Rgba rest =
-        action->isEnabled() ? colors[Role::dialogText] : mix(colors[Role::dialogBg], colors[Role::dialogText], 0.42);
-    const Rgba shortcut = action->isEnabled() ? colors.dialogDim : rest;
-    QRectF inside = row.adjusted(rowPadding, 0, -rowPadding, 0);
-    painter.setFont(style_.font(13));
-    painter.setPen(toColor(isChosen ? colors[Role::accentFg] : shortcut));
-    painter.drawText(inside, Qt::AlignRight | Qt::AlignVCenter, shortcutOf(action));
-    const QColor text = toColor(isChosen ? colors[Role::accentFg] : rest);
-    if (action->isCheckable() && action->isChecked())
-        paintIcon(painter, style_, "check", QRectF(inside.left() - 3, row.top(), 16, row.height()), text);
-    if (hasChecks(*this)) inside.setLeft(inside.left() + checkWidth);
-    painter.setPen(text);
-    painter.drawText(inside, Qt::AlignLeft | Qt::AlignVCenter, action->text());
+MenuBar::MenuBar(ViewStyle &style, QWidget *parent) : QMenuBar(parent), style_(style) {
+    styleChanges_ = style.changed.add([this](const ViewStyle &) { measureAnew(); });
 }
 
-MenuBar::MenuBar(const ViewStyle &style, QWidget *parent) : QMenuBar(parent), style_(style) {}
+// The toolkit keeps the places of titles and rows until it hears of another font.
+void MenuBar::measureAnew() {
+    QEvent event(QEvent::FontChange);
+    QApplication::sendEvent(this, &event);
+    for (const QAction *action : actions()) QApplication::sendEvent(action->menu(), &event);
+    update();
+}
 
 Menu *MenuBar::addOwnMenu(const QString &title) {
     auto *menu = new Menu(style_, title, this);

@@ -3,7 +3,7 @@
 #include <QMenu>
 #include <QMenuBar>
 
-#include "Editor/Views/ViewStyle.h"
+#include "Editor/Views/FloatPainter.h"
 
 namespace kiv {
 
@@ -13,7 +13,7 @@ public:
     explicit Menu(const ViewStyle &style, QWidget *parent = nullptr);
     Menu(const ViewStyle &style, const QString &title, QWidget *parent);
 
-    static constexpr int padding = 6;
+    static constexpr int padding = menuPadding;
 
     // What stands at the right of an action; nothing is bound to it.
     void setShortcutText(QAction *action, const QString &text);
@@ -22,6 +22,7 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void actionEvent(QActionEvent *event) override;
+    void changeEvent(QEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
 
@@ -29,7 +30,7 @@ private:
     QRect panel() const;
     void updateWidth();
     void paintSurroundings(QPainter &painter, const QRect &changed) const;
-    void paintRow(QPainter &painter, const QRectF &row, QAction *action) const;
+    MenuRowLook lookOf(const QAction *action) const;
 
     const ViewStyle &style_;
     bool isWidthKnown_ = false;
@@ -37,7 +38,7 @@ private:
 
 class MenuBar : public QMenuBar {
 public:
-    explicit MenuBar(const ViewStyle &style, QWidget *parent = nullptr);
+    explicit MenuBar(ViewStyle &style, QWidget *parent = nullptr);
 
     static constexpr int padding = 6;
 
@@ -50,7 +51,10 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    void measureAnew();
+
     const ViewStyle &style_;
+    Subscription styleChanges_;
 };
 
 }  // namespace kiv

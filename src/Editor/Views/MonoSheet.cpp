@@ -3,6 +3,7 @@
 #include <QFontMetricsF>
 #include <QKeyEvent>
 #include <QPainter>
+#include <cmath>
 
 #include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Editor/Views/CommandTarget.h"
@@ -75,11 +76,11 @@ private:
         const double keyWidth = std::max<double>(
             keySize, QFontMetricsF(style_.font(11)).horizontalAdvance(QPushButton::text()[0]) + 2 * keyPadding);
         const double left = tile.center().x() - (label + textToKey + keyWidth) / 2;
-        const QRectF row(left, tile.bottom() - keySize - 8, label + 1, keySize);
+        const QRectF row(left, tile.bottom() - style_.grown(keySize) - 8, label + 1, style_.grown(keySize));
         painter.setFont(font);
         painter.setPen(toColor(colors[Role::dialogText]));
         painter.drawText(row, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip, QPushButton::text());
-        const QRectF key(left + label + textToKey, row.top(), keyWidth, keySize);
+        const QRectF key(left + label + textToKey, row.top(), keyWidth, row.height());
         paintBox(painter, key, 4, toColor(colors[Role::waveBg]), toColor(colors.fieldBorder));
         painter.setFont(style_.font(11));
         painter.setPen(toColor(colors.dialogDim));
@@ -142,7 +143,8 @@ int MonoSheet::tilesTop() const { return padding + style().grown(titleLine) + 14
 
 QSize MonoSheet::sizeFor(int width) const {
     const int button = buttonHeight(ButtonKind::sheet, style());
-    return {std::min(sheetWidth, width), tilesTop() + tileHeight + padding + button + padding};
+    const int wanted = int(std::lround(sheetWidth * style().textFactor()));
+    return {std::min(wanted, width), tilesTop() + style().grown(tileHeight) + padding + button + padding};
 }
 
 void MonoSheet::resizeEvent(QResizeEvent *) {
@@ -150,7 +152,7 @@ void MonoSheet::resizeEvent(QResizeEvent *) {
     const int tileWidth = (width() - 2 * padding - (count - 1) * tileGap) / count;
     for (int i = 0; i < count; ++i) {
         Tile *tile = tiles_[std::size_t(i)];
-        const QRect box(padding + i * (tileWidth + tileGap), tilesTop(), tileWidth, tileHeight);
+        const QRect box(padding + i * (tileWidth + tileGap), tilesTop(), tileWidth, style().grown(tileHeight));
         tile->setGeometry(box.adjusted(-tileFrame, -tileFrame, tileFrame, tileFrame));
         const int columns = (tileWidth - 2 * pictureInset) / columnPitch;
         tile->setColumns(outcomeColumns(model_.state().buffer, allMonoSources[std::size_t(i)], columns));

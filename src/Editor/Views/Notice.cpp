@@ -1,24 +1,19 @@
 #include "Editor/Views/Notice.h"
 
 #include <QAccessible>
-#include <QFontMetricsF>
 #include <QPainter>
 #include <chrono>
-#include <cmath>
 
-#include "Editor/Views/CrispPainting.h"
+#include "Editor/Views/FloatPainter.h"
 
 namespace kiv {
 
 namespace {
 
-using Role = AudioEditorThemeColor;
 using namespace std::chrono_literals;
 
 constexpr auto shownFor = 4s;
-constexpr int padding = 16;
-constexpr int textStart = 43;  // after the check mark
-constexpr int above = 24;      // over the foot of the area
+constexpr int above = 24;  // over the foot of the area
 constexpr double roundEnds = 1000;
 
 }  // namespace
@@ -32,15 +27,12 @@ Notice::Notice(ViewStyle &style, QWidget *parent)
     styleChanges_ = style.changed.add([this](const ViewStyle &) { placeOver(area_); });
 }
 
-QSize Notice::pillSize() const {
-    const double text = QFontMetricsF(style_.font(13)).horizontalAdvance(text_);
-    return {textStart + int(std::ceil(text)) + padding, style_.grown(36)};
-}
-
-void Notice::tell(const QString &text) {
+void Notice::tell(NoticeKind kind, const QString &text) {
+    kind_ = kind;
     text_ = text;
     setAccessibleName(text);
     placeOver(area_);
+    hide();  // assistive tools are told when it appears, also in the place of another
     show();
     timer_.start(shownFor);
     QAccessibleEvent announced(this, QAccessible::Alert);
@@ -49,7 +41,8 @@ void Notice::tell(const QString &text) {
 
 void Notice::placeOver(const QRect &area) {
     area_ = area;
-    QRect pill(QPoint(), pillSize());
+    shown_ = noticeText(text_, area.width() - 2 * above, style_);
+    QRect pill(QPoint(), noticeSize(shown_, style_));
     pill.moveCenter(area.center());
     pill.moveBottom(area.bottom() - above);
     setGeometry(pill);
@@ -59,12 +52,7 @@ void Notice::placeOver(const QRect &area) {
 
 void Notice::paintEvent(QPaintEvent *) {
     QPainter painter(this);
-    paintBox(painter, rect(), height() / 2.0, style_.color(Role::dialogBg));
-    const QColor text = style_.color(Role::dialogText);
-    paintIcon(painter, style_, "check", QRectF(padding, 0, 16, height()), text);
-    painter.setFont(style_.font(13));
-    painter.setPen(text);
-    painter.drawText(rect().adjusted(textStart, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter, text_);
+    paintNotice(painter, rect(), kind_, shown_, style_);
 }
 
 void Notice::mousePressEvent(QMouseEvent *) { hide(); }

@@ -3,6 +3,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include "Document/DocumentUi.h"
 #include "Editor/Views/FloatShadow.h"
 
 namespace kiv {
@@ -13,7 +14,7 @@ class Notice : public QWidget {
 public:
     Notice(ViewStyle &style, QWidget *parent);
 
-    void tell(const QString &text);
+    void tell(NoticeKind kind, const QString &text);
     // Centred over the area, 24 above its foot.
     void placeOver(const QRect &area);
 
@@ -26,11 +27,10 @@ protected:
     void hideEvent(QHideEvent *event) override;
 
 private:
-    QSize pillSize() const;
-
     ViewStyle &style_;
     FloatShadow *shadow_;
-    QString text_;
+    NoticeKind kind_ = NoticeKind::done;
+    QString text_, shown_;  // and as much of it as there is room for
     QRect area_;
     QTimer timer_;
     Subscription styleChanges_;

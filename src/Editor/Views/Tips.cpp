@@ -1,24 +1,19 @@
 #include "Editor/Views/Tips.h"
 
 #include <QApplication>
-#include <QFontMetrics>
 #include <QPainter>
 #include <QScreen>
 #include <QWidget>
 #include <QWindow>
 
 #include "Editor/Views/CrispPainting.h"
+#include "Editor/Views/FloatPainter.h"
 
 namespace kiv {
 
 namespace {
 
-using Role = AudioEditorThemeColor;
-
-constexpr int widestTip = 430;
-constexpr int paddingX = 12, paddingY = 8;
 constexpr int belowControl = 6;
-constexpr double tipRadius = 6;
 
 }  // namespace
 
@@ -34,10 +29,7 @@ public:
 
     void showUnder(QWidget *control) {
         text_ = control->toolTip();
-        const QFontMetrics metrics(style_.font(12));
-        const QRect wrapped(0, 0, widestTip - 2 * paddingX, 10000);
-        const QSize content = metrics.boundingRect(wrapped, Qt::TextWordWrap, text_).size() + QSize(1, 0);
-        const QSize box = content + QSize(2 * paddingX, 2 * paddingY + 2);
+        const QSize box = tipSize(text_, style_);
         winId();  // makes the native window, which must know whose tip it is before it is shown
         windowHandle()->setTransientParent(control->window()->windowHandle());
         setGeometry(QRect(placeFor(control, box), box).marginsAdded(margins()));
@@ -48,24 +40,17 @@ public:
 protected:
     void paintEvent(QPaintEvent *) override {
         QPainter painter(this);
-        const ThemeColors &colors = style_.colors();
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
+        painter.fillRect(rect(), Qt::transparent);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
         const QRectF box = rect().marginsRemoved(margins());
-        if (isRound_) {
-            painter.setCompositionMode(QPainter::CompositionMode_Source);
-            painter.fillRect(rect(), Qt::transparent);
-            painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-            paintShadow(painter, box, style_);
-        }
-        paintBox(painter, box, isRound_ ? tipRadius : 0, toColor(colors[Role::dialogBg]),
-                 toColor(mix(colors[Role::dialogBg], colors[Role::dialogText], 0.13)));
-        painter.setFont(style_.font(12));
-        painter.setPen(toColor(colors[Role::dialogText]));
-        painter.drawText(box.adjusted(paddingX, 0, -paddingX, 0), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextWordWrap, text_);
+        paintFloat(painter, box, tipRadius, style_);
+        paintTipText(painter, box, text_, style_);
     }
 
 private:
     QMargins margins() const {
-        return isRound_ ? QMargins(shadowExtent, shadowExtent, shadowExtent, shadowExtent + shadowDrop) : QMargins();
+        return isRound_ ? QMargins(shadowExtent, shadowExtent, shadowExtent, shadowExtent + shadowDrop) : QMargins(1, 1, 1, 1);
     }
 
     // Under the control, over it where there is no room, and never off the screen.

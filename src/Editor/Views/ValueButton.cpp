@@ -23,6 +23,11 @@ ValueButton::ValueButton(ViewStyle &style, QWidget *parent) : QPushButton(parent
     setFocusPolicy(Qt::TabFocus);
     setAttribute(Qt::WA_Hover);
     connect(this, &QPushButton::clicked, this, [this] { edit(); });
+    inPlace_.onChanged = [this] { update(); };
+    inPlace_.onEntered = [this](const std::string &typed) { return !onEntered || onEntered(typed); };
+    inPlace_.onLeft = [this] {
+        if (onLeft) onLeft();
+    };
 }
 
 void ValueButton::setType(int pixels, QFont::Weight weight) {
@@ -34,7 +39,9 @@ void ValueButton::setType(int pixels, QFont::Weight weight) {
 void ValueButton::setValue(const QString &text) {
     if (text == value_) return;
     value_ = text;
-    setText(text);  // for those who cannot see it
+    // For those who cannot see it; its name is what the number means.
+    setText(text);
+    setAccessibleDescription(text);
     update();
 }
 
@@ -50,46 +57,18 @@ QRect ValueButton::fieldPlace() const {
 }
 
 void ValueButton::edit() {
-    if (field_ || !isEnabled()) return;
-    field_ = new Field(style_, FieldContent::number, parentWidget());
-    field_->setType(pixels_, weight_);
-    field_->setPadding(fieldPadding(pixels_));
-    field_->setBackground(style_.colors()[Role::waveBg]);
-    field_->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    field_->setAccessibleName(accessibleName());
-    field_->setText(value_);
-    field_->setGeometry(fieldPlace());
-    field_->onEnter = [this] {
-        if (!onEntered || onEntered(field_->text().toStdString()))
-            endEditing();
-        else
-            field_->setReadable(false);
-    };
-    field_->onEscape = [this] { endEditing(); };
-    connect(field_, &QLineEdit::textEdited, field_, [this] { field_->setReadable(true); });
-    // Leaving it by the pointer or the Tab key drops what was typed, as Esc does.
-    connect(field_, &QLineEdit::editingFinished, this, [this] {
-        if (field_ && !field_->hasFocus()) endEditing();
-    });
-    field_->show();
-    field_->raise();
-    field_->setFocus(Qt::PopupFocusReason);
-    field_->selectAll();
-    update();
-}
-
-void ValueButton::endEditing() {
-    Field *field = std::exchange(field_, nullptr);
-    if (!field) return;
-    const bool hadFocus = field->hasFocus();
-    field->hide();
-    field->deleteLater();
-    update();
-    if (hadFocus && onLeft) onLeft();
+    if (isEditing() || !isEnabled()) return;
+    auto *field = new Field(style_, FieldContent::number, parentWidget());
+    field->setType(pixels_, weight_);
+    field->setPadding(fieldPadding(pixels_));
+    field->setBackground(style_.colors()[Role::waveBg]);
+    field->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    field->setGeometry(fieldPlace());
+    inPlace_.open(field, value_);
 }
 
 void ValueButton::paintEvent(QPaintEvent *) {
-    if (field_) return;
+    if (isEditing()) return;
     QPainter painter(this);
     const ThemeColors &colors = style_.colors();
     if (isEnabled() && underMouse()) {

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <QPushButton>
-#include <functional>
 
-#include "Editor/Views/Field.h"
+#include "Editor/Views/InPlaceField.h"
 #include "Editor/Views/ViewStyle.h"
 
 namespace kiv {
@@ -21,7 +20,7 @@ public:
     int textWidth() const;
     // Puts it where the number is to stand; the control reaches a little further to both sides.
     void placeText(const QRect &rect) { setGeometry(rect.adjusted(-reach, 0, reach, 0)); }
-    bool isEditing() const { return field_ != nullptr; }
+    bool isEditing() const { return inPlace_.isOpen(); }
     void edit();
 
     // Takes what was typed; false leaves the field open with its frame saying that it could not be read.
@@ -37,14 +36,13 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    void endEditing();
     QRect fieldPlace() const;
 
     ViewStyle &style_;
     QString value_;
     int pixels_ = 12;
     QFont::Weight weight_ = QFont::Medium;
-    Field *field_ = nullptr;
+    InPlaceField inPlace_{*this};
 };
 
 }  // namespace kiv

@@ -15,12 +15,36 @@ const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString settingsInterface = QStringLiteral("org.freedesktop.portal.Settings");
 
-// Where the desktops keep these two wishes: the common place first, then their own.
+// Where the desktops keep these wishes: the common place first, then their own.
 const QString common = QStringLiteral("org.freedesktop.appearance");
 const QString gnome = QStringLiteral("org.gnome.desktop.interface");
 const QString kde = QStringLiteral("org.kde.kdeglobals.KDE");
 
+const QString kdeGeneral = QStringLiteral("org.kde.kdeglobals.General");
+
 using Namespaces = QMap<QString, QVariantMap>;
+
+// "Cantarell 11", "Noto Sans,10,-1,5,50,0,0,0,0,0".
+std::optional<DesktopFont> parsedFont(const QString &text, QChar between) {
+    const qsizetype at = between == ',' ? text.indexOf(',') : text.lastIndexOf(between);
+    const double points = text.mid(at + 1).section(between, 0, 0).toDouble();
+    if (at <= 0 || points <= 0) return std::nullopt;
+    return DesktopFont{text.left(at).toStdString(), points};
+}
+
+// On X11 the toolkit has made the whole window larger already.
+double textScale(const QVariantMap &settings) {
+    const double factor = settings.value(QStringLiteral("text-scaling-factor"), 1.0).toDouble();
+    return QGuiApplication::platformName() == QStringLiteral("xcb") || factor <= 0 ? 1 : factor;
+}
+
+std::optional<DesktopFont> fontIn(const Namespaces &settings) {
+    if (auto font = parsedFont(settings.value(gnome).value(QStringLiteral("font-name")).toString(), ' ')) {
+        font->points *= textScale(settings.value(gnome));
+        return font;
+    }
+    return parsedFont(settings.value(kdeGeneral).value(QStringLiteral("font")).toString(), ',');
+}
 
 bool isDark(const QPalette &palette) {
     return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
@@ -47,7 +71,7 @@ QtAppearance::QtAppearance(const QDBusConnection &bus) : bus_(bus), paletteIsDar
 
 void QtAppearance::ask() {
     auto question = QDBusMessage::createMethodCall(service, path, settingsInterface, QStringLiteral("ReadAll"));
-    question << QStringList{common, gnome, kde};
+    question << QStringList{common, gnome, kde, kdeGeneral};
     auto *watcher = new QDBusPendingCallWatcher(bus_.asyncCall(question), &askSoon_);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &askSoon_, [this](QDBusPendingCallWatcher *answered) {
         answered->deleteLater();
@@ -65,11 +89,13 @@ QtAppearance::Wishes QtAppearance::wishesIn(const QDBusMessage &reply) {
     const auto duration = settings.value(kde).value(QStringLiteral("AnimationDurationFactor"), QStringLiteral("1"));
     wishes.reducesMotion = settings.value(common).value(QStringLiteral("reduced-motion")).toUInt() == 1 ||
                            (animations.isValid() && !animations.toBool()) || duration.toString() == QStringLiteral("0");
+    wishes.font = fontIn(settings);
     return wishes;
 }
 
 void QtAppearance::take(const Wishes &wishes) {
-    const bool same = isDark() == wishes.dark.value_or(paletteIsDark_) && reducesMotion() == wishes.reducesMotion;
+    const bool same =
+        isDark() == wishes.dark.value_or(paletteIsDark_) && reducesMotion() == wishes.reducesMotion && font() == wishes.font;
     portal_ = wishes;
     if (!same) changed.notify(*this);
 }

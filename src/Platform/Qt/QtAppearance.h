@@ -11,9 +11,9 @@ class QDBusPendingCallWatcher;
 
 namespace kiv {
 
-// What the desktop portal says about dark windows and motion, now and after changes. The portal is asked without waiting; until
-// it answers, and where it has no opinion or is not there, the application's palette tells dark from light as it was when this
-// object was made. Make it before the application sets a palette of its own.
+// What the desktop portal says about dark windows, motion and fonts, now and after changes. The portal is asked without
+// waiting; until it answers, and where it has no opinion or is not there, the application's palette tells dark from light as it
+// was when this object was made. Make it before the application sets a palette of its own.
 class QtAppearance : public Appearance {
 public:
     // The bus that the portal is on; one that is not connected means there is none.
@@ -23,11 +23,13 @@ public:
 
     bool isDark() const override { return portal_.dark.value_or(paletteIsDark_); }
     bool reducesMotion() const override { return portal_.reducesMotion; }
+    std::optional<DesktopFont> font() const override { return portal_.font; }
 
 private:
     struct Wishes {
         std::optional<bool> dark;
         bool reducesMotion = false;
+        std::optional<DesktopFont> font;
         friend bool operator==(const Wishes &, const Wishes &) = default;
     };
     static Wishes wishesIn(const QDBusMessage &reply);

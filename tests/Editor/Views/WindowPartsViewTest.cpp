@@ -401,7 +401,7 @@ TEST_F(OverlaysTest, NoticeStandsOverTheFootAndGoesAtAClick) {
     Notice notice(style, &window);
     notice.placeOver({44, 100, 1236, 300});
     showWindow();
-    notice.tell("18 slices saved");
+    notice.tell(NoticeKind::done, "18 slices saved");
     EXPECT_TRUE(notice.isVisible());
     EXPECT_EQ(notice.height(), 36);
     EXPECT_EQ(notice.geometry().bottom(), 399 - 24);

@@ -115,5 +115,27 @@ TEST_F(QtAppearanceTest, reads_the_wishes_of_each_desktop) {
     }
 }
 
+TEST_F(QtAppearanceTest, reads_the_font_of_each_desktop) {
+    struct Row {
+        const char *space, *key, *value;
+        std::optional<DesktopFont> font;
+    };
+    const Row rows[] = {
+        {"org.gnome.desktop.interface", "font-name", "Cantarell 11", DesktopFont{"Cantarell", 11}},
+        {"org.gnome.desktop.interface", "font-name", "Noto Sans Medium 12.5", DesktopFont{"Noto Sans Medium", 12.5}},
+        {"org.gnome.desktop.interface", "font-name", "11", std::nullopt},
+        {"org.kde.kdeglobals.General", "font", "Noto Sans,10,-1,5,50,0,0,0,0,0", DesktopFont{"Noto Sans", 10}},
+        {"org.kde.kdeglobals.General", "font", "Noto Sans", std::nullopt},
+    };
+    FakePortal portal(bus.connect("portal"));
+    const auto program = bus.connect("program");
+    for (const Row &row : rows) {
+        portal.settings = {{row.space, {{row.key, row.value}}}, {"org.freedesktop.appearance", {{"reduced-motion", 1u}}}};
+        const QtAppearance appearance(program);
+        ASSERT_TRUE(waitUntil([&] { return appearance.reducesMotion(); })) << row.value;
+        EXPECT_EQ(appearance.font(), row.font) << row.value;
+    }
+}
+
 }  // namespace
 }  // namespace kiv

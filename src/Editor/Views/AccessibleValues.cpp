@@ -1,0 +1,77 @@
+#include "Editor/Views/AccessibleValues.h"
+
+#include <QAbstractButton>
+
+#include "Editor/Views/Adjustable.h"
+
+namespace kiv {
+
+AccessibleValue::AccessibleValue(QWidget *widget, Adjustable &adjustable, QAccessible::Role role)
+    : QAccessibleWidget(widget, role), adjustable_(adjustable) {}
+
+void *AccessibleValue::interface_cast(QAccessible::InterfaceType type) {
+    if (type == QAccessible::ValueInterface) return static_cast<QAccessibleValueInterface *>(this);
+    if (type == QAccessible::TextInterface) return static_cast<QAccessibleTextInterface *>(this);
+    return QAccessibleWidget::interface_cast(type);
+}
+
+QString AccessibleValue::text(QAccessible::Text kind) const {
+    return kind == QAccessible::Value ? shownText() : QAccessibleWidget::text(kind);
+}
+
+QString AccessibleValue::shownText() const { return adjustable_.valueText(); }
+
+QVariant AccessibleValue::currentValue() const { return adjustable_.facts().value; }
+
+void AccessibleValue::setCurrentValue(const QVariant &value) { adjustable_.setFromOutside(value.toDouble()); }
+
+QVariant AccessibleValue::maximumValue() const { return adjustable_.facts().hi; }
+
+QVariant AccessibleValue::minimumValue() const { return adjustable_.facts().lo; }
+
+QVariant AccessibleValue::minimumStepSize() const { return adjustable_.facts().step; }
+
+QStringList AccessibleValue::actionNames() const {
+    return QStringList{increaseAction(), decreaseAction()} + QAccessibleWidget::actionNames();
+}
+
+void AccessibleValue::doAction(const QString &name) {
+    if (name == increaseAction()) return adjustable_.stepFromOutside(1);
+    if (name == decreaseAction()) return adjustable_.stepFromOutside(-1);
+    QAccessibleWidget::doAction(name);
+}
+
+void *AccessiblePicture::interface_cast(QAccessible::InterfaceType type) {
+    if (type == QAccessible::TextInterface) return static_cast<QAccessibleTextInterface *>(this);
+    return QAccessibleWidget::interface_cast(type);
+}
+
+QString AccessiblePicture::text(QAccessible::Text kind) const {
+    return kind == QAccessible::Value ? shownText() : QAccessibleWidget::text(kind);
+}
+
+namespace {
+
+QAbstractButton &buttonOf(const QAccessibleInterface &interface) { return *static_cast<QAbstractButton *>(interface.object()); }
+
+}  // namespace
+
+QAccessible::State AccessibleChoice::state() const {
+    QAccessible::State state = QAccessibleWidget::state();
+    state.checkable = true;
+    state.checked = buttonOf(*this).isChecked();
+    return state;
+}
+
+QString AccessibleChoice::text(QAccessible::Text kind) const {
+    const QString told = QAccessibleWidget::text(kind);
+    return kind == QAccessible::Name && told.isEmpty() ? buttonOf(*this).text() : told;
+}
+
+QStringList AccessibleChoice::actionNames() const { return QStringList{pressAction()} + QAccessibleWidget::actionNames(); }
+
+void AccessibleChoice::doAction(const QString &name) {
+    name == pressAction() ? buttonOf(*this).click() : QAccessibleWidget::doAction(name);
+}
+
+}  // namespace kiv

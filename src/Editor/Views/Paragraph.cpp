@@ -1,0 +1,46 @@
+#include "Editor/Views/Paragraph.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QTextLayout>
+#include <algorithm>
+#include <cmath>
+
+namespace kiv {
+
+namespace {
+
+// Calls visit(line) for every line of a width; returns how many there are.
+template <class Visit>
+int forEachLine(const QString &text, const QFont &font, double width, Visit visit) {
+    QString broken = text;
+    QTextLayout layout(broken.replace('\n', QChar::LineSeparator), font);
+    layout.beginLayout();
+    int count = 0;
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine(), ++count) {
+        line.setLineWidth(width);
+        visit(line, count);
+    }
+    layout.endLayout();
+    return count;
+}
+
+}  // namespace
+
+QSize paragraphSize(const QString &text, const ParagraphType &type, int width) {
+    if (text.isEmpty()) return {};
+    double widest = 0;
+    const int lines = forEachLine(text, type.font, width,
+                                  [&](const QTextLine &line, int) { widest = std::max(widest, line.naturalTextWidth()); });
+    return {int(std::ceil(widest)), lines * type.lineHeight};
+}
+
+void paintParagraph(QPainter &painter, const QRectF &rect, const ParagraphType &type, const QString &text) {
+    const QFontMetricsF metrics(type.font, painter.device());
+    const double shift = (type.lineHeight - metrics.ascent() - metrics.descent()) / 2;
+    forEachLine(text, type.font, rect.width(), [&](const QTextLine &line, int index) {
+        line.draw(&painter, rect.topLeft() + QPointF(0, index * type.lineHeight + shift));
+    });
+}
+
+}  // namespace kiv

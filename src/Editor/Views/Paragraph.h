@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QFont>
+#include <QRectF>
+#include <QString>
+
+class QPainter;
+
+// A text that wraps, in lines of a given height: fonts disagree about theirs.
+namespace kiv {
+
+struct ParagraphType {
+    QFont font;
+    int lineHeight = 16;
+};
+
+// As wide as its longest line, when at most this wide.
+QSize paragraphSize(const QString &text, const ParagraphType &type, int width);
+// At the upper left of the rectangle, in the painter's pen.
+void paintParagraph(QPainter &painter, const QRectF &rect, const ParagraphType &type, const QString &text);
+
+}  // namespace kiv
