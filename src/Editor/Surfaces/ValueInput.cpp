@@ -86,10 +86,8 @@ void ValueInput::doubleClick() {
     if (onReset) onReset();
 }
 
-// With Shift some desktops turn the wheel sideways.
 void ValueInput::turn(const WheelTurn &turn) {
-    const double notches = turn.up != 0 ? turn.up : turn.left;
-    step(stepping_ == Stepping::whole ? turned_.add(notches) : notches, turn.modifiers.shift);
+    step(stepping_ == Stepping::whole ? turned_.add(turn.up) : turn.up, turn.modifiers.shift);
 }
 
 void ValueInput::key(ValueKey key, bool isSmall) {

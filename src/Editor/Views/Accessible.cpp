@@ -1,7 +1,6 @@
 #include "Editor/Views/Accessible.h"
 
 #include <QAccessible>
-#include <QPushButton>
 
 #include "Editor/Views/AccessibleValues.h"
 #include "Editor/Views/AlertSheet.h"
@@ -33,17 +32,11 @@ bool isPicture(const QWidget &widget) {
            dynamic_cast<const RulerView *>(&widget) || dynamic_cast<const GutterView *>(&widget);
 }
 
-bool isChoice(const QWidget &widget) {
-    const auto *button = qobject_cast<const QPushButton *>(&widget);
-    return button && button->isCheckable() && button->autoExclusive();
-}
-
 QAccessibleInterface *interfaceFor(const QString &, QObject *object) {
     auto *widget = qobject_cast<QWidget *>(object);
     if (!widget) return nullptr;
     if (auto *adjustable = dynamic_cast<Adjustable *>(widget)) return new AccessibleValue(widget, *adjustable, roleOf(*widget));
     if (isPicture(*widget)) return new AccessiblePicture(widget);
-    if (isChoice(*widget)) return new AccessibleChoice(widget);
     if (dynamic_cast<AlertSheet *>(widget) || dynamic_cast<Notice *>(widget))
         return new QAccessibleWidget(widget, QAccessible::AlertMessage);
     if (dynamic_cast<Sheet *>(widget)) return new QAccessibleWidget(widget, QAccessible::Dialog);

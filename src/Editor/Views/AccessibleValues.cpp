@@ -1,7 +1,5 @@
 #include "Editor/Views/AccessibleValues.h"
 
-#include <QAbstractButton>
-
 #include "Editor/Views/Adjustable.h"
 
 namespace kiv {
@@ -48,30 +46,6 @@ void *AccessiblePicture::interface_cast(QAccessible::InterfaceType type) {
 
 QString AccessiblePicture::text(QAccessible::Text kind) const {
     return kind == QAccessible::Value ? shownText() : QAccessibleWidget::text(kind);
-}
-
-namespace {
-
-QAbstractButton &buttonOf(const QAccessibleInterface &interface) { return *static_cast<QAbstractButton *>(interface.object()); }
-
-}  // namespace
-
-QAccessible::State AccessibleChoice::state() const {
-    QAccessible::State state = QAccessibleWidget::state();
-    state.checkable = true;
-    state.checked = buttonOf(*this).isChecked();
-    return state;
-}
-
-QString AccessibleChoice::text(QAccessible::Text kind) const {
-    const QString told = QAccessibleWidget::text(kind);
-    return kind == QAccessible::Name && told.isEmpty() ? buttonOf(*this).text() : told;
-}
-
-QStringList AccessibleChoice::actionNames() const { return QStringList{pressAction()} + QAccessibleWidget::actionNames(); }
-
-void AccessibleChoice::doAction(const QString &name) {
-    name == pressAction() ? buttonOf(*this).click() : QAccessibleWidget::doAction(name);
 }
 
 }  // namespace kiv

@@ -65,15 +65,4 @@ public:
     QString shownText() const override { return widget()->accessibleDescription(); }
 };
 
-// One of several choices of which one is on.
-class AccessibleChoice : public QAccessibleWidget {
-public:
-    explicit AccessibleChoice(QWidget *button) : QAccessibleWidget(button, QAccessible::RadioButton) {}
-
-    QAccessible::State state() const override;
-    QString text(QAccessible::Text kind) const override;
-    QStringList actionNames() const override;
-    void doAction(const QString &name) override;
-};
-
 }  // namespace kiv

@@ -57,6 +57,11 @@ WheelTurn wheelTurn(const QWheelEvent &event, double width) {
     return {up / (pixelsPerDoubling * std::log2(zoomPerNotch)), leftNotches, modifiers};
 }
 
+WheelTurn controlTurn(const QWheelEvent &event) {
+    const QPoint turned = event.angleDelta();
+    return {(turned.y() != 0 ? turned.y() : turned.x()) / unitsPerNotch, 0, modifiersOf(event.modifiers())};
+}
+
 int clicks(ClickCounter &counter, const QMouseEvent &event, double scale) {
     const QStyleHints *hints = QGuiApplication::styleHints();
     return counter.press(double(event.timestamp()), event.position().x() * scale, event.position().y() * scale,

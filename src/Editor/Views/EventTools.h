@@ -20,6 +20,8 @@ Modifiers modifiersOf(Qt::KeyboardModifiers modifiers);
 PointerEvent pointerEvent(const QMouseEvent &event, double scale);
 // In a view of a width. Fingers on a touchpad move the picture as far as they go.
 WheelTurn wheelTurn(const QWheelEvent &event, double width);
+// Over a control, which only goes up and down: some desktops turn a wheel with Shift sideways.
+WheelTurn controlTurn(const QWheelEvent &event);
 // Which of quick successive presses this is.
 int clicks(ClickCounter &counter, const QMouseEvent &event, double scale);
 std::optional<ViewKey> viewKey(const QKeyEvent &event);

@@ -117,9 +117,8 @@ void Field::keyPressEvent(QKeyEvent *event) {
 
 void Field::wheelEvent(QWheelEvent *event) {
     if (!onStep) return QLineEdit::wheelEvent(event);
-    // Some desktops turn Shift and wheel into a sideways one.
-    const WheelTurn turn = wheelTurn(*event);
-    const int steps = turned_.add(turn.up != 0 ? turn.up : turn.left);
+    const WheelTurn turn = controlTurn(*event);
+    const int steps = turned_.add(turn.up);
     if (steps != 0) onStep(steps, turn.modifiers.shift);
     event->accept();
 }

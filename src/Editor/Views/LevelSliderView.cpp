@@ -127,8 +127,8 @@ void LevelSliderView::mouseReleaseEvent(QMouseEvent *) { setSliderDown(false); }
 void LevelSliderView::mouseDoubleClickEvent(QMouseEvent *) { choose(0); }
 
 void LevelSliderView::wheelEvent(QWheelEvent *event) {
-    const WheelTurn turn = wheelTurn(*event);
-    const int steps = turned_.add(turn.up != 0 ? turn.up : turn.left);
+    const WheelTurn turn = controlTurn(*event);
+    const int steps = turned_.add(turn.up);
     if (steps != 0 && onStep) onStep(steps, turn.modifiers.shift);
     event->accept();
 }

@@ -67,7 +67,7 @@ void ValueControl::mouseDoubleClickEvent(QMouseEvent *event) {
 }
 
 void ValueControl::wheelEvent(QWheelEvent *event) {
-    input_.turn(wheelTurn(*event));
+    input_.turn(controlTurn(*event));
     event->accept();
 }
 

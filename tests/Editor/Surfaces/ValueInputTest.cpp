@@ -71,7 +71,7 @@ TEST_F(ValueInputTest, TheHiddenPointerIsTakenBackWithoutAJump) {
 TEST_F(ValueInputTest, WheelKeysAndTyping) {
     cell.turn({.up = 0.5});
     cell.turn({.up = 0.5});
-    cell.turn({.left = -1, .modifiers = {.shift = true}});
+    cell.turn({.up = -1, .modifiers = {.shift = true}});
     knob.turn({.up = 0.5});
     EXPECT_EQ(take(), "+1 -1s +0.5 ");
     cell.key(ValueKey::up, false);
