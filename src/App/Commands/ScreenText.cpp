@@ -44,13 +44,23 @@ std::string takeModifiers(std::string_view &text) {
     return names;
 }
 
+// A name in quotation marks, which is not ours to print otherwise; empty when the text begins with none.
+std::string_view quotedName(std::string_view text) {
+    constexpr std::string_view open = "“", close = "”";
+    const std::size_t end = text.starts_with(open) ? text.find(close) : text.npos;
+    return end == text.npos ? std::string_view() : text.substr(0, end + close.size());
+}
+
 }  // namespace
 
 std::string screenText(std::string_view source) {
     std::string screen;
     for (std::string_view rest = source; !rest.empty();) {
         const bool atStart = rest.size() == source.size();
-        if (wordAt(modifiers, rest)) {
+        if (const std::string_view name = quotedName(rest); !name.empty()) {
+            screen += name;
+            rest.remove_prefix(name.size());
+        } else if (wordAt(modifiers, rest)) {
             screen += takeModifiers(rest);
             if (isKey(rest, atStart)) screen += '+';
         } else if (const Word *word = wordAt(words, rest)) {

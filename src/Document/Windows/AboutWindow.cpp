@@ -16,19 +16,19 @@ namespace {
 
 using Role = AudioEditorThemeColor;
 
-constexpr QSize windowSize(400, 260);
+constexpr int windowWidth = 400;
 constexpr int iconSize = 72;
 constexpr int padding = 24;
+constexpr int iconToTitle = 12, betweenLines = 4, linesToButton = 28;
 
 class AboutWindow : public QWidget {
 public:
     explicit AboutWindow(ViewStyle &style) : style_(style), ok_(new Button(style, ButtonKind::sheetDefault, this)) {
         setWindowTitle("Kiv Audio Editor");
         setAttribute(Qt::WA_DeleteOnClose);
-        setFixedSize(windowSize);
         ok_->setLabelAndText({}, "OK");
-        const QSize size = ok_->sizeHint();
-        ok_->setGeometry(width() - padding - size.width(), height() - padding - size.height(), size.width(), size.height());
+        layOut();
+        styleChanges_ = style.changed.add([this](const ViewStyle &) { layOut(); });
         ok_->setFocus();
         connect(ok_, &QPushButton::clicked, this, [this] { close(); });
         setAccessibleName("Kiv Audio Editor " + QCoreApplication::applicationVersion());
@@ -41,9 +41,16 @@ protected:
         const ThemeColors &colors = style_.colors();
         painter.fillRect(rect(), toColor(colors[Role::dialogBg]));
         painter.drawPixmap(QPointF((width() - iconSize) / 2.0, padding), applicationIcon(iconSize, devicePixelRatioF()));
-        line(painter, 108, 24, style_.font(17, QFont::DemiBold), colors[Role::dialogText], "Kiv Audio Editor");
-        line(painter, 136, 16, style_.font(13), colors.dialogDim, "Version " + QCoreApplication::applicationVersion());
-        line(painter, 160, 16, style_.font(12), colors.dialogDim, "Free software under the GNU General Public License 3");
+        int y = padding + iconSize + iconToTitle;
+        const auto line = [&](int height, const QFont &font, Rgba color, const QString &text) {
+            painter.setFont(font);
+            painter.setPen(toColor(color));
+            painter.drawText(QRect(0, y, width(), style_.grown(height)), Qt::AlignCenter | Qt::TextDontClip, text);
+            y += style_.grown(height) + betweenLines;
+        };
+        line(24, style_.font(17, QFont::DemiBold), colors[Role::dialogText], "Kiv Audio Editor");
+        line(20, style_.font(13), colors.dialogDim, "Version " + QCoreApplication::applicationVersion());
+        line(20, style_.font(12), colors.dialogDim, "Free software under the GNU General Public License 3");
     }
 
     void keyPressEvent(QKeyEvent *event) override {
@@ -52,10 +59,13 @@ protected:
     }
 
 private:
-    void line(QPainter &painter, int top, int height, const QFont &font, Rgba color, const QString &text) const {
-        painter.setFont(font);
-        painter.setPen(toColor(color));
-        painter.drawText(QRect(0, top, width(), height), Qt::AlignCenter | Qt::TextDontClip, text);
+    void layOut() {
+        const int lines = style_.grown(24) + 2 * style_.grown(20) + 2 * betweenLines;
+        const QSize size = ok_->sizeHint();
+        setFixedSize(int(windowWidth * style_.textFactor()),
+                     padding + iconSize + iconToTitle + lines + linesToButton + size.height() + padding);
+        ok_->setGeometry(width() - padding - size.width(), height() - padding - size.height(), size.width(), size.height());
+        update();
     }
 
     ViewStyle &style_;

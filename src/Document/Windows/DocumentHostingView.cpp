@@ -104,6 +104,7 @@ void DocumentHostingView::layOut() {
     busyLine_->setGeometry(0, layout.topBar.bottom(), width(), BusyLine::thickness);
     notice_->placeOver(toRect(layout.waveform));
     sheets_->setRoom(layout.topBar.bottom(), width());
+    ring_->refresh();
     QPalette colors = palette();
     colors.setColor(QPalette::Window, style_.color(AudioEditorThemeColor::topbarBg));
     setPalette(colors);

@@ -21,11 +21,24 @@ namespace {
 
 using Role = AudioEditorThemeColor;
 
-constexpr QSize windowSize(480, 308);
+constexpr int windowWidth = 480;
 constexpr int inset = 16;
 constexpr double frameRadius = 12;
-constexpr int iconSize = 72, iconTop = 62;
-constexpr int titleTop = 150, listTop = 178, buttonTop = 214;
+constexpr int iconSize = 72, iconTop = 62;  // as much stands free at the foot
+constexpr int iconToTitle = 16, titleToList = 4, listToButton = 20;
+
+// The lines under the icon, from the top.
+struct Lines {
+    explicit Lines(const ViewStyle &style)
+        : title(0, iconTop + iconSize + iconToTitle, windowWidth, style.grown(24)),
+          list(0, title.bottom() + 1 + titleToList, windowWidth, style.grown(16)),
+          button(0, list.bottom() + 1 + listToButton, windowWidth, style.grown(32)) {}
+
+    int windowHeight() const { return button.bottom() + 1 + iconTop; }
+
+    QRect title, list, button;
+};
+
 constexpr double dashTone = 0.337;
 
 }  // namespace
@@ -35,7 +48,6 @@ public:
     Window(ViewStyle &style, ShortcutStore &shortcuts)
         : style_(style), shortcuts_(shortcuts), button_(new Button(style, ButtonKind::action, this)), ring_(style, this) {
         setWindowTitle("Kiv Audio Editor");
-        setFixedSize(windowSize);
         setAcceptDrops(true);
         setAttribute(Qt::WA_OpaquePaintEvent);
         connect(button_, &QPushButton::clicked, this, [this] { perform(EditorCommand::open); });
@@ -69,16 +81,16 @@ protected:
         const ThemeColors &colors = style_.colors();
         painter.fillRect(rect(), toColor(colors[Role::waveBg]));
         paintFrame(painter);
+        const Lines lines(style_);
         const double ratio = devicePixelRatioF();
         if (icon_.isNull() || icon_.devicePixelRatio() != ratio) icon_ = applicationIcon(iconSize, ratio);
         painter.drawPixmap(QPointF((width() - iconSize) / 2.0, iconTop), icon_);
         painter.setFont(style_.font(17, QFont::DemiBold));
         painter.setPen(toColor(colors[Role::topbarButtonText]));
-        painter.drawText(QRect(0, titleTop, width(), 24), Qt::AlignCenter, onScreen("Drop an audio file here"));
+        painter.drawText(lines.title, Qt::AlignCenter | Qt::TextDontClip, onScreen("Drop an audio file here"));
         painter.setFont(style_.font(13));
         painter.setPen(toColor(colors[Role::infoText]));
-        painter.drawText(QRect(0, listTop, width(), 16), Qt::AlignCenter | Qt::TextDontClip,
-                         onScreen("WAV, AIFF, FLAC, CAF, MP3"));
+        painter.drawText(lines.list, Qt::AlignCenter | Qt::TextDontClip, onScreen("WAV, AIFF, FLAC, CAF, MP3"));
     }
 
     void keyPressEvent(QKeyEvent *event) override {
@@ -128,8 +140,10 @@ private:
     void layOut() {
         const QString shortcut = shortcutText(EditorCommand::open);
         button_->setLabelAndText({}, shortcut.isEmpty() ? QString("Choose a file") : "Choose a file (" + shortcut + ")");
-        const int wide = button_->sizeHint().width() + 16, high = style_.grown(32);
-        button_->setGeometry((width() - wide) / 2, buttonTop, wide, high);
+        const Lines lines(style_);
+        setFixedSize(windowWidth, lines.windowHeight());
+        const int wide = button_->sizeHint().width() + 16;
+        button_->setGeometry((width() - wide) / 2, lines.button.top(), wide, lines.button.height());
         update();
     }
 

@@ -4,6 +4,7 @@
 #include <QWidget>
 
 #include "Editor/Views/AlertSheet.h"
+#include "Editor/Views/CommandTarget.h"
 
 namespace kiv {
 
@@ -18,7 +19,7 @@ public:
               style, AlertTone::error, {message, informative, {"OK"}}, [this](std::size_t) { close(); }, this) {
         setWindowTitle("Kiv Audio Editor");
         setAttribute(Qt::WA_DeleteOnClose);
-        setAccessibleName(QString::fromStdString(message));
+        setAccessibleName(onScreen(message));
         sheet_.setInWindow();
         layOut(style);
         styleChanges_ = style.changed.add([this](const ViewStyle &now) { layOut(now); });

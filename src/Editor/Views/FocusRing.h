@@ -24,6 +24,9 @@ public:
     // it has the focus.
     static void setPlace(QWidget &control, const QRect &place);
 
+    // The window has been laid out anew.
+    void refresh() { place(); }
+
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 protected:

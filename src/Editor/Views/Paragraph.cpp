@@ -3,6 +3,7 @@
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QTextLayout>
+#include <QTextOption>
 #include <algorithm>
 #include <cmath>
 
@@ -15,6 +16,10 @@ template <class Visit>
 int forEachLine(const QString &text, const QFont &font, double width, Visit visit) {
     QString broken = text;
     QTextLayout layout(broken.replace('\n', QChar::LineSeparator), font);
+    // A name longer than a line breaks where it must.
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
     layout.beginLayout();
     int count = 0;
     for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine(), ++count) {

@@ -37,6 +37,7 @@ TEST(ScreenText, printsKeysAndModifiersByName) {
         {"hold ⌥⇧ or ⌘, then drag", "hold Alt+Shift or Ctrl, then drag"},
         {"Drag = paint · right drag = other brush · ⌥ drag = select", "Drag = paint · right drag = other brush · Alt drag = select"},
         {"⌥ drag", "Alt drag"},
+        {"“⌘ macOS.wav” could not be opened by macOS", "“⌘ macOS.wav” could not be opened by the system"}, {"“⌘", "“Ctrl"},
         {"⌘1 was used by “Zoom In”, which now has no shortcut.", "Ctrl+1 was used by “Zoom In”, which now has no shortcut."},
         {"Dark or Light, following macOS", "Dark or Light, following the system"},
         {"their own sample rate; macOS converts", "their own sample rate; the system converts"},
