@@ -32,7 +32,6 @@ public:
         ok_->setFocus();
         connect(ok_, &QPushButton::clicked, this, [this] { close(); });
         setAccessibleName("Kiv Audio Editor " + QCoreApplication::applicationVersion());
-        styleChanges_ = style.changed.add([this](const ViewStyle &) { update(); });
     }
 
 protected:
