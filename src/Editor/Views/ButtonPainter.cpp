@@ -22,6 +22,9 @@ struct ButtonColors {
     Rgba fill, border, text;
 };
 
+constexpr int tabWidth = 92, tabHeight = 52, tabIcon = 18;
+constexpr int tabIconMiddle = 15, tabTextMiddle = 37;
+
 bool isSheet(ButtonKind kind) { return kind == ButtonKind::sheet || kind == ButtonKind::sheetDefault; }
 
 ButtonColors restColors(const ButtonLook &look, const ThemeColors &colors) {
@@ -29,6 +32,7 @@ ButtonColors restColors(const ButtonLook &look, const ThemeColors &colors) {
         return {colors[Role::dialogBg], colors.fieldBorder, colors[Role::dialogText]};
     if (look.isOn || look.kind == ButtonKind::sheetDefault)
         return {colors[Role::accentBg], colors[Role::accentBg], colors[Role::accentFg]};
+    if (look.kind == ButtonKind::tab) return {colors[Role::topbarBg], colors[Role::topbarBg], colors[Role::topbarButtonText]};
     if (look.kind == ButtonKind::action)
         return {colors[Role::topbarActionBg], colors[Role::topbarActionBorder], colors[Role::topbarActionText]};
     return {colors[Role::topbarButtonBg], colors[Role::topbarButtonBorder], colors[Role::topbarButtonText]};
@@ -91,13 +95,27 @@ void paintLabelled(QPainter &painter, const QRectF &rect, const ButtonLook &look
     paintText(painter, inside, Qt::AlignRight, look, look.isOver ? toColor(style.colors().over) : text, style);
 }
 
+void paintTab(QPainter &painter, const QRectF &rect, const ButtonLook &look, const QColor &text, const ViewStyle &style) {
+    const double grown = style.grown(tabHeight) - tabHeight;
+    paintIcon(painter, style, look.icon, QRectF(rect.left(), rect.top(), rect.width(), 2 * tabIconMiddle), text, tabIcon);
+    painter.setFont(style.font(12, QFont::Medium));
+    painter.setPen(text);
+    const double middle = rect.top() + tabTextMiddle + grown / 2;
+    painter.drawText(QRectF(rect.left(), middle - rect.height() / 2, rect.width(), rect.height()),
+                     Qt::AlignCenter | Qt::TextDontClip, look.text);
+}
+
+double radiusOf(ButtonKind kind, const ViewStyle &style) {
+    return kind == ButtonKind::tab ? 8 : isSheet(kind) ? 6 : style.radius();
+}
+
 }  // namespace
 
 void paintButton(QPainter &painter, const QRectF &rect, const ButtonLook &look, const ViewStyle &style) {
     const ButtonColors colors = colorsOf(look, style.colors());
-    paintBox(painter, rect, isSheet(look.kind) ? 6 : style.radius(), toColor(colors.fill), toColor(colors.border),
-             look.corners);
+    paintBox(painter, rect, radiusOf(look.kind, style), toColor(colors.fill), toColor(colors.border), look.corners);
     const QColor text = toColor(colors.text);
+    if (look.kind == ButtonKind::tab) return paintTab(painter, rect, look, text, style);
     if (!look.label.isEmpty()) return paintLabelled(painter, rect, look, text, style);
     QRectF content(0, rect.top(), contentWidth(look, style), rect.height());
     content.moveLeft(rect.center().x() - content.width() / 2);
@@ -109,6 +127,7 @@ void paintButton(QPainter &painter, const QRectF &rect, const ButtonLook &look, 
 }
 
 int buttonWidth(const ButtonLook &look, const ViewStyle &style) {
+    if (look.kind == ButtonKind::tab) return int(std::lround(tabWidth * style.textFactor()));
     if (!look.label.isEmpty()) {
         const double label = QFontMetricsF(style.font(13)).horizontalAdvance(look.label);
         return int(std::lround(label + textWidth(look, style))) + 2 * labelPadding + labelToText;
@@ -118,6 +137,8 @@ int buttonWidth(const ButtonLook &look, const ViewStyle &style) {
     return look.text.isEmpty() ? 32 : width;
 }
 
-int buttonHeight(ButtonKind kind, const ViewStyle &style) { return style.grown(isSheet(kind) ? 32 : 28); }
+int buttonHeight(ButtonKind kind, const ViewStyle &style) {
+    return style.grown(kind == ButtonKind::tab ? tabHeight : isSheet(kind) ? 32 : 28);
+}
 
 }  // namespace kiv

@@ -16,6 +16,7 @@ enum class ButtonKind {
     action,        // the one button of a bar that does the bar's work
     sheet,         // in sheets and windows
     sheetDefault,  // the one that Enter presses
+    tab,           // of a window with pages: its icon over its name
 };
 
 // All that a button looks like.

@@ -49,6 +49,7 @@ void LevelSheet::connectControls() {
         isTyping_ = true;
         typeDialogLevel(model_, dialog_, typed.toStdString(), false);
     });
+    connect(field_, &QLineEdit::editingFinished, this, [this] { finishTyping(); });
     field_->onEnter = [this] { confirm(); };
     field_->onEscape = [this] { cancel(); };
     field_->onStep = slider_->onStep = [this](int steps, bool isSmall) { step(steps, isSmall); };
@@ -56,6 +57,13 @@ void LevelSheet::connectControls() {
         isTyping_ = false;
         setDialogLevel(model_, dialog_, db);
     };
+}
+
+// What has been typed and left is written as numbers are; what cannot be read stays to be mended.
+void LevelSheet::finishTyping() {
+    if (!scene_.isReadable || field_->hasFocus()) return;
+    isTyping_ = false;
+    refresh();
 }
 
 void LevelSheet::step(int steps, bool isSmall) {
@@ -142,7 +150,7 @@ void LevelSheet::resizeEvent(QResizeEvent *) {
     field_->setGeometry(box.adjusted(-Field::frame, -Field::frame, Field::frame, Field::frame));
     const int firstTick = padding + 4;
     const int left = firstTick - LevelSliderView::beside, right = box.left() - tickToField + LevelSliderView::beside;
-    slider_->setGeometry(left, rowTop() - 4, right - left, 44);
+    slider_->setGeometry(left, rowTop() - 4, right - left, LevelSliderView::heightFor(style()));
     placeButtons({apply_, cancel_}, width() - padding, height() - padding - apply_->sizeHint().height());
 }
 

@@ -31,6 +31,7 @@ private:
     void connectControls();
     void refresh();
     float peak();
+    void finishTyping();
     void step(int steps, bool isSmall);
     double paintPeak(QPainter *painter, double x, const QRectF &row) const;
     bool needsTwoRows(int width) const;

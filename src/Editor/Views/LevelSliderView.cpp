@@ -25,7 +25,7 @@ constexpr double trackHalf = 2;
 constexpr int thumbRadius = 8;
 constexpr double thumbHole = 2.75;
 constexpr double tickTop = 23, tickHeight = 4;
-constexpr double labelMiddle = 34;
+constexpr int labelLine = 14, labelTop = 27, belowLabel = 3;
 
 int tenths(double db) { return int(std::lround(db * 10)); }
 
@@ -45,7 +45,7 @@ void paintTrack(QPainter &painter, const QRectF &rect, const LevelSlider &slider
         const double x = rect.left() + slider.x(slider.tickValue(tick));
         fillCrisp(painter, QRectF(x - 1, rect.top() + tickTop, 2, tickHeight), track);
         painter.setPen(toColor(colors.dialogDim));
-        painter.drawText(QRectF(x - 30, rect.top() + labelMiddle - 10, 60, 20), Qt::AlignCenter,
+        painter.drawText(QRectF(x - 30, rect.top() + labelTop, 60, style.grown(labelLine)), Qt::AlignCenter | Qt::TextDontClip,
                          onScreen(slider.tickLabel(tick)));
     }
 }
@@ -71,6 +71,8 @@ LevelSliderView::LevelSliderView(ViewStyle &style, const LevelSlider &slider, QW
     // From an assistive tool; our own changes come through setLevel.
     connect(this, &QSlider::valueChanged, this, [this](int value) { choose(value / 10.0); });
 }
+
+int LevelSliderView::heightFor(const ViewStyle &style) { return labelTop + style.grown(labelLine) + belowLabel; }
 
 void LevelSliderView::setLevel(double db) {
     if (db == facts_.value) return;

@@ -20,6 +20,8 @@ public:
 
     static constexpr int beside = 16;  // room for the labels of the first and last tick
 
+    static int heightFor(const ViewStyle &style);
+
     void setLevel(double db);
     double level() const { return facts_.value; }
     const ValueFacts &facts() const override { return facts_; }

@@ -9,21 +9,22 @@ namespace kiv {
 
 namespace {
 
-constexpr int shared = 1;  // neighbours share a border
+// How far neighbours reach into each other: segments share a border, tabs stand apart.
+int shared(ButtonKind kind) { return kind == ButtonKind::tab ? -4 : 1; }
 
-Corners cornersAt(qsizetype index, qsizetype count) {
-    if (count == 1) return Corners::all;
+Corners cornersAt(qsizetype index, qsizetype count, ButtonKind kind) {
+    if (count == 1 || kind == ButtonKind::tab) return Corners::all;
     return index == 0 ? Corners::left : index == count - 1 ? Corners::right : Corners::none;
 }
 
 }  // namespace
 
 Segments::Segments(ViewStyle &style, ButtonKind kind, const QStringList &labels, QWidget *parent)
-    : QWidget(parent), style_(style) {
+    : QWidget(parent), kind_(kind) {
     for (qsizetype i = 0; i < labels.size(); ++i) {
         auto *button = new Button(style, kind, this);
         button->setSegment(true);
-        button->setCorners(cornersAt(i, labels.size()));
+        button->setCorners(cornersAt(i, labels.size(), kind));
         button->setLabelAndText({}, labels[i]);
         button->setCheckable(true);
         button->setAutoExclusive(true);
@@ -49,8 +50,8 @@ int Segments::chosen() const {
 }
 
 QSize Segments::sizeHint() const {
-    int width = shared;
-    for (const Button *button : buttons_) width += button->sizeHint().width() - shared;
+    int width = shared(kind_);
+    for (const Button *button : buttons_) width += button->sizeHint().width() - shared(kind_);
     return {width, buttons_.first()->sizeHint().height()};
 }
 
@@ -58,9 +59,10 @@ void Segments::layOut() {
     int x = 0;
     for (Button *button : buttons_) {
         button->setGeometry(x, 0, button->sizeHint().width(), height());
-        x += button->width() - shared;
+        x += button->width() - shared(kind_);
     }
-    for (Button *button : buttons_) FocusRing::setPlace(*button, rect().translated(-button->pos()));
+    if (kind_ != ButtonKind::tab)
+        for (Button *button : buttons_) FocusRing::setPlace(*button, rect().translated(-button->pos()));
     update();
 }
 

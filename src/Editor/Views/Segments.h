@@ -10,7 +10,7 @@ namespace kiv {
 // A row of choices of which one is on. Left and Right move on to the neighbour, at once in force; one stop for the Tab key.
 class Segments : public QWidget {
 public:
-    // The kind is ButtonKind::bar or ButtonKind::sheet.
+    // The kind is ButtonKind::bar, ButtonKind::sheet or ButtonKind::tab, whose icons are set on the buttons.
     Segments(ViewStyle &style, ButtonKind kind, const QStringList &labels, QWidget *parent);
 
     void setChosen(int index);
@@ -29,7 +29,7 @@ protected:
 private:
     void layOut();
 
-    ViewStyle &style_;
+    ButtonKind kind_;
     QList<Button *> buttons_;
     Subscription styleChanges_;
 };

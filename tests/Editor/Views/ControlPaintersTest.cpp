@@ -2,11 +2,18 @@
 
 #include <QImage>
 #include <QPainter>
+#include <functional>
 
 #include "Editor/Views/ButtonPainter.h"
+#include "Editor/Views/ChoicePainter.h"
 #include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/DigitText.h"
+#include "Editor/Views/FieldPainter.h"
+#include "Editor/Views/FloatPainter.h"
+#include "Editor/Views/KnobPainter.h"
 #include "Editor/Views/LevelSliderView.h"
+#include "Editor/Views/Paragraph.h"
+#include "Editor/Views/ParameterCellPainter.h"
 #include "Editor/Views/TestApplication.h"
 
 namespace kiv {
@@ -83,6 +90,8 @@ TEST_P(ControlPaintersTest, ButtonStatesHaveTheirColors) {
         {"on", {.isOn = true}, accent, accent},
         {"action", {.kind = ButtonKind::action}, color(Role::topbarActionBg), color(Role::topbarActionBorder)},
         {"disabled", {.isEnabled = false}, toColor(rest), line},
+        {"tab", {.kind = ButtonKind::tab}, color(Role::topbarBg), color(Role::topbarBg)},
+        {"tab, on", {.kind = ButtonKind::tab, .isOn = true}, accent, accent},
         {"sheet", {.kind = ButtonKind::sheet}, color(Role::dialogBg), toColor(colors.fieldBorder)},
         {"default", {.kind = ButtonKind::sheetDefault}, accent, accent},
         {"default, disabled",
@@ -176,6 +185,86 @@ TEST_P(ControlPaintersTest, SliderIsFilledFromItsOriginToItsThumb) {
     const Picture normalize = slider({.lo = -24, .hi = 0, .origin = -24}, -12);
     EXPECT_EQ(normalize.at(20, 15), accent);
     EXPECT_NE(normalize.at(300, 15), accent);
+}
+
+TEST_P(ControlPaintersTest, EveryControlHasTheColorsOfItsState) {
+    const QRectF place(4, 4, 80, 40);
+    const Rgba bar = colors[Role::topbarBg], dialog = colors[Role::dialogBg], text = colors[Role::dialogText];
+    const ParameterCellScene cell{.label = "Tail", .value = "5"};
+    const auto cellIs = [&](ParameterCellLook look) {
+        return [=, this](QPainter &painter) { paintParameterCell(painter, place, cell, look, style); };
+    };
+    const auto choiceIs = [&](ChoiceLook look) {
+        return [=, this](QPainter &painter) { paintChoice(painter, place, look, {}, style); };
+    };
+    const auto fieldIs = [&](FieldLook look) {
+        return [=, this](QPainter &painter) { paintFieldBox(painter, place, look, style); };
+    };
+    const auto knobIs = [&](KnobScene scene) {
+        return [=, this](QPainter &painter) { paintKnob(painter, QRectF(4, 4, 38, 36), scene, {}, style); };
+    };
+    const auto rowIs = [&](MenuRowLook look) {
+        return [=, this](QPainter &painter) { paintMenuRow(painter, place, look, style); };
+    };
+    const QPointF middle(76, 10), frame(44, 3), edge(44, 4.2);
+    struct Row {
+        const char *name;
+        std::function<void(QPainter &)> paint;
+        QPointF at;
+        Rgba color;
+    };
+    const Row rows[] = {
+        {"cell at rest", cellIs({}), middle, bar},
+        {"cell, hover", cellIs({.isHovered = true}), middle, colors[Role::topbarButtonBg]},
+        {"cell, dragged", cellIs({.isDragged = true}), middle, colors[Role::accentBg]},
+        {"cell, typing", cellIs({.isTyping = true}), middle, colors[Role::waveBg]},
+        {"cell, typing, frame", cellIs({.isTyping = true}), frame, colors[Role::accentBg]},
+        {"cell, error", cellIs({.isTyping = true, .isReadable = false}), frame, colors.over},
+        {"cell, disabled", cellIs({.isHovered = true, .isEnabled = false}), middle, bar},
+        {"field", fieldIs({}), middle, colors.field},
+        {"field, border", fieldIs({}), edge, colors.fieldBorder},
+        {"field, typing", fieldIs({.isEdited = true}), frame, colors[Role::accentBg]},
+        {"field, error", fieldIs({.isEdited = true, .isReadable = false}), frame, colors.over},
+        {"check", choiceIs({}), {9, 24}, dialog},
+        {"check, on", choiceIs({.isOn = true}), {7, 20}, colors[Role::accentBg]},
+        {"radio, on", choiceIs({.kind = ChoiceKind::radio, .isOn = true}), {12, 24}, colors[Role::accentFg]},
+        {"radio, hover", choiceIs({.kind = ChoiceKind::radio, .isHovered = true}), {12, 24}, mix(dialog, text, 0.08)},
+        {"knob, value", knobIs({.fraction = 1}), {23, 6.6}, colors[Role::accentBg]},
+        {"knob, gain below 0", knobIs({.fraction = 0, .origin = 0.5}), {7.6, 22}, colors[Role::accentBg]},
+        {"knob, gain below 0, right", knobIs({.fraction = 0, .origin = 0.5}), {38.4, 22}, mix(dialog, text, 0.19)},
+        {"knob, off", knobIs({.fraction = 1, .isOn = false}), {23, 6.6}, mix(dialog, text, 0.42)},
+        {"menu row, chosen", rowIs({.text = "Cut", .isChosen = true}), middle, colors[Role::accentBg]},
+    };
+    for (const Row &row : rows) {
+        const bool isOnBar = std::string_view(row.name).starts_with("cell");
+        const Picture picture = Picture({88, 48}, scale, toColor(isOnBar ? bar : dialog)).paint(row.paint);
+        EXPECT_EQ(picture.at(row.at.x(), row.at.y()), toColor(row.color)) << row.name;
+    }
+}
+
+TEST_P(ControlPaintersTest, NoticesWearTheSignOfTheirKind) {
+    const auto sign = [&](NoticeKind kind) {
+        Picture picture({120, 36}, scale, color(Role::dialogBg));
+        picture.paint([&](QPainter &painter) { paintNotice(painter, QRectF(0, 0, 120, 36), kind, "A", style); });
+        return picture.contains(QRect(16, 10, 16, 16), color(Role::waveMarker));
+    };
+    EXPECT_TRUE(sign(NoticeKind::warning));
+    EXPECT_FALSE(sign(NoticeKind::done));
+    EXPECT_FALSE(sign(NoticeKind::information));
+    const QString text = QString("A long story ").repeated(20);
+    EXPECT_LE(noticeSize(noticeText(text, 400, style), style).width(), 401);
+}
+
+TEST(Paragraph, HasLinesOfItsHeightAndBreaksWordsThatAreTooLong) {
+    testApplication();
+    const ViewStyle style(AudioEditorTheme::dark());
+    const ParagraphType type{style.font(13), 16};
+    EXPECT_EQ(paragraphSize("", type, 200).height(), 0);
+    EXPECT_EQ(paragraphSize("One line", type, 200).height(), 16);
+    EXPECT_EQ(paragraphSize("One\nafter another", type, 200).height(), 32);
+    const QSize wrapped = paragraphSize(QString("name").repeated(40), type, 200);
+    EXPECT_LE(wrapped.width(), 200);
+    EXPECT_GT(wrapped.height(), 32);
 }
 
 TEST_P(ControlPaintersTest, DigitsKeepTheirPlaces) {

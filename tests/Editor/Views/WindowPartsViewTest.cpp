@@ -252,6 +252,8 @@ TEST_F(SheetTest, FieldSliderAndModelAgree) {
     EXPECT_EQ(state().gainDb, -4.5);
     EXPECT_EQ(slider->value(), -45);
     EXPECT_EQ(field->text(), "-4,5") << "is not rewritten while it is typed";
+    slider->setFocus(Qt::TabFocusReason);
+    EXPECT_EQ(field->text(), "−4.5") << "but once it is left";
     wheel(field, 1);
     EXPECT_EQ(field->text(), "−4.0");
     key(slider, Qt::Key_Right, {}, Qt::ShiftModifier);
@@ -408,6 +410,24 @@ TEST_F(OverlaysTest, NoticeStandsOverTheFootAndGoesAtAClick) {
     EXPECT_NEAR(notice.geometry().center().x(), 44 + 618, 1);
     click(&notice);
     EXPECT_FALSE(notice.isVisible());
+}
+
+TEST_F(OverlaysTest, EveryNoticeIsAnnounced) {
+    static int shown;
+    shown = 0;
+    Notice notice(style, &window);
+    showWindow();
+    QAccessible::setActive(true);
+    const auto before = QAccessible::installUpdateHandler([](QAccessibleEvent *event) {
+        if (event->type() == QAccessible::ObjectShow && dynamic_cast<Notice *>(event->object())) ++shown;
+    });
+    notice.tell(NoticeKind::done, "18 slices saved");
+    notice.tell(NoticeKind::warning, "This file cannot store a loop");
+    QAccessible::installUpdateHandler(before);
+    QAccessible::setActive(false);
+    EXPECT_EQ(shown, 2) << "also the one that takes another's place";
+    EXPECT_EQ(notice.accessibleName(), "This file cannot store a loop");
+    window.hide();
 }
 
 TEST_F(OverlaysTest, TipsShowTheControlsHelpUntilAPress) {
