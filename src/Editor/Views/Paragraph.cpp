@@ -33,7 +33,7 @@ int forEachLine(const QString &text, const QFont &font, double width, Visit visi
 }  // namespace
 
 QSize paragraphSize(const QString &text, const ParagraphType &type, int width) {
-    if (text.isEmpty()) return {};
+    if (text.isEmpty()) return {0, 0};
     double widest = 0;
     const int lines = forEachLine(text, type.font, width,
                                   [&](const QTextLine &line, int) { widest = std::max(widest, line.naturalTextWidth()); });

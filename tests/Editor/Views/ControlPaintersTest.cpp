@@ -233,7 +233,8 @@ TEST_P(ControlPaintersTest, EveryControlHasTheColorsOfItsState) {
         {"knob, gain below 0", knobIs({.fraction = 0, .origin = 0.5}), {7.6, 22}, colors[Role::accentBg]},
         {"knob, gain below 0, right", knobIs({.fraction = 0, .origin = 0.5}), {38.4, 22}, mix(dialog, text, 0.19)},
         {"knob, off", knobIs({.fraction = 1, .isOn = false}), {23, 6.6}, mix(dialog, text, 0.42)},
-        {"menu row, chosen", rowIs({.text = "Cut", .shortcut = {}, .isChosen = true}), middle, colors[Role::accentBg]},
+        {"menu row, chosen", rowIs({.text = "Cut", .shortcut = "Ctrl+X", .isChosen = true}), QPointF(7, 24),
+         colors[Role::accentBg]},
     };
     for (const Row &row : rows) {
         const bool isOnBar = std::string_view(row.name).starts_with("cell");
