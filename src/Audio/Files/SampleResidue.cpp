@@ -100,7 +100,7 @@ void SampleResidue::keep(std::int64_t first, std::span<const std::byte> original
     const bool swapped = orderOf(encoding) != std::endian::native;
     const auto width = std::size_t(bytes_);
     const auto scratch = std::make_unique_for_overwrite<std::byte[]>(std::size_t(partSamples) * width);
-    for (Part *part = &parts_[std::size_t(first / partSamples)]; !decoded.empty(); ++part) {
+    for (auto part = parts_.begin() + first / partSamples; !decoded.empty(); ++part) {
         const std::size_t count = std::min(decoded.size(), std::size_t(partSamples));
         const auto stood = original.first(count * width);
         const std::span encoded(scratch.get(), count * width);

@@ -61,8 +61,10 @@ Bytes payload(const AudioFileChunk &chunk, const std::vector<std::int64_t> &posi
 // Audio without a frame, with others behind it. A data chunk of size 0 means "up to the end of the file" to many readers, ours
 // included: a byte in it that makes no frame says that it is really empty. Where one byte is a frame, it has to be the last.
 bool isEmptyBeforeOthers(const AudioFileContents &contents, const AudioFileChunk *data) {
-    const bool isLast = data == &contents.chunks.back() && contents.trailing.empty();
-    return data && contents.buffer.isEmpty() && !isLast;
+    if (!data || !contents.buffer.isEmpty()) return false;
+    const auto isWritten = [](const AudioFileChunk &chunk) { return !isStaleChunkId(chunk.id); };
+    const AudioFileChunk *const end = contents.chunks.data() + contents.chunks.size();
+    return !contents.trailing.empty() || std::any_of(data + 1, end, isWritten);
 }
 
 }  // namespace

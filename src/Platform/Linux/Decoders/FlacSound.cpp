@@ -39,7 +39,7 @@ public:
         if (status != FLAC__STREAM_DECODER_INIT_STATUS_OK) throw DecodeFault(damaged);
         FLAC__stream_decoder_process_until_end_of_metadata(decoder_.get());
         source_.rethrow();
-        if (total_ < 0) throw DecodeFault(damaged);
+        if (total_ < 0 || state() == FLAC__STREAM_DECODER_END_OF_STREAM) throw DecodeFault(damaged);
     }
 
     const DecodedFormat &format() const override { return format_; }
@@ -52,9 +52,9 @@ public:
         return readAs(out, [shift](FLAC__int32 sample) { return std::int32_t(std::uint32_t(sample) << shift); });
     }
 
-    // The last sample must be where the file says, and nothing behind it.
+    // The first block must be the start, and the last sample where the file says, with nothing behind it.
     std::optional<std::int64_t> countFrames() override {
-        if (total_ == 0) return std::nullopt;
+        if (total_ == 0 || !advance() || nextFrame_ != std::int64_t(held_)) return std::nullopt;
         isCounting_ = true;
         const bool isThere = FLAC__stream_decoder_seek_absolute(decoder_.get(), FLAC__uint64(total_ - 1));
         source_.rethrow();
@@ -68,6 +68,8 @@ private:
     struct Delete {
         void operator()(FLAC__StreamDecoder *decoder) const { FLAC__stream_decoder_delete(decoder); }
     };
+
+    FLAC__StreamDecoderState state() const { return FLAC__stream_decoder_get_state(decoder_.get()); }
 
     template <class Sample, class Convert>
     std::int64_t readAs(std::span<Sample> out, Convert convert) {
@@ -93,7 +95,7 @@ private:
             const bool went = FLAC__stream_decoder_process_single(decoder_.get());
             source_.rethrow();
             if (isDamaged_ || !went) throw DecodeFault(damaged);
-            if (FLAC__stream_decoder_get_state(decoder_.get()) == FLAC__STREAM_DECODER_END_OF_STREAM) break;
+            if (state() == FLAC__STREAM_DECODER_END_OF_STREAM) break;
         }
         return held_ > 0;
     }
@@ -112,9 +114,11 @@ private:
         const FLAC__FrameHeader &header = frame.header;
         if (header.channels != format_.channels || int(header.bits_per_sample) != format_.bits) isDamaged_ = true;
         if (isDamaged_) return;
-        if (!isCounting_ && std::int64_t(header.number.sample_number) != nextFrame_) isDamaged_ = true;
+        const auto number = std::int64_t(header.number.sample_number);
+        const bool isFirst = nextFrame_ < 0 && !hasLostSync_;  // of a recorded stream, which may start anywhere
+        if (!isCounting_ && !isFirst && number != std::max<std::int64_t>(nextFrame_, 0)) isDamaged_ = true;
         held_ = header.blocksize;
-        nextFrame_ = std::int64_t(header.number.sample_number) + header.blocksize;
+        nextFrame_ = number + header.blocksize;
         stride_ = held_;
         frame_.resize(stride_ * header.channels);
         for (std::size_t c = 0; c < header.channels; ++c)
@@ -156,7 +160,8 @@ private:
     }
     // A lost sync is told by the gap that it leaves: what stands behind the last block may be a tag.
     static void errorCallback(const FLAC__StreamDecoder *, FLAC__StreamDecoderErrorStatus status, void *data) {
-        if (status == FLAC__STREAM_DECODER_ERROR_STATUS_FRAME_CRC_MISMATCH) self(data).isDamaged_ = true;
+        const bool isMismatch = status == FLAC__STREAM_DECODER_ERROR_STATUS_FRAME_CRC_MISMATCH;
+        (isMismatch ? self(data).isDamaged_ : self(data).hasLostSync_) = true;
     }
 
     CallbackSource source_;
@@ -165,8 +170,8 @@ private:
     std::int64_t total_ = -1;  // as the file says; 0: unknown
     std::vector<FLAC__int32> frame_;
     std::size_t stride_ = 0, held_ = 0, used_ = 0;
-    std::int64_t nextFrame_ = 0;
-    bool isDamaged_ = false;
+    std::int64_t nextFrame_ = -1;  // where the next block must start; below 0 before the first
+    bool isDamaged_ = false, hasLostSync_ = false;
     bool isCounting_ = false;
 };
 

@@ -71,6 +71,7 @@ struct Kind {
     const char *name, *identifier;
 };
 
+// FLAC inside another kind of file is not what the FLAC writer writes, so it goes by another name.
 Kind kindOf(AVCodecID codec) {
     static const std::map<AVCodecID, Kind> kinds{
         {AV_CODEC_ID_AAC, {"AAC", "aac "}},         {AV_CODEC_ID_ALAC, {"ALAC", "alac"}},
@@ -78,7 +79,7 @@ Kind kindOf(AVCodecID codec) {
         {AV_CODEC_ID_WMAV2, {"WMA", "wma "}},       {AV_CODEC_ID_WMAPRO, {"WMA", "wma "}},
         {AV_CODEC_ID_WMALOSSLESS, {"WMA", "wma "}}, {AV_CODEC_ID_MP3, {"MP3", ".mp3"}},
         {AV_CODEC_ID_MP2, {"MP2", ".mp2"}},         {AV_CODEC_ID_MP1, {"MP1", ".mp1"}},
-        {AV_CODEC_ID_FLAC, {"FLAC", "flac"}},       {AV_CODEC_ID_VORBIS, {"Vorbis", "vorb"}},
+        {AV_CODEC_ID_FLAC, {"FLAC", "fLaO"}},       {AV_CODEC_ID_VORBIS, {"Vorbis", "vorb"}},
         {AV_CODEC_ID_OPUS, {"Opus", "opus"}},       {AV_CODEC_ID_AC3, {"AC-3", "ac-3"}},
         {AV_CODEC_ID_EAC3, {"E-AC-3", "ec-3"}},     {AV_CODEC_ID_APE, {"Monkey's Audio", "ape "}},
         {AV_CODEC_ID_TTA, {"TTA", "tta "}},         {AV_CODEC_ID_DTS, {"DTS", "dts "}},
