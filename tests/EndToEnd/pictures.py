@@ -196,7 +196,7 @@ def single_samples(editor):
 def small_window(editor):
     editor.desktop.do("windowsize", "--sync", editor.window, round(720 * editor.scale), round(480 * editor.scale))
     time.sleep(0.5)
-    editor.move(600, 60)
+    editor.move(600, 20)
 
 
 def loud_and_selected(editor):
