@@ -69,17 +69,16 @@ bool hasLength(const AudioFileContents &contents, AudioFileLoop loop) {
     return contents.positions[std::size_t(loop.start)] < contents.positions[std::size_t(loop.end)];
 }
 
-// Returns the positions of those switched off.
-std::set<std::uint32_t> switchOffLoops(AudioFileContents &contents) {
+// Returns the positions of the loop switched off.
+std::set<std::uint32_t> switchOffLoop(AudioFileContents &contents) {
     PositionIds ids = markersById(contents);
-    std::set<std::uint32_t> positions;
     for (AudioFileChunk &chunk : contents.chunks) {
         const auto loop = sustainLoopOf(chunk, ids);
         if (!loop || !hasLength(contents, *loop)) continue;
-        positions.insert({std::uint32_t(loop->start), std::uint32_t(loop->end)});
         std::fill_n(chunk.data.begin() + sustainLoop, loopSize, std::byte{0});
+        return {std::uint32_t(loop->start), std::uint32_t(loop->end)};
     }
-    return positions;
+    return {};
 }
 
 MarkerIds namedByLoops(const AudioFileContents &contents) {
@@ -218,8 +217,8 @@ std::optional<AudioFileLoop> aiffLoop(const AudioFileContents &contents) {
     return std::nullopt;
 }
 
-std::vector<std::uint32_t> removeAiffLoops(AudioFileContents &contents) {
-    const std::set<std::uint32_t> positions = switchOffLoops(contents);
+std::vector<std::uint32_t> removeAiffLoop(AudioFileContents &contents) {
+    const std::set<std::uint32_t> positions = switchOffLoop(contents);
     const MarkerIds kept = namedByLoops(contents);
     RemovedMarkers removed;
     for (AudioFileChunk &chunk : contents.chunks)

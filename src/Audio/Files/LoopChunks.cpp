@@ -68,11 +68,11 @@ AudioFileContents addingLoop(AudioFileContents contents, std::int64_t start, std
     return contents;
 }
 
-// All of them: behind the first loop record a file may hold others, any of which would be its loop next time.
+// The one loop that the editor shows: others that the file holds besides it are not the user's to lose here.
 AudioFileContents removingLoop(AudioFileContents contents) {
     if (!contents.loop) return contents;
     const bool isWav = contents.format.container == AudioContainer::wav;
-    removePositions(contents, isWav ? removeWavLoops(contents) : removeAiffLoops(contents));
+    removePositions(contents, isWav ? removeWavLoop(contents) : removeAiffLoop(contents));
     contents.loop.reset();
     return contents;
 }

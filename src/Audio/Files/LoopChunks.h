@@ -21,11 +21,11 @@ bool addAiffLoop(AudioFileContents &contents, AudioFileLoop loop);
 std::optional<AudioFileLoop> wavLoop(const AudioFileContents &contents);
 std::optional<AudioFileLoop> aiffLoop(const AudioFileContents &contents);
 
-// Takes all loops of these kinds that have a length out of "smpl", or out of "INST", the markers of those out of "MARK" and
-// comments on these out of "COMT". The chunks stay, even when nothing is left in them. Return which positions nothing in the
-// chunks stands for any more, sorted: markers that another loop names stay markers.
-std::vector<std::uint32_t> removeWavLoops(AudioFileContents &contents);
-std::vector<std::uint32_t> removeAiffLoops(AudioFileContents &contents);
+// Takes that loop out of "smpl", or out of "INST", its markers out of "MARK" and comments on these out of "COMT". The chunks
+// stay, even when nothing is left in them, and so do further loops. Return which positions nothing in the chunks stands for
+// any more, sorted: markers that another loop names stay markers.
+std::vector<std::uint32_t> removeWavLoop(AudioFileContents &contents);
+std::vector<std::uint32_t> removeAiffLoop(AudioFileContents &contents);
 
 // The first chunk of an id, made at the end of the file with this payload when there is none.
 AudioFileChunk &chunkOrNew(AudioFileContents &contents, std::string_view id, Bytes payload);

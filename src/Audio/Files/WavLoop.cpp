@@ -29,27 +29,6 @@ std::vector<LoopFields> loopsOf(const AudioFileChunk &chunk, const std::vector<s
     return loops;
 }
 
-// Cuts records at offsets given in order out of a chunk, in one pass: a file may hold very many.
-void cutRecords(AudioFileChunk &smpl, const std::vector<std::size_t> &records) {
-    const auto cutBefore = [&](std::size_t offset) {
-        return std::size_t(std::upper_bound(records.begin(), records.end(), offset) - records.begin());
-    };
-    const auto isCut = [&](const AudioFilePositionField &field) {
-        const std::size_t before = cutBefore(field.offset);
-        return before > 0 && field.offset < records[before - 1] + SmplChunk::record;
-    };
-    std::erase_if(smpl.fields, isCut);
-    for (AudioFilePositionField &field : smpl.fields)
-        field.offset -= std::uint32_t(cutBefore(field.offset) * SmplChunk::record);
-    const auto all = std::span<const std::byte>(smpl.data);
-    Bytes kept(all.begin(), all.begin() + std::ptrdiff_t(records[0]));
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        const std::size_t behind = records[i] + SmplChunk::record, next = i + 1 < records.size() ? records[i + 1] : all.size();
-        append(kept, all.subspan(behind, next - behind));
-    }
-    smpl.data = std::move(kept);
-}
-
 void setCount(AudioFileChunk &smpl, std::size_t count) {
     putWord(std::span(smpl.data), SmplChunk::loopCount, order, std::uint32_t(count));
 }
@@ -76,19 +55,18 @@ std::optional<AudioFileLoop> wavLoop(const AudioFileContents &contents) {
     return std::nullopt;
 }
 
-std::vector<std::uint32_t> removeWavLoops(AudioFileContents &contents) {
-    std::vector<std::uint32_t> positions;
+std::vector<std::uint32_t> removeWavLoop(AudioFileContents &contents) {
     for (AudioFileChunk &chunk : contents.chunks) {
         const auto loops = loopsOf(chunk, contents.positions);
         if (loops.empty()) continue;
-        for (const LoopFields &loop : loops) positions.insert(positions.end(), {loop.startIndex(), loop.endIndex()});
-        setCount(chunk, SmplChunk::records(chunk.data) - loops.size());
-        std::vector<std::size_t> records;
-        for (const LoopFields &loop : loops) records.push_back(loop.record());
-        cutRecords(chunk, records);
+        const LoopFields loop = loops[0];
+        std::vector<std::uint32_t> positions{loop.startIndex(), loop.endIndex()};
+        setCount(chunk, SmplChunk::records(chunk.data) - 1);
+        cutOut(chunk, loop.record(), SmplChunk::record);
+        std::sort(positions.begin(), positions.end());
+        return positions;
     }
-    std::sort(positions.begin(), positions.end());
-    return positions;
+    return {};
 }
 
 }  // namespace kiv

@@ -38,18 +38,18 @@ TEST(WavLoop, IsAddedInFrontOfWhatASmplChunkHolds) {
     expectLoop(addingLoop(read(wavOf(100, chunk("smpl", zeros(7)))), 1, 2), {1, 2}, {});
 }
 
-// Those that have no length are no loops, and stay.
-TEST(WavLoop, IsTakenOutWithAllThatWouldComeUpInItsPlace) {
+// Only the one: a sampler's other loops stay, and so do those that have no length.
+TEST(WavLoop, IsTakenOutAlone) {
     const auto file = [](const std::vector<FrameRange> &loops) {
         return wavOf(100, chunk("smpl", smpl(loops) + text("own")) + chunk("cue ", cues({{1, 5, 5}})) +
                               chunk("LIST", text("adtl") + ltxt(1, 4)));
     };
     auto contents = removingLoop(read(file({{30, 20}, {10, 40}, {60, 70}, {9, 8}, {0, 99}})));
-    EXPECT_EQ(contents.positions, (std::vector<std::int64_t>{5, 30, 21, 9, 9, 9}));
+    EXPECT_EQ(contents.positions, (std::vector<std::int64_t>{5, 30, 21, 60, 71, 9, 9, 0, 100, 9}));
     EXPECT_FALSE(contents.loop);
-    EXPECT_EQ(show(written(contents)), show(file({{30, 20}, {9, 8}})));
-    contents.positions = {5, 31, 22, 8, 7, 9};
-    EXPECT_EQ(show(written(contents)), show(file({{31, 21}, {8, 6}})));
+    EXPECT_EQ(show(written(contents)), show(file({{30, 20}, {60, 70}, {9, 8}, {0, 99}})));
+    contents.positions = {5, 31, 22, 61, 72, 8, 7, 1, 100, 9};
+    EXPECT_EQ(show(written(contents)), show(file({{31, 21}, {61, 71}, {8, 6}, {1, 99}})));
     // The emptied chunk stays.
     EXPECT_EQ(show(written(removingLoop(read(file({{10, 40}}))))), show(file({})));
 }
