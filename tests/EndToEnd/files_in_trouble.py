@@ -5,6 +5,7 @@ import signal
 import subprocess
 import sys
 import time
+from pathlib import Path
 
 from desktop import Desktop, Editor, wait_for, wav
 
@@ -88,12 +89,12 @@ def read_only(kiv, folder):
     assert path.read_bytes() == BEFORE and [p.name for p in home.iterdir() if p.name.startswith(".")] == []
 
 
-def main(program, kiv):
+def main(program):
     with Desktop() as desktop:
         changed_or_removed(desktop, program, desktop.folder)
         told_to_end(desktop, program, desktop.folder)
-        read_only(kiv, desktop.folder)
+        read_only(Path(program).parent / "kiv", desktop.folder)
     print("nothing was lost unasked")
 
 
-main(*sys.argv[1:])
+main(sys.argv[1])

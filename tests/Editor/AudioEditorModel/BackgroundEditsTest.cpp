@@ -249,6 +249,19 @@ TEST_F(Racing, CancelledAtAnyMomentLeavesNoTrace) {
     EXPECT_GT(cancelled, 50);
 }
 
+TEST_F(Racing, CutsDoNotWaitForThePeaksOfTheOnesBefore) {
+    const BackgroundPeaks peaks(model, jobs);
+    for (int i = 0; i < 100; ++i) {
+        const std::int64_t at = std::int64_t(random() % 1000000), count = 1 + std::int64_t(random() % 5000);
+        model.select({at, at + count});
+        AudioEditorEdits::deleteSelection(model);
+        wait(2000);
+        loop.runPosts();
+    }
+    while (!state().peaks.isExact()) ASSERT_TRUE(loop.waitForPosts());
+    EXPECT_EQ(state().peaks, AudioEditorPeaks(buffer()));
+}
+
 TEST_F(Racing, AgainstShortEditsOneOfBothIsDone) {
     for (int i = 0; i < 60; ++i) {
         load(longSound());

@@ -13,7 +13,6 @@
 #include "Editor/Views/MonoSheet.h"
 #include "Editor/Views/Notice.h"
 #include "Editor/Views/SheetHost.h"
-#include "Editor/Views/StretchSheet.h"
 #include "Editor/Views/Tips.h"
 #include "Editor/Views/TopBar.h"
 #include "Editor/Views/WindowPartsFixture.h"
@@ -206,6 +205,16 @@ TEST_F(InfoLineViewTest, PaintsNothingWhenItReadsTheSame) {
                     .empty());
 }
 
+TEST_F(InfoLineViewTest, ShowsHowFarLongWorkHasComeAndNothingElseChanges) {
+    line.setFacts({"WAV", "16-bit", 44100});
+    const InfoLineScene before = line.scene();
+    line.setProgress(0.429);
+    EXPECT_EQ(line.scene().right.front().texts.front().text, "42 %");
+    EXPECT_EQ(line.scene().left, before.left);
+    line.setProgress({});
+    EXPECT_EQ(line.scene(), before);
+}
+
 struct SheetTest : WindowPartsFixture {
     SheetHost host{style, &window};
     SheetTest() {
@@ -301,39 +310,6 @@ TEST_F(SheetTest, EscapeCancelsAndTabStaysInside) {
     key(button(sheet, "Cancel"), Qt::Key_Escape);
     EXPECT_EQ(state().dialog, std::nullopt);
     EXPECT_FALSE(model.canUndo());
-}
-
-TEST_F(SheetTest, StretchNumbersAreTypedOneAfterTheOther) {
-    model.openDialog(Dialog::timeStretch);
-    auto &sheet = show<StretchSheet>(model, style);
-    EXPECT_TRUE(sheet.field(StretchField::time).hasFocus());
-    type(&sheet.field(StretchField::time), "125");
-    key(QApplication::focusWidget(), Qt::Key_Tab);
-    type(&sheet.field(StretchField::semitones), "-3");
-    key(QApplication::focusWidget(), Qt::Key_Tab);
-    EXPECT_EQ(sheet.field(StretchField::semitones).text(), QString::fromUtf8("−3"));
-    sheet.field(StretchField::cents).clearFocus();
-    EXPECT_TRUE(sheet.takeKey(typed("9", 0))) << "typed before a field has the focus";
-    EXPECT_EQ(model.state().stretch, (StretchSettings{StretchMode::clean, 125, 9, 0, 1000}));
-    key(&sheet.field(StretchField::semitones), Qt::Key_Up);
-    type(&sheet.field(StretchField::time), "x");
-    EXPECT_FALSE(button(sheet, "Apply")->isEnabled());
-    EXPECT_EQ(model.state().stretch.semitones, 10);
-}
-
-TEST_F(SheetTest, StretchSheetGrowsForItsCycle) {
-    model.openDialog(Dialog::timeStretch);
-    auto &sheet = show<StretchSheet>(model, style);
-    EXPECT_EQ(sheet.width(), 480);
-    EXPECT_FALSE(sheet.field(StretchField::cycle).isVisible());
-    sheet.segments().button(1)->click();
-    EXPECT_EQ(sheet.width(), 640);
-    EXPECT_EQ(sheet.mapTo(&window, QPoint(0, 0)).x(), 320);
-    EXPECT_TRUE(sheet.autoButton().isVisible());
-    sheet.autoButton().click();
-    EXPECT_EQ(sheet.field(StretchField::cycle).text(), "990");  // a constant repeats after any lag: the shortest, 45, 22 times
-    sheet.cancel();
-    EXPECT_FALSE(model.state().dialog);
 }
 
 TEST_F(SheetTest, MonoTilesAreChosenByKeysAndConfirmed) {
