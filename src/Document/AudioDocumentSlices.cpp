@@ -40,7 +40,7 @@ std::string AudioDocument::slicesFolder() const { return inFolder(folderOf(path_
 void AudioDocument::saveSlices(const std::string &name, IfHeld ifHeld, std::function<void(bool)> done) {
     if (!done) done = [](bool) {};
     if (work_ != Work::none || waitingSave_) return done(false);
-    confirmEqBeforeSaving([=, this](bool confirmed) {
+    confirmEqBeforeSaving(Saved::file, [=, this](bool confirmed) {
         const auto save = [=, this](bool go) { go ? saveSlicesAsTheyAre(name, ifHeld, done) : done(false); };
         if (confirmed && isEditing())
             waitingSave_ = save;
