@@ -165,9 +165,10 @@ AudioEditorBuffer sliceFaded(const AudioEditorBuffer &buffer, std::int64_t fadeI
     };
     const auto ramp = [&](const AudioEditorBuffer &sound, FrameRange range) {
         return rewritten(sound, range, nullptr, [&, range](std::span<const float> in, std::int64_t at, float *out) {
-            for (std::size_t s = 0; s < in.size(); ++s) {
-                const std::int64_t frame = at + std::int64_t(s) / channels;
-                out[at * channels + std::int64_t(s)] = in[s] * gain(range.lo + frame);
+            out += at * channels;
+            for (std::int64_t i = 0; i * channels < std::int64_t(in.size()); ++i) {
+                const float factor = gain(range.lo + at + i);
+                for (std::int64_t c = i * channels; c < (i + 1) * channels; ++c) out[c] = in[std::size_t(c)] * factor;
             }
         });
     };

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <memory>
+#include <numeric>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -113,18 +114,57 @@ std::vector<float> resampled(const std::vector<float> &samples, double step) {
 
 }  // namespace AudioEditorOps
 
+namespace {
+
+// Rates in whole hertz meet again and again: after so many frames of the one and of the other. There a conversion can be cut,
+// and its parts made side by side. Where they meet rarely the resampler steps by a rounded ratio, and a cut would show.
+struct Sections {
+    std::int64_t in, out;  // frames of each but the last
+    std::int64_t count = 1;
+    std::int64_t leadIn = 0, leadOut = 0;  // frames that a section is begun earlier, for the filter to have run in
+
+    Sections(const AudioEditorBuffer &sound, double fromRate, double toRate, std::int64_t made)
+        : in(sound.frames()), out(made) {
+        constexpr std::int64_t usual = 1 << 18, runIn = 4096, often = 1280;
+        const auto from = std::int64_t(fromRate), to = std::int64_t(toRate);
+        if (double(from) != fromRate || double(to) != toRate) return;
+        const std::int64_t meetIn = from / std::gcd(from, to), meetOut = to / std::gcd(from, to);
+        if (meetIn > often || meetOut > often) return;
+        const std::int64_t meetings = usual / meetIn, lead = runIn * std::max<std::int64_t>(from / to, 1) / meetIn + 1;
+        const std::int64_t whole = std::min(sound.frames() / (meetings * meetIn), made / (meetings * meetOut));
+        if (whole < 2) return;
+        in = meetings * meetIn;
+        out = meetings * meetOut;
+        count = whole;
+        leadIn = lead * meetIn;
+        leadOut = lead * meetOut;
+    }
+};
+
+}  // namespace
+
 AudioEditorBuffer resampledSound(const AudioEditorBuffer &sound, double fromRate, double toRate, std::int64_t count,
                                  std::int64_t sampleRate, Progress *progress) {
     const std::int64_t channels = sound.channels();
+    const Sections sections(sound, fromRate, toRate, count);
     SampleMemory samples(std::size_t(count * channels));
-    parallelFor(channels, 1, [&](std::int64_t lo, std::int64_t hi) {
-        for (std::int64_t c = lo; c < hi; ++c)
-            resampleChannel(
-                sound.frames(), fromRate, toRate, count, progress,
-                [&](FrameRange part, float *in) { sound.copyChannel(part, c, in); },
-                [&](std::int64_t at, const float *out, std::int64_t n) {
-                    for (std::int64_t i = 0; i < n; ++i) samples.data()[(at + i) * channels + c] = out[i];
-                });
+    const auto resampleSection = [&](std::int64_t section, std::int64_t channel) {
+        const std::int64_t skipped = section == 0 ? 0 : sections.leadOut, first = section * sections.out - skipped;
+        const std::int64_t begin = section * sections.in - (section == 0 ? 0 : sections.leadIn);
+        const std::int64_t end = section == sections.count - 1 ? count : (section + 1) * sections.out;
+        resampleChannel(
+            sound.frames() - begin, fromRate, toRate, end - first, progress,
+            [&](FrameRange part, float *in) {
+                sound.copyChannel({begin + part.lo, begin + part.hi}, channel, in);
+            },
+            [&](std::int64_t at, const float *out, std::int64_t n) {
+                for (std::int64_t i = std::max<std::int64_t>(skipped - at, 0); i < n; ++i)
+                    samples.data()[(first + at + i) * channels + channel] = out[i];
+            });
+    };
+    // A section is one thread's with all of its channels, which lie side by side in memory.
+    parallelFor(sections.count * channels, sections.count > 1 ? channels : 1, [&](std::int64_t lo, std::int64_t hi) {
+        for (std::int64_t task = lo; task < hi; ++task) resampleSection(task / channels, task % channels);
     });
     return AudioEditorBuffer(std::move(samples), channels, sampleRate);
 }

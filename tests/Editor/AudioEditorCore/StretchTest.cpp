@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <numbers>
 
@@ -87,48 +88,26 @@ private:
 
 float uniform(std::mt19937 &random) { return float(std::int32_t(random())) / 2147483648.0f; }
 
-// Sounds that are hard to tell apart in one way or another: many equal scores, hardly any sound, silence, a slow wave under
-// noise.
+// Sounds that are hard to tell apart in one way or another: noise, many equal scores, a wave under a little noise, faint,
+// silent in parts, a constant, strokes, next to nothing.
 std::vector<float> oddSound(int kind, std::int64_t frames, std::mt19937 &random) {
-    std::vector<float> x;
     const double period = 5 + 200 * std::fabs(uniform(random));
     const float level = std::pow(10.0f, 6 * uniform(random) - 4);
-    for (std::int64_t i = 0; i < frames; ++i) {
-        const double phase = double(i) / period;
-        const float wave = float(std::sin(2 * std::numbers::pi * phase));
-        switch (kind) {
-            case 0:
-                x.push_back(uniform(random));
-                break;
-            case 1:
-                x.push_back(wave);
-                break;
-            case 2:
-                x.push_back(wave + 0.001f * uniform(random));
-                break;
-            case 3:
-                x.push_back(i % std::int64_t(period) < 3 ? 0.7f : 0.0f);
-                break;
-            case 4:
-                x.push_back(level * uniform(random));
-                break;
-            case 5:
-                x.push_back((i / 3000) % 2 == 0 ? 0.0f : uniform(random));
-                break;
-            case 6:
-                x.push_back(0.25f);
-                break;
-            case 7:
-                x.push_back(float(std::int64_t(period * phase) % 4) * 0.125f);
-                break;
-            case 8:
-                x.push_back(float(std::exp(-12 * (phase / 9 - std::floor(phase / 9)))) * uniform(random));
-                break;
-            default:
-                x.push_back(1e-15f * uniform(random));
-                break;
-        }
-    }
+    const auto wave = [&](std::int64_t i) { return float(std::sin(2 * std::numbers::pi * double(i) / period)); };
+    const std::function<float(std::int64_t)> kinds[] = {
+        [&](std::int64_t) { return uniform(random); },
+        wave,
+        [&](std::int64_t i) { return wave(i) + 0.001f * uniform(random); },
+        [&](std::int64_t i) { return i % std::int64_t(period) < 3 ? 0.7f : 0.0f; },
+        [&](std::int64_t) { return level * uniform(random); },
+        [&](std::int64_t i) { return (i / 3000) % 2 == 0 ? 0.0f : uniform(random); },
+        [&](std::int64_t) { return 0.25f; },
+        [&](std::int64_t i) { return float(i % 4) * 0.125f; },
+        [&](std::int64_t i) { return std::exp(-float(i % 1700) / 150) * uniform(random); },
+        [&](std::int64_t) { return 1e-15f * uniform(random); },
+    };
+    std::vector<float> x;
+    for (std::int64_t i = 0; i < frames; ++i) x.push_back(kinds[kind](i));
     return x;
 }
 
