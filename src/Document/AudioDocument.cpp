@@ -218,28 +218,32 @@ void AudioDocument::readAgain() {
     });
 }
 
-// A save that could not begin is not asked about.
-void AudioDocument::confirmEqBeforeSaving(std::function<void(bool go)> then) {
+void AudioDocument::confirmEqBeforeSaving(Saved what, std::function<void(bool go)> then) {
     if (!isEqPending() || work_ != Work::none || waitingSave_) return then(true);
-    const DocumentUi::Question question{"The EQ is not applied",
-                                        "What you hear through the EQ is not in the audio yet. Apply it before saving?",
-                                        {"Apply EQ and Save", "Save Without EQ", "Cancel"}};
+    const bool isFile = what == Saved::file;
+    const std::string heard = "What you hear through the EQ is not in the audio yet. Apply it ";
+    const DocumentUi::Question question{
+        "The EQ is not applied",
+        heard + (isFile ? "before saving?" : "to the selection before saving?"),
+        {isFile ? "Apply EQ and Save" : "Apply EQ to Selection and Save", "Save Without EQ", "Cancel"}};
     enum : std::size_t { applyFirst, saveWithout };
-    ui_.ask(question, whileAlive([this, then = std::move(then)](std::size_t button) {
-                if (button == applyFirst) kiv::applyEq(model_, eq_.settings(), FrameRange{0, model_.state().buffer.frames()});
+    ui_.ask(question, whileAlive([this, isFile, then = std::move(then)](std::size_t button) {
+                auto range = model_.state().selection;
+                if (isFile) range = FrameRange{0, model_.state().buffer.frames()};
+                if (button == applyFirst) kiv::applyEq(model_, eq_.settings(), range);
                 then(button == applyFirst || button == saveWithout);
             }));
 }
 
 void AudioDocument::save(std::function<void(bool)> done) {
-    confirmEqBeforeSaving([this, done = std::move(done)](bool go) {
+    confirmEqBeforeSaving(Saved::file, [this, done = std::move(done)](bool go) {
         if (go) return requestSave(path_, IfChanged::ask, done);
         if (done) done(false);
     });
 }
 
 void AudioDocument::saveTo(const std::string &path, std::function<void(bool)> done) {
-    confirmEqBeforeSaving([this, path, done = std::move(done)](bool go) {
+    confirmEqBeforeSaving(Saved::file, [this, path, done = std::move(done)](bool go) {
         if (go) return requestSave(path, IfChanged::overwrite, done);
         if (done) done(false);
     });

@@ -67,6 +67,10 @@ public:
     bool isEqPending() const;
     // Writes the equalizer into the selection, or the whole sound without one, and closes it.
     void applyEq();
+    // Asks, when the equalizer is pending, whether it is to be applied to what will be saved, does so, and goes on; cancelled,
+    // it goes on with false. A save that could not begin is not asked about.
+    enum class Saved { file, selection };
+    void confirmEqBeforeSaving(Saved what, std::function<void(bool go)> then);
 
     // Saves over the file, after asking whether a pending equalizer is to be applied first, and after asking when another
     // program has changed or removed it meanwhile, or elsewhere in the file's own format, where the document then lives; a
@@ -107,7 +111,6 @@ private:
     enum class Install { fresh, again };
     void install(Loaded loaded, Install how);
     void readAgain();
-    void confirmEqBeforeSaving(std::function<void(bool go)> then);
     void requestSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done);
     void runSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done);
     EqTargets eqTargets() const { return {eq_.settings(), model_.state().eqEnabled}; }

@@ -47,12 +47,14 @@ public:
 
 private:
     static constexpr std::int64_t pageColumns = 16;
+    // All but the last dab's number is set when a pass begins, and means nothing before: memory that no dab comes to stays
+    // untouched.
     struct Page {
-        using Values = std::array<float, pageColumns * bandCount>;
-        Values passBase;  // as the pass found it
-        Values coverage{};
-        std::array<std::int32_t, pageColumns * bandCount> lastDab;
-        std::array<bool, pageColumns * bandCount> reviving{};
+        static constexpr std::size_t size = pageColumns * bandCount;
+        std::array<float, size> passBase;  // as the pass found it
+        std::array<float, size> coverage;
+        std::array<std::int32_t, size> lastDab;
+        std::array<bool, size> reviving;
 
         Page() { lastDab.fill(-2); }
     };
