@@ -86,8 +86,8 @@ void setBrush(AudioEditorModel &model, Brush brush) {
 void swapBrush(AudioEditorModel &model) { setBrush(model, otherBrush(model.state().spectralBrush)); }
 
 void setBrushSize(AudioEditorModel &model, int points) {
-    const auto [lo, hi] = std::pair(int(Setting::spectralBrushSize.lo), int(Setting::spectralBrushSize.hi));
-    change(model, [&](AudioEditorSpectralState &s) { s.spectralBrushSize = std::clamp(points, lo, hi); });
+    const NumberSetting &row = Setting::spectralBrushSize;
+    change(model, [&](AudioEditorSpectralState &s) { s.spectralBrushSize = std::clamp(points, int(row.lo), int(row.hi)); });
 }
 
 void setIntensity(AudioEditorModel &model, int percent) {

@@ -5,7 +5,6 @@
 #include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/CrispPainting.h"
-#include "Editor/Views/EventTools.h"
 #include "Editor/Views/StretchSheetPainter.h"
 
 namespace kiv {
@@ -85,22 +84,16 @@ void StretchSheet::refresh() {
     auto_->setVisible(scene_.isCyclic);
     apply_->setEnabled(scene_.isReadable);
     showTabRing();
-    describe();
+    setAccessibleDescription(onScreen(scene_.target + ". Length " + scene_.lengthBefore + " → " + scene_.lengthAfter));
     if (wasCyclic != scene_.isCyclic && onSizeChanged) onSizeChanged();
     placeControls();
     update();
 }
 
 void StretchSheet::showTabRing() {
-    QList<QWidget *> ring;
-    for (int i = 0; i < segments_->count(); ++i)
-        if (i == segments_->chosen()) ring.append(segments_->button(i));
+    QList<QWidget *> ring{segments_->button(segments_->chosen())};
     for (Field *each : fields_) ring.append(each);
     setTabRing(ring << auto_ << apply_ << cancel_);
-}
-
-void StretchSheet::describe() {
-    setAccessibleDescription(onScreen(scene_.target + ". Length " + scene_.lengthBefore + " → " + scene_.lengthAfter));
 }
 
 void StretchSheet::confirm() {
@@ -122,23 +115,19 @@ bool StretchSheet::takeKey(const KeyPress &press) {
 }
 
 StretchSheetGeometry StretchSheet::geometryFor(int width) const {
-    const int button = buttonHeight(ButtonKind::sheet, style());
     return {model_.state().stretch.mode,
             width,
             {.textFactor = style().textFactor(),
              .titleHeight = style().grown(20),
              .labelHeight = style().grown(16),
-             .controlHeight = button,
+             .controlHeight = buttonHeight(ButtonKind::sheet, style()),
              .segmentsWidth = segments_->sizeHint().width(),
              .autoWidth = auto_->sizeHint().width(),
              .buttonsWidth = apply_->sizeHint().width() + cancel_->sizeHint().width() + 8,
              .lengthWidth = stretchLengthWidth(scene_, style())}};
 }
 
-QSize StretchSheet::sizeFor(int width) const {
-    const StretchSheetGeometry geometry = geometryFor(width);
-    return {geometry.width(), geometry.height()};
-}
+QSize StretchSheet::sizeFor(int width) const { return QSize(geometryFor(width).width(), geometryFor(width).height()); }
 
 void StretchSheet::placeControls() {
     const StretchSheetGeometry geometry = geometryFor(width());
@@ -149,8 +138,6 @@ void StretchSheet::placeControls() {
     if (const auto box = geometry.autoButton()) auto_->setGeometry(toRect(*box));
     placeButtons({apply_, cancel_}, width() - padding, geometry.buttonsTop());
 }
-
-void StretchSheet::resizeEvent(QResizeEvent *) { placeControls(); }
 
 void StretchSheet::paintEvent(QPaintEvent *event) {
     Sheet::paintEvent(event);

@@ -26,14 +26,13 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void resizeEvent(QResizeEvent *event) override;
+    void resizeEvent(QResizeEvent *) override { placeControls(); }
 
 private:
     void connectControls();
     void connectField(StretchField field);
     void showTabRing();
     void refresh();
-    void describe();
     void placeControls();
     void typeInto(StretchField field, const QString &typed, bool typedAhead);
     void endTyping(StretchField field);

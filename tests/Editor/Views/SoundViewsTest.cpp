@@ -230,7 +230,7 @@ TEST_F(SoundViewsTest, WheelsAndKeysReachTheModel) {
     turn(waveform, {500, 10}, {0, 64}, {0, 900}, {}, Qt::ScrollUpdate);
     EXPECT_NEAR(state().view.zoom, 8, 1e-9);
     // Of a wheel that says so too, its pixels mean nothing.
-    turn(waveform, {0, 640}, {0, 120}, {}, Qt::NoScrollPhase);
+    turn(waveform, {500, 10}, {0, 640}, {0, 120}, {}, Qt::NoScrollPhase);
     EXPECT_NEAR(state().view.zoom, 10, 1e-9);
     QKeyEvent end(QEvent::KeyPress, Qt::Key_End, Qt::NoModifier);
     QApplication::sendEvent(&waveform, &end);
