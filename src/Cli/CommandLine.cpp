@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <sstream>
 
+#include "Cli/SliceWords.h"
 #include "Cli/Steps.h"
 
 namespace kiv::Cli {
@@ -25,6 +26,8 @@ struct Parsed {
     EditCall edit;
     std::string script, out;
     bool noSave = false;
+    LoopsCall loops;
+    SlicesCall slices;
     PeaksCall peaks;
     SpectrumCall spectrum;
     EqResponseCall eqResponse;
@@ -69,6 +72,28 @@ CLI::App *addEqResponse(CLI::App &app, EqResponseCall &call, JsonFlags &flags) {
     return response;
 }
 
+CLI::App *addLoops(CLI::App &app, Parsed &parsed) {
+    CLI::App *loops = addCommand(app, "loops", "The best loops of a sound", parsed.flags);
+    loops->add_option("FILE", parsed.loops.file, "The sound file")->required();
+    loops->add_flag("--zero-crossing", parsed.loops.zeroCrossing, "Loop points at rising zero crossings only");
+    return loops;
+}
+
+CLI::App *addSlices(CLI::App &app, Parsed &parsed) {
+    SlicesCall &call = parsed.slices;
+    CLI::App *slices = addCommand(app, "slices", "The slices of a sound", parsed.flags);
+    slices->add_option("FILE", call.file, "The sound file")->required();
+    slices->add_option("SETTING=VALUE", call.settings, "Settings of the slicer");
+    slices->add_option("--mode", call.mode, "transients, stripSilence or grid")->default_str("transients");
+    CLI::Option *save =
+        slices->add_option("--save", call.name, "Save the slices beside the file, under a name or the file's own")
+            ->option_text("[NAME]")
+            ->expected(0, 1);
+    slices->add_flag("--replace", call.replaces, "Move audio files that are already there to the trash")->needs(save);
+    slices->footer("Settings: " + sliceSettingsHelp());
+    return slices;
+}
+
 // The parser takes a word in brackets apart as a list: this sign in front keeps it whole, and comes off again.
 constexpr char wholeSign = '\x1f';
 
@@ -99,6 +124,19 @@ std::string complaint(const CLI::App &app, const std::vector<std::string> &words
     return what + "; kiv --help lists them";
 }
 
+// A word behind --save may be the name, or a setting.
+SlicesCall slicesCall(const CLI::App &command, const SlicesCall &parsed, JsonLayout json) {
+    SlicesCall call = parsed;
+    call.file = plain(parsed.file);
+    call.mode = parsed.mode.empty() ? "transients" : plain(parsed.mode);
+    call.settings = plain(parsed.settings);
+    call.saves = command.count("--save") > 0;
+    call.name = plain(parsed.name);
+    call.json = json;
+    if (isSliceSetting(call.name)) call.settings.push_back(std::exchange(call.name, ""));
+    return call;
+}
+
 }  // namespace
 
 Call parseCommandLine(int argc, const char *const *argv) {
@@ -109,6 +147,8 @@ Call parseCommandLine(int argc, const char *const *argv) {
     CLI::App *info = addCommand(app, "info", "What a file is and holds", parsed.flags);
     info->add_option("FILE", parsed.info.file, "The sound file")->required();
     CLI::App *edit = addEdit(app, parsed);
+    CLI::App *loops = addLoops(app, parsed);
+    CLI::App *slices = addSlices(app, parsed);
     CLI::App *peaks = addCommand(app, "peaks", "The extremes of every 256 frames", parsed.flags);
     peaks->add_option("FILE", parsed.peaks.file, "The sound file")->required();
     CLI::App *spectrum = addSpectrum(app, parsed.spectrum);
@@ -125,6 +165,8 @@ Call parseCommandLine(int argc, const char *const *argv) {
     }
     const JsonLayout json = parsed.flags.layout();
     if (*info) return InfoCall{plain(parsed.info.file), json};
+    if (*loops) return LoopsCall{plain(parsed.loops.file), parsed.loops.zeroCrossing, json};
+    if (*slices) return slicesCall(*slices, parsed.slices, json);
     if (*peaks) return PeaksCall{plain(parsed.peaks.file), json};
     if (*spectrum) return SpectrumCall{plain(parsed.spectrum.file), plain(parsed.spectrum.out)};
     if (*response) return EqResponseCall{parsed.eqResponse.settings, parsed.eqResponse.rate, parsed.eqResponse.at, json};

@@ -27,6 +27,22 @@ struct EditCall {
     JsonLayout json;
 };
 
+struct LoopsCall {
+    std::string file;
+    bool zeroCrossing = false;
+    JsonLayout json;
+};
+
+struct SlicesCall {
+    std::string file;
+    std::string mode;
+    std::vector<std::string> settings;  // SETTING=VALUE
+    bool saves = false;
+    std::string name;  // of the slices; empty: the file's
+    bool replaces = false;
+    JsonLayout json;
+};
+
 struct PeaksCall {
     std::string file;
     JsonLayout json;
@@ -53,7 +69,8 @@ struct Answered {
     std::string text;
 };
 
-using Call = std::variant<Answered, InfoCall, EditCall, PeaksCall, SpectrumCall, EqResponseCall, CommandsCall>;
+using Call =
+    std::variant<Answered, InfoCall, EditCall, LoopsCall, SlicesCall, PeaksCall, SpectrumCall, EqResponseCall, CommandsCall>;
 
 Call parseCommandLine(int argc, const char *const *argv);
 

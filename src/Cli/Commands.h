@@ -8,6 +8,8 @@ namespace kiv::Cli {
 
 std::string info(const InfoCall &call, const DocumentServices &services);
 std::string edit(const EditCall &call, const DocumentServices &services);
+std::string loops(const LoopsCall &call, const DocumentServices &services);
+std::string slices(const SlicesCall &call, const DocumentServices &services);
 std::string peaks(const PeaksCall &call, const DocumentServices &services);
 std::string spectrum(const SpectrumCall &call, const DocumentServices &services);
 std::string eqResponse(const EqResponseCall &call);  // throws WrongWords only

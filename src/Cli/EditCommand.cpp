@@ -9,32 +9,14 @@
 #include "Cli/Commands.h"
 #include "Cli/Interrupt.h"
 #include "Cli/Reading.h"
+#include "Cli/Results.h"
 #include "Cli/Steps.h"
 #include "Editor/AudioEditorCore/AudioEditorOps.h"
+#include "Editor/AudioEditorModel/AudioEditorLoops.h"
 
 namespace kiv::Cli {
 
 namespace {
-
-// Nobody is there to ask: a question is answered by not doing what it asks about.
-class CallUi : public DocumentUi {
-public:
-    void ask(const Question &question, std::function<void(std::size_t)> answer) override {
-        const auto without = std::ranges::find(question.buttons, "Save Without EQ");
-        if (without != question.buttons.end()) {
-            leavesEqOut = true;
-            return answer(std::size_t(without - question.buttons.begin()));
-        }
-        error = question.message + ".";
-        answer(question.buttons.size() - 1);
-    }
-    void showError(const std::string &, const std::string &informative) override { error = informative; }
-    void showNotice(NoticeKind, const std::string &text) override { notices.push_back(text); }
-
-    std::string error;
-    std::vector<std::string> notices;
-    bool leavesEqOut = false;
-};
 
 struct Outcome {
     const AudioDocument &document;
@@ -88,13 +70,6 @@ void runSteps(StepContext &context, std::span<const NamedStep> steps) {
     }
 }
 
-void openDocument(AudioDocument &document, const std::string &path) {
-    std::string failed;
-    document.open(path, [&](const std::string &error) { failed = error; });
-    Interrupt::throwIfRequested();
-    if (!failed.empty()) throw FileFailure(path, failed);
-}
-
 void saveDocument(AudioDocument &document, const EditCall &call, CallUi &ui) {
     bool saved = false;
     const auto done = [&](bool ok) { saved = ok; };
@@ -108,19 +83,12 @@ void saveDocument(AudioDocument &document, const EditCall &call, CallUi &ui) {
     throw FileFailure(call.out.value_or(call.file), ui.error);
 }
 
-void writeRange(JsonWriter &json, std::string_view name, std::optional<FrameRange> range) {
-    json.key(name);
-    if (range) {
-        json.beginList().value(range->lo).value(range->hi).endList();
-    } else {
-        json.value(nullptr);
-    }
-}
-
-// Slices, loop candidates and a loop crossfade: no step makes any, so there are none.
-void writeWhatNoStepMakes(JsonWriter &json) {
-    json.key("slices").beginList().endList().key("loopCandidates").beginList().endList();
-    json.key("loopCrossfade").beginObject().field("frames", 0).field("limited", false).endObject();
+void writeLoops(JsonWriter &json, const AudioEditorState &state) {
+    writeRange(json.key("loop"), state.loopPoints);
+    writeRanges(json.key("slices"), state.slices);
+    writeProposals(json.key("loopCandidates"), AudioEditorLoops::loopCandidates(state));
+    json.key("loopCrossfade").beginObject().field("frames", AudioEditorLoops::loopCrossfadeFrames(state));
+    json.field("limited", AudioEditorLoops::loopCrossfadeLimited(state)).endObject();
 }
 
 double peakOf(const AudioEditorBuffer &buffer) { return AudioEditorOps::peak(buffer, {0, buffer.frames()}); }
@@ -131,12 +99,11 @@ std::string asJson(const Outcome &outcome, JsonWriter::Layout layout) {
     JsonWriter json(layout);
     json.beginObject().field("frames", state.buffer.frames()).field("channels", state.buffer.channels());
     json.field("sampleRate", state.buffer.sampleRate()).field("cursor", state.cursorFrame);
-    writeRange(json, "selection", state.selection);
+    writeRange(json.key("selection"), state.selection);
     json.key("markers").beginList();
     for (const std::int64_t frame : state.markerFrames) json.value(frame);
     json.endList();
-    writeRange(json, "loop", state.loopPoints);
-    writeWhatNoStepMakes(json);
+    writeLoops(json, state);
     json.field("cycle", outcome.cycle).field("undo", model.history().undoDepth()).field("redo", model.history().redoDepth());
     json.field("edited", outcome.edited).field("peak", peakOf(state.buffer));
     json.key("notices").beginList();
@@ -151,8 +118,8 @@ std::string edit(const EditCall &call, const DocumentServices &services) {
     Interrupt::install();  // until here there is nothing to be left whole
     CallUi ui;
     AudioDocument document(services, ui);
-    openDocument(document, call.file);
-    StepContext context{document, services};
+    openNow(document, call.file);
+    StepContext context{document, services, ui};
     runSteps(context, steps);
     Outcome outcome{document, document.isEdited(), {}, std::nullopt, context.cycle};
     if (call.saves) {
@@ -161,6 +128,8 @@ std::string edit(const EditCall &call, const DocumentServices &services) {
         if (ui.leavesEqOut)
             std::fprintf(stderr, "%s: the equalizer is not applied, so it was not saved\n", outcome.saved->c_str());
     }
+    if (!call.saves && document.model().state().loopPoints && !document.model().state().canStoreLoop)
+        ui.notices.push_back("This format cannot store a loop: it will not be saved");
     outcome.notices = ui.notices;
     return call.json ? asJson(outcome, *call.json) : "";
 }

@@ -1,5 +1,7 @@
 #include "Cli/Reading.h"
 
+#include "Cli/Interrupt.h"
+
 #include "Document/AudioFileReading.h"
 
 namespace kiv::Cli {
@@ -28,6 +30,13 @@ Result resultOf(const DocumentServices &services, const std::string &path, Read 
 
 void runNow(const DocumentServices &services, const std::string &path, const std::function<void(Progress &)> &work) {
     resultOf<bool>(services, path, [&](Progress &progress) { return work(progress), true; });
+}
+
+void openNow(AudioDocument &document, const std::string &path) {
+    std::string failed;
+    document.open(path, [&](const std::string &error) { failed = error; });
+    Interrupt::throwIfRequested();
+    if (!failed.empty()) throw FileFailure(path, failed);
 }
 
 AudioFileContents readNow(const DocumentServices &services, const std::string &path) {

@@ -13,10 +13,11 @@ struct FileFailure : std::runtime_error {
     std::string file;
 };
 
-// The sound file at a path, with the progress bar of a job. Throws FileFailure and Cancelled.
 // Runs work on that file as a job with a progress bar. Throws FileFailure and Cancelled.
 void runNow(const DocumentServices &services, const std::string &path, const std::function<void(Progress &)> &work);
 
+// The same way opens a document, or reads the sound file at a path.
+void openNow(AudioDocument &document, const std::string &path);
 AudioFileContents readNow(const DocumentServices &services, const std::string &path);
 // The same without the samples.
 AudioFileCodec::AudioFileSummary summarizeNow(const DocumentServices &services, const std::string &path);

@@ -6,6 +6,7 @@
 
 #include "Cli/EqWords.h"
 #include "Cli/Reading.h"
+#include "Cli/StepForms.h"
 #include "Document/CommandActions.h"
 #include "Editor/AudioEditorModel/AudioEditorSpectralPainting.h"
 #include "Support/DecimalText.h"
@@ -13,46 +14,6 @@
 namespace kiv::Cli {
 
 namespace {
-
-// A whole number is brought into its range; `wholeOrAuto` may be the word "auto" instead.
-enum class ParameterKind { position, number, whole, wholeOrAuto, choice, path };
-
-struct Parameter {
-    std::string_view name;
-    ParameterKind kind = ParameterKind::path;
-    double lo = 0, hi = 0;          // number, whole
-    std::string_view choices = "";  // parted by blanks
-};
-
-struct Argument {
-    std::string text;
-    Position position;
-    double number = 0;
-};
-using Arguments = std::vector<Argument>;
-
-// One form of a step; a step that takes different words has several.
-struct StepForm {
-    std::string_view name;
-    std::vector<Parameter> parameters;
-    void (*run)(StepContext &, const Arguments &);
-    bool (*isRight)(const Arguments &) = nullptr;  // what no single word can tell
-    const char *fault = "";
-};
-
-std::int64_t frame(const StepContext &context, const Argument &argument) {
-    return argument.position.frame(context.document.model().state().buffer.sampleRate());
-}
-
-void setLoop(StepContext &context, const Arguments &arguments) {
-    const FrameRange loop{frame(context, arguments[0]), frame(context, arguments[1])};
-    if (!loop.isEmpty()) context.document.model().commitLoop(loop);
-}
-
-// The words may compare only once the rate is known: then the step does nothing, as one that cannot apply.
-bool isAscending(const Arguments &arguments) {
-    return Position::isBelow(arguments[0].position, arguments[1].position).value_or(true);
-}
 
 void loadToClipboard(StepContext &context, const Arguments &arguments) {
     const std::string &path = arguments[0].text;
@@ -88,7 +49,7 @@ void multiplyMask(StepContext &context, const Arguments &arguments) {
     Painting::multiply(context.document.model(), columns, bands, arguments[4].number);
 }
 
-const std::vector<StepForm> &stepForms() {
+std::vector<StepForm> editSteps() {
     constexpr auto position = ParameterKind::position;
     const Parameter gainDb{"DB", ParameterKind::number, Setting::gainDb.lo, Setting::gainDb.hi};
     const Parameter normalizeDb{"DB", ParameterKind::number, Setting::normalizeDb.lo, Setting::normalizeDb.hi};
@@ -97,12 +58,11 @@ const std::vector<StepForm> &stepForms() {
     const Parameter cents = whole("CENTS", stretchCentsRange);
     const Parameter cycle = whole("CYCLE|auto", stretchCycleRange, ParameterKind::wholeOrAuto);
     const Parameter clean{"clean", ParameterKind::choice, 0, 0, "clean"}, s950{"s950", ParameterKind::choice, 0, 0, "s950"};
-    const Parameter none{"none", ParameterKind::choice, 0, 0, "none"};
     const Parameter onOff{"on|off", ParameterKind::choice, 0, 0, "on off"};
     const auto cell = [](std::string_view name) { return Parameter{name, ParameterKind::whole, -1e15, 1e15}; };
     const Parameter maskDb{"DB", ParameterKind::number, -96, 12};
     // clang-format off
-    static const std::vector<StepForm> forms{
+    return {
         {"select", {{"LO", position}, {"HI", position}},
          [](StepContext &c, const Arguments &a) { c.document.model().select({frame(c, a[0]), frame(c, a[1])}); }},
         {"cursor", {{"F", position}},
@@ -116,14 +76,6 @@ const std::vector<StepForm> &stepForms() {
          [](StepContext &c, const Arguments &a) { AudioEditorEdits::mono(c.document.model(), *monoSourceFromText(a[0].text)); }},
         {"timeStretch", {clean, percent, semitones, cents}, stretchCleanly},
         {"timeStretch", {s950, percent, semitones, cents, cycle}, stretchByCycles},
-        {"loop", {{"LO", position}, {"HI", position}}, setLoop, isAscending, "LO must be below HI"},
-        {"spectral", {onOff},
-         [](StepContext &c, const Arguments &a) { c.document.model().setSpectralEnabled(a[0].text == "on"); }},
-        {"spectralClear", {}, [](StepContext &c, const Arguments &) { Painting::clear(c.document.model()); }},
-        {"spectralReset", {}, [](StepContext &c, const Arguments &) { Painting::reset(c.document.model()); }},
-        {"spectralMask", {cell("C0"), cell("C1"), cell("B0"), cell("B1"), maskDb}, multiplyMask},
-        {"applyEq", {}, [](StepContext &c, const Arguments &) { c.document.applyEq(); }},
-        {"loop", {none}, [](StepContext &c, const Arguments &) { c.document.model().commitLoop(std::nullopt); }},
         {"spectral", {onOff},
          [](StepContext &c, const Arguments &a) { c.document.model().setSpectralEnabled(a[0].text == "on"); }},
         {"spectralClear", {}, [](StepContext &c, const Arguments &) { Painting::clear(c.document.model()); }},
@@ -132,6 +84,14 @@ const std::vector<StepForm> &stepForms() {
         {"applyEq", {}, [](StepContext &c, const Arguments &) { c.document.applyEq(); }},
     };
     // clang-format on
+}
+
+const std::vector<StepForm> &stepForms() {
+    static const std::vector<StepForm> forms = [] {
+        std::vector<StepForm> all = editSteps();
+        for (const auto &more : {loopSteps(), sliceSteps()}) all.insert(all.end(), more.begin(), more.end());
+        return all;
+    }();
     return forms;
 }
 
@@ -159,10 +119,12 @@ constexpr FreeForm freeForms[] = {
 
 // Steps without parameters are the commands of the same name.
 constexpr std::array plainSteps{
-    EditorCommand::selectAll, EditorCommand::selectNone, EditorCommand::goToStart, EditorCommand::goToEnd,
-    EditorCommand::undo,      EditorCommand::redo,       EditorCommand::cut,       EditorCommand::copy,
-    EditorCommand::paste,     EditorCommand::delete_,    EditorCommand::trim,      EditorCommand::fadeIn,
-    EditorCommand::fadeOut,   EditorCommand::silence,    EditorCommand::reverse,   EditorCommand::stereo,
+    EditorCommand::selectAll, EditorCommand::selectNone, EditorCommand::goToStart,
+    EditorCommand::goToEnd,   EditorCommand::undo,       EditorCommand::redo,
+    EditorCommand::cut,       EditorCommand::copy,       EditorCommand::paste,
+    EditorCommand::delete_,   EditorCommand::trim,       EditorCommand::fadeIn,
+    EditorCommand::fadeOut,   EditorCommand::silence,    EditorCommand::reverse,
+    EditorCommand::stereo,    EditorCommand::findLoop,   EditorCommand::applyLoopCrossfade,
 };
 
 bool isOneOf(std::string_view word, std::string_view choices) {
@@ -180,14 +142,13 @@ Argument parseArgument(const Parameter &parameter, const std::string &word) {
         const auto position = Position::parse(word);
         if (!position) fail(word, "no position: a frame (4800) or a time (1.5s, 20ms, 1:05.250)");
         argument.position = *position;
-    } else if (parameter.kind == ParameterKind::whole) {
-        const auto number = parseNumber(word);
-        if (!number || *number != std::floor(*number)) fail(word, "no whole number");
-        argument.number = std::clamp(*number, parameter.lo, parameter.hi);
-    } else if (parameter.kind == ParameterKind::number) {
+    } else if (parameter.kind == ParameterKind::number || parameter.kind == ParameterKind::wholeInRange) {
+        const bool mustBeWhole = parameter.kind == ParameterKind::wholeInRange;
         const auto number = parseNumber(word);
         const bool isIn = number && *number >= parameter.lo && *number <= parameter.hi;
-        if (!isIn) fail(word, "no number from " + decimalText(parameter.lo, 0) + " to " + decimalText(parameter.hi, 0));
+        if (!isIn || (mustBeWhole && *number != std::trunc(*number)))
+            fail(word, (mustBeWhole ? "no whole number from " : "no number from ") + decimalText(parameter.lo, 0) + " to " +
+                           decimalText(parameter.hi, 0));
         argument.number = *number;
     } else if (isWhole(parameter.kind) && !(parameter.kind == ParameterKind::wholeOrAuto && word == "auto")) {
         const auto number = parseNumber(word);
@@ -195,7 +156,7 @@ Argument parseArgument(const Parameter &parameter, const std::string &word) {
         argument.number = std::clamp(*number, parameter.lo, parameter.hi);
     } else if (parameter.kind == ParameterKind::choice && !isOneOf(word, parameter.choices)) {
         fail(word, "not one of: " + std::string(parameter.choices));
-    } else if (word.empty()) {
+    } else if (parameter.kind == ParameterKind::path && word.empty()) {
         throw WrongWords("a file name is missing");
     }
     return argument;
@@ -205,13 +166,16 @@ Step parseForm(const StepForm &form, const Words &words) {
     Arguments arguments;
     for (std::size_t i = 0; i < form.parameters.size(); ++i)
         arguments.push_back(parseArgument(form.parameters[i], words[i + 1]));
-    if (form.isRight && !form.isRight(arguments)) throw WrongWords(form.fault);
+    for (std::size_t i = form.parameters.size() + 1; i < words.size(); ++i)
+        arguments.push_back(parseArgument(*form.further, words[i]));
+    if (form.check) form.check(arguments);
     return [run = form.run, arguments = std::move(arguments)](StepContext &context) { run(context, arguments); };
 }
 
 std::string formText(const StepForm &form) {
     std::string text(form.name);
     for (const Parameter &parameter : form.parameters) text += " " + std::string(parameter.name);
+    if (form.further) text += " [" + std::string(form.further->name) + " …]";
     return text;
 }
 
@@ -222,6 +186,10 @@ std::string formTexts(std::string_view name, std::string_view between) {
     return text;
 }
 
+bool fits(const StepForm &form, std::size_t words) {
+    return form.further ? words > form.parameters.size() : words == form.parameters.size() + 1;
+}
+
 Step parseWords(const Words &words) {
     if (words.empty()) throw WrongWords("a step without words");
     for (const FreeForm &form : freeForms)
@@ -229,7 +197,7 @@ Step parseWords(const Words &words) {
     bool isKnown = false;
     for (const StepForm &form : stepForms()) {
         isKnown = isKnown || form.name == words[0];
-        if (form.name == words[0] && form.parameters.size() + 1 == words.size()) return parseForm(form, words);
+        if (form.name == words[0] && fits(form, words.size())) return parseForm(form, words);
     }
     if (isKnown) throw WrongWords("the words are: " + formTexts(words[0], ", or "));
     const auto command = editorCommandFromRaw(words[0]);
@@ -239,6 +207,10 @@ Step parseWords(const Words &words) {
 }
 
 }  // namespace
+
+std::int64_t frame(const StepContext &context, const Argument &argument) {
+    return argument.position.frame(context.document.model().state().buffer.sampleRate());
+}
 
 Step parseStep(const Words &words) {
     try {

@@ -4,6 +4,7 @@
 #include <span>
 #include <string_view>
 
+#include "Cli/CallUi.h"
 #include "Cli/Words.h"
 #include "Document/AudioDocument.h"
 
@@ -13,6 +14,7 @@ namespace kiv::Cli {
 struct StepContext {
     AudioDocument &document;
     DocumentServices services;
+    CallUi &ui;
     std::optional<int> cycle = {};  // of the last stretch by cycles
 };
 
@@ -21,6 +23,10 @@ using Step = std::function<void(StepContext &)>;
 
 // Throws WrongWords.
 Step parseStep(const Words &words);
+
+// Saves the slices that there are. Throws FileFailure, also for a folder that holds audio files unless they are to be replaced,
+// and Cancelled.
+void saveSlicesNow(StepContext &context, const std::string &name, bool replaces);
 
 // All forms of all steps for the help text, one a line.
 std::string stepsHelp();

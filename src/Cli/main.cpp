@@ -45,6 +45,8 @@ struct Perform {
     std::string operator()(const Answered &call) const { return call.text; }
     std::string operator()(const InfoCall &call) const { return info(call, services); }
     std::string operator()(const EditCall &call) const { return edit(call, services); }
+    std::string operator()(const LoopsCall &call) const { return loops(call, services); }
+    std::string operator()(const SlicesCall &call) const { return slices(call, services); }
     std::string operator()(const PeaksCall &call) const { return peaks(call, services); }
     std::string operator()(const SpectrumCall &call) const { return spectrum(call, services); }
     std::string operator()(const EqResponseCall &call) const { return eqResponse(call); }
@@ -52,11 +54,12 @@ struct Perform {
 };
 
 std::string fileOf(const Call &call) {
-    if (const auto *info = std::get_if<InfoCall>(&call)) return info->file;
-    if (const auto *edit = std::get_if<EditCall>(&call)) return edit->file;
-    if (const auto *peaks = std::get_if<PeaksCall>(&call)) return peaks->file;
-    if (const auto *spectrum = std::get_if<SpectrumCall>(&call)) return spectrum->file;
-    return "kiv";
+    return std::visit(
+        [](const auto &each) -> std::string {
+            if constexpr (requires { each.file; }) return each.file;
+            return "kiv";
+        },
+        call);
 }
 
 int run(int argc, const char *const *argv) {

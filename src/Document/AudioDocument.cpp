@@ -4,6 +4,7 @@
 
 #include "Document/AudioFileReading.h"
 #include "Document/AudioFileWriting.h"
+#include "Editor/AudioEditorModel/AudioEditorLoops.h"
 #include "Editor/AudioEditorModel/AudioEditorSpectralPainting.h"
 
 namespace kiv {
@@ -77,7 +78,9 @@ AudioDocument::AudioDocument(DocumentServices services, DocumentUi &ui)
       ui_(ui),
       model_(services.settings, services.clipboard),
       edits_(model_, services.jobs),
-      peaks_(model_, services.jobs) {
+      peaks_(model_, services.jobs),
+      analyses_(model_, services.jobs),
+      access_(services.files, services.settings, ui) {
     modelChanges_ = model_.observers.add([this](const Changes &) { tellIfEditedChanged(); });
     editChanges_ = edits_.changed.add([this](const BackgroundEdits &) { observers.notify(*this); });
     edits_.onEnded = [this](bool committed) { editEnded(committed); };
@@ -88,7 +91,7 @@ AudioDocument::AudioDocument(DocumentServices services, DocumentUi &ui)
         if (isPlaying()) services_.playback->setBuffer(now);
     };
     model_.onLoopChanged = [this](bool loop) {
-        if (isPlaying()) services_.playback->setLoop(loop);
+        if (isPlaying() && !jointPlaying_) services_.playback->setLoop(loop);
     };
     model_.onEqChanged = [this](bool) { updateEq(); };
     model_.onSpectralPreview = [this](const AudioEditorBuffer &preview) {
@@ -97,6 +100,9 @@ AudioDocument::AudioDocument(DocumentServices services, DocumentUi &ui)
     eqChanges_ = eq_.observers.add([this](EqModel::Change change) {
         if (change == EqModel::Change::settings) updateEq();
     });
+    loopChanges_ = model_.observers.add([this](const Changes &changes) { followLoop(changes); });
+    model_.onPlayJoint = [this] { playLoopJoint(); };
+    model_.onSaveSlices = [this](const auto &, const std::string &name) { saveSlices(name, IfHeld::ask); };
     model_.onPlayRange = [this](FrameRange range, bool loop) { play(range, range.lo, loop); };
 }
 
@@ -119,14 +125,6 @@ void AudioDocument::editEnded(bool committed) {
     if (!committed) AudioEditorSpectralPainting::cancelStroke(model_);  // it was shown until it was rendered
     if (const auto save = std::exchange(waitingSave_, nullptr)) save(committed);
     if (!alive.expired()) considerClosing();
-}
-
-// Wraps a call that may come after this document is gone.
-template <class Call>
-auto AudioDocument::whileAlive(Call call) {
-    return [alive = std::weak_ptr(alive_), call = std::move(call)](auto &&...arguments) {
-        if (!alive.expired()) call(std::forward<decltype(arguments)>(arguments)...);
-    };
 }
 
 void AudioDocument::startWork(Work kind, std::function<void(Progress &)> work, std::function<void(std::exception_ptr)> done) {
@@ -169,6 +167,7 @@ void AudioDocument::install(Loaded loaded, Install how) {
         const AudioEditorModel::Batch batch(model_);
         const auto give = how == Install::fresh ? &AudioEditorModel::load : &AudioEditorModel::reload;
         (model_.*give)(std::move(buffer), positions.markers, positions.loop, std::move(loaded.peaks));
+        AudioEditorLoops::setCanStoreLoop(model_, contents_->format.container != AudioContainer::coreAudio);
         savedVersion_ = model_.state().contentVersion;
     }
     toldEdited_ = isEdited();
@@ -283,6 +282,7 @@ void AudioDocument::saveEnded(Saving &saving, std::exception_ptr failure, const 
     if (!failure) {
         path_ = saving.path;
         contents_ = std::move(saving.contents);
+        AudioEditorLoops::setCanStoreLoop(model_, contents_->format.container != AudioContainer::coreAudio);
         identity_ = saving.written;
         savedVersion_ = saving.version;
     }

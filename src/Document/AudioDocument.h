@@ -9,8 +9,10 @@
 #include "Audio/Files/AudioFileCodec.h"
 #include "Audio/Playback/PlaybackEngine.h"
 #include "Document/DocumentUi.h"
+#include "Document/FolderAccess.h"
 #include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
+#include "Editor/AudioEditorModel/BackgroundAnalyses.h"
 #include "Editor/AudioEditorModel/BackgroundEdits.h"
 #include "Editor/AudioEditorModel/BackgroundPeaks.h"
 #include "Editor/AudioEditorModel/EqModel.h"
@@ -20,6 +22,8 @@
 #include "Platform/Jobs.h"
 
 namespace kiv {
+
+struct SlicesToSave;
 
 // What a document works with; made in main, borrowed by all documents.
 struct DocumentServices {
@@ -79,9 +83,17 @@ public:
     // Waits for a save under way.
     void confirmClose(std::function<void()> close);
 
+    // Saves the model's slices, a file each, in a folder beside the file; the name is the file's when it is empty. Where that
+    // folder holds audio files already, they go to the trash: after asking, at once, or not at all.
+    enum class IfHeld { ask, replace, refuse };
+    void saveSlices(const std::string &name, IfHeld ifHeld, std::function<void(bool)> done = {});
+    std::string slicesFolder() const;
+
     bool canPlay() const;
     void togglePlay();  // the selection, or from the cursor (at the sound's end: from its start); stops what plays
     void play(FrameRange range, std::int64_t start, bool loop);
+    void playSlice(std::size_t index);  // once, with the slices' fades
+    void playLoopJoint();               // the loop, over and over, from a second before its end, with the crossfade that is set
     void stop();
     bool isPlaying() const;
     // Place the cursor there and show it. While playing, playback goes on from the start, and stops at the end.
@@ -118,8 +130,19 @@ private:
     void askOverChanges(const std::string &path, bool isGone, std::function<void(bool)> done);
     void considerClosing();
     void closeAnswered(std::size_t button);
+    // Wraps a call that may come after this document is gone.
     template <class Call>
-    auto whileAlive(Call call);
+    auto whileAlive(Call call) {
+        return [alive = std::weak_ptr(alive_), call = std::move(call)](auto &&...arguments) {
+            if (!alive.expired()) call(std::forward<decltype(arguments)>(arguments)...);
+        };
+    }
+    void start(PlaybackEngine::Request request);
+    void followLoop(const Changes &changes);
+    void saveSlicesAsTheyAre(const std::string &name, IfHeld ifHeld, std::function<void(bool)> done);
+    void lookForSlices(std::shared_ptr<SlicesToSave> saving, IfHeld ifHeld, std::function<void(bool)> done);
+    void writeSlices(std::shared_ptr<SlicesToSave> saving, std::function<void(bool)> done);
+    void slicesSaved(const SlicesToSave &saving, std::exception_ptr failure, const std::function<void(bool)> &done);
     void tellIfEditedChanged();
 
     DocumentServices services_;
@@ -130,6 +153,8 @@ private:
     bool analyzerRests_ = false;             // at this tick
     BackgroundEdits edits_;
     BackgroundPeaks peaks_;
+    BackgroundAnalyses analyses_;
+    FolderAccess access_;
     std::string path_;
     std::optional<AudioFileContents> contents_;
     std::optional<FileSystem::Identity> identity_;  // of the file as last read or written
@@ -141,6 +166,8 @@ private:
     std::int64_t savedVersion_ = 0;
     bool toldEdited_ = false;
     PlayheadFollower follower_{model_};
+    bool jointPlaying_ = false;
+    Subscription loopChanges_;
     Subscription modelChanges_, editChanges_, eqChanges_;
     std::shared_ptr<int> alive_ = std::make_shared<int>();  // jobs and questions hold it weakly
 };

@@ -1,4 +1,7 @@
+#include <algorithm>
+
 #include "Document/AudioDocument.h"
+#include "Editor/AudioEditorModel/AudioEditorLoops.h"
 #include "Editor/AudioEditorModel/AudioEditorSpectralPainting.h"
 
 // Where the document meets playback.
@@ -21,16 +24,55 @@ void AudioDocument::togglePlay() {
 }
 
 void AudioDocument::play(FrameRange range, std::int64_t start, bool loop) {
-    if (!canPlay()) return;
-    stop();
-    model_.setPlaying(true);  // before play(), which may end in playbackStopped()
     PlaybackEngine::Request request;
     request.range = range;
     request.start = start;
     request.loop = loop;
+    this->start(request);
+}
+
+void AudioDocument::start(PlaybackEngine::Request request) {
+    if (!canPlay()) return;
+    stop();
+    model_.setPlaying(true);  // before play(), which may end in playbackStopped()
     request.eq = eqTargets();
     request.eqTap = model_.state().eqEnabled;
     services_.playback->play(model_.state().buffer, request, *this);
+}
+
+void AudioDocument::playSlice(std::size_t index) {
+    const AudioEditorState &state = model_.state();
+    if (index >= state.slices.size() || !canPlay()) return;
+    PlaybackEngine::Request request;
+    request.range = state.slices[index];
+    request.start = request.range.lo;
+    request.fadeIn = state.sliceFadeInSamples;
+    request.fadeOut = state.sliceFadeOutSamples;
+    start(request);
+    model_.setPreviewPlaying(isPlaying());
+}
+
+void AudioDocument::playLoopJoint() {
+    const AudioEditorState &state = model_.state();
+    if (!state.loopPoints || !canPlay()) return;
+    PlaybackEngine::Request request;
+    request.range = *state.loopPoints;
+    request.start = std::max(request.range.lo, request.range.hi - state.buffer.sampleRate());
+    request.loop = true;
+    request.crossfade = AudioEditorLoops::loopCrossfadeFrames(state);
+    request.equalPower = state.loopCrossfadeEqualPower;
+    start(request);
+    jointPlaying_ = isPlaying();
+    model_.setPreviewPlaying(jointPlaying_);
+}
+
+// What is set while the joint is heard is heard at once.
+void AudioDocument::followLoop(const Changes &changes) {
+    if (!jointPlaying_) return;
+    const AudioEditorState &state = model_.state();
+    if (changes.contains(Change::loopPoints)) return state.loopPoints ? playLoopJoint() : stop();
+    if (changes.contains(Change::editLoop))
+        services_.playback->updateLoop(AudioEditorLoops::loopCrossfadeFrames(state), state.loopCrossfadeEqualPower);
 }
 
 void AudioDocument::goToStart() {
@@ -59,6 +101,7 @@ void AudioDocument::playbackMoved(double frame) {
 }
 
 void AudioDocument::playbackStopped() {
+    jointPlaying_ = false;
     const AudioEditorModel::Batch batch(model_);
     model_.setPlayheads({});
     model_.setPlaying(false);

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "Editor/AudioEditorModel/AudioEditorLoops.h"
+#include "Editor/AudioEditorModel/AudioEditorSlices.h"
+
 namespace kiv {
 
 namespace {
@@ -44,12 +47,21 @@ bool canZoomIn(Document document) {
 }
 bool isZoomed(Document document) { return hasSound(document) && state(document).view.zoom > 1; }
 
+bool canFindLoop(Document document) { return canEdit(document) && !state(document).loopAnalyzing; }
+bool canApplyLoopCrossfade(Document document) {
+    return isFree(document) && state(document).editLoopEnabled && AudioEditorLoops::loopCrossfadeFrames(state(document)) > 0;
+}
+bool canSaveSlices(Document document) {
+    return isFreeAndIdle(document) && state(document).slicerEnabled && !state(document).slices.empty();
+}
+
 using Command = EditorCommand;
 namespace Edits = AudioEditorEdits;
 
 // clang-format off
 constexpr CommandAction actions[] = {
     {Command::save, canSave, [](AudioDocument &d) { d.save(); }},
+    {Command::saveSlices, canSaveSlices, [](AudioDocument &d) { AudioEditorSlices::saveSlices(d.model()); }},
     {Command::revert, isFreeAndIdle, [](AudioDocument &d) { d.revert(); }},
 
     {Command::undo, [](Document d) { return isEditable(d) && d.model().canUndo(); }, [](AudioDocument &d) { d.model().undo(); }},
@@ -92,6 +104,15 @@ constexpr CommandAction actions[] = {
     {Command::toggleTimeUnit, isFree, [](AudioDocument &d) { d.model().toggleTimeUnit(); }},
     {Command::followPlayhead, isFree, [](AudioDocument &d) { d.model().setFollowPlayhead(!state(d).followPlayhead); },
      [](Document d) { return state(d).followPlayhead; }},
+    {Command::slicer, canEdit, [](AudioDocument &d) { AudioEditorSlices::setSlicerEnabled(d.model(), !state(d).slicerEnabled); },
+     [](Document d) { return state(d).slicerEnabled; }},
+
+    {Command::editLoop, canEdit, [](AudioDocument &d) { d.model().setEditLoopEnabled(!state(d).editLoopEnabled); },
+     [](Document d) { return state(d).editLoopEnabled; }},
+    {Command::findLoop, canFindLoop, [](AudioDocument &d) { AudioEditorLoops::findLoop(d.model()); }},
+    {Command::playLoopJoint, [](Document d) { return canPlay(d) && state(d).loopPoints; },
+     [](AudioDocument &d) { AudioEditorLoops::playLoopJoint(d.model()); }},
+    {Command::applyLoopCrossfade, canApplyLoopCrossfade, [](AudioDocument &d) { AudioEditorLoops::applyLoopCrossfade(d.model()); }},
 };
 // clang-format on
 

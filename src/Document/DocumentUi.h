@@ -22,6 +22,15 @@ public:
     };
     // The answer is the index of the button.
     virtual void ask(const Question &question, std::function<void(std::size_t)> answer) = 0;
+    // Where to write; nothing when the user will not say, which is also the answer of who cannot ask.
+    struct FolderChoice {
+        std::string folder;  // to begin with
+        std::string message;
+        std::string prompt;  // of the button
+    };
+    virtual void chooseFolder(const FolderChoice &, std::function<void(const std::optional<std::string> &)> answer) {
+        answer(std::nullopt);
+    }
     virtual void showError(const std::string &message, const std::string &informative) = 0;
     virtual void showNotice(NoticeKind kind, const std::string &text) = 0;
 };

@@ -6,6 +6,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "Support/ByteSource.h"
 
@@ -54,7 +55,11 @@ public:
     virtual void copyAttributes(const std::string &from, const std::string &to) = 0;
     virtual void rename(const std::string &from, const std::string &to) = 0;  // in one step, replacing `to`
     virtual void remove(const std::string &path) = 0;
-    virtual void makeFolders(const std::string &path) = 0;  // what is missing of it, for the user alone
+    virtual void makeFolders(const std::string &path) = 0;   // what is missing of it, for the user alone
+    virtual void createFolder(const std::string &path) = 0;  // must not exist yet; what is missing above it too; usual access
+    virtual std::vector<std::string> list(const std::string &folder) = 0;  // the names in it, in their order
+    // To where the desktop keeps what may be wanted back. Throws where there is no such place; the file is then still there.
+    virtual void moveToTrash(const std::string &path) = 0;
     virtual void syncFolder(const std::string &folder) = 0;
     virtual void requireWritable(const std::string &path) = 0;  // throws what stands against it
     // The user's own folder for copies kept while a file is written over in place. It need not exist yet.

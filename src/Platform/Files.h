@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Platform/FileSystem.h"
 #include "Support/ByteSource.h"
@@ -25,6 +26,12 @@ public:
     // disk, and may throw as well.
     virtual void replace(const std::string &path, const std::function<void(ByteSink &)> &produce,
                          const std::function<void(const ByteSource &)> &check = {}) = 0;
+
+    // The names in a folder, in their order; none where there is no folder.
+    virtual std::vector<std::string> names(const std::string &folder) = 0;
+    virtual bool isWritable(const std::string &folder) = 0;
+    virtual void createFolder(const std::string &path) = 0;  // with those missing above it; nothing to do where it exists
+    virtual void moveToTrash(const std::string &path) = 0;
 
     // To be called before a file is opened. Where a replacement had to be written over the old file in place and died on the
     // way, puts the old file back, whole. A file that anybody has written to since is left alone.

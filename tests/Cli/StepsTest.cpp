@@ -39,6 +39,16 @@ TEST(Steps, ThatAreWrongAreToldSo) {
         {"loop 2s 1500ms", "LO must be below HI"},
         {"loop all", "“all” is not one of: none"},
         {"load \"\"", "a file name is missing"},
+        {"nudgeLoop middle 1", "“middle” is not one of: start end"},
+        {"nudgeLoop end 1.5", "“1.5” is no whole number from"},
+        {"loopCrossfade 24 equalGain", "“24” is no whole number from 0 to 23"},
+        {"loopCrossfade 5", "the words are: loopCrossfade STEP equalGain|equalPower"},
+        {"slicer", "the words are: slicer transients|stripSilence|grid [SETTING=VALUE …]"},
+        {"slicer hits", "“hits” is not one of: transients stripSilence grid"},
+        {"slicer grid divisions=3", "“divisions=3” is not one of 2, 4, 8, 16, 32, 64"},
+        {"slicer grid sensitivity=1.5", "is not a whole number from 0 to 100"},
+        {"slicer grid length=5", "“length=5” is no setting: sensitivity="},
+        {"saveSlices a b", "the words are: saveSlices [NAME] [replace]"},
     };
     for (const auto &[step, fault] : cases) {
         try {
@@ -51,9 +61,29 @@ TEST(Steps, ThatAreWrongAreToldSo) {
 }
 
 TEST(Steps, AreRightAtTheLimits) {
-    for (const char *step : {"gain -24", "gain 24", "normalize -24", "normalize 0", "loop 0 1", "loop 5 1s", "loop none",
-                             "timeStretch clean 1e9 -99 99", "timeStretch s950 100 0 0 auto", "timeStretch s950 100 0 0 99999",
-                             "delete", "select -10 1:00", "select 10 5", "mono left", "load \"a b.wav\""})
+    for (const char *step : {"gain -24",
+                             "gain 24",
+                             "normalize -24",
+                             "normalize 0",
+                             "loop 0 1",
+                             "loop 5 1s",
+                             "loop none",
+                             "timeStretch clean 1e9 -99 99",
+                             "timeStretch s950 100 0 0 auto",
+                             "timeStretch s950 100 0 0 99999",
+                             "loopCrossfade 23 equalPower",
+                             "nudgeLoop start -1",
+                             "slicer transients tailDb=-120 preRollMs=100",
+                             "saveSlices",
+                             "saveSlices replace",
+                             "saveSlices a replace",
+                             "findLoop",
+                             "applyLoopCrossfade",
+                             "delete",
+                             "select -10 1:00",
+                             "select 10 5",
+                             "mono left",
+                             "load \"a b.wav\""})
         EXPECT_NO_THROW(parseStep(splitWords(step))) << step;
 }
 

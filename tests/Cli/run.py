@@ -134,7 +134,7 @@ def file_differences(before, case, folder):
         if not line.endswith(" same"):
             name, data = make(line)
             expected[name] = data
-    got = {path.name: path.read_bytes() for path in Path(folder).iterdir()}
+    got = {str(path.relative_to(folder)): path.read_bytes() for path in Path(folder).rglob("*") if path.is_file()}
     for name in sorted(expected.keys() | got.keys()):
         if name not in got or name not in expected:
             yield f"{name} is {'not ' if name in expected else ''}there"

@@ -102,6 +102,10 @@ public:
                  const std::function<void(const ByteSource &)> &check) override {
         files_.replace(path, produce, check);
     }
+    std::vector<std::string> names(const std::string &folder) override { return files_.names(folder); }
+    bool isWritable(const std::string &folder) override { return files_.isWritable(folder); }
+    void createFolder(const std::string &path) override { files_.createFolder(path); }
+    void moveToTrash(const std::string &path) override { files_.moveToTrash(path); }
     Recovery recoverInterrupted(const std::string &) override { return Recovery::restored; }
 
 private:

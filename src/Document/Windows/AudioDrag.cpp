@@ -4,12 +4,16 @@
 #include <QMimeData>
 #include <QUrl>
 
+#include "Document/AudioExtensions.h"
+
 namespace kiv {
 
 const QStringList &audioExtensions() {
-    static const QStringList extensions{"wav", "wave", "bwf",  "rf64", "w64", "aif",  "aiff", "aifc", "caf", "au",
-                                        "snd", "voc",  "flac", "oga",  "ogg", "opus", "mp3",  "mp2",  "mp1", "m4a",
-                                        "m4b", "mp4",  "aac",  "wma",  "wv",  "ape",  "tta",  "ac3",  "mka"};
+    static const QStringList extensions = [] {
+        QStringList all;
+        for (const std::string_view extension : openableExtensions) all << QString::fromLatin1(extension);
+        return all;
+    }();
     return extensions;
 }
 

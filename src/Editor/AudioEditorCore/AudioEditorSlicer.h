@@ -46,7 +46,7 @@ struct EnergyWindows {
 };
 
 // The parts where a sample of any channel reaches the threshold. Shorter silences than the minimum do not part them, parts of
-// up to 2 ms are dropped, and 5 ms before and 30 ms behind each are kept.
+// up to 2 ms are dropped, and 5 ms before and 30 ms behind each are kept. The peaks must be exact.
 std::vector<FrameRange> detect(const AudioEditorBuffer &buffer, const AudioEditorPeaks &peaks, int thresholdDb,
                                int minSilenceMs);
 

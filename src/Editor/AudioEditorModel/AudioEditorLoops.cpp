@@ -127,6 +127,10 @@ std::string loopFindStatus(const AudioEditorState &state) {
     return state.loopFindNotice.value_or("");
 }
 
+void setCanStoreLoop(AudioEditorModel &model, bool can) {
+    update(model, [&](AudioEditorLoopState &next) { next.canStoreLoop = can; });
+}
+
 void setLoopZeroCrossing(AudioEditorModel &model, bool on) {
     update(model, [&](AudioEditorLoopState &next) { next.loopZeroCrossing = on; });
 }

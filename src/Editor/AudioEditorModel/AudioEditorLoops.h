@@ -32,6 +32,7 @@ std::optional<std::size_t> loopCandidateIndex(const AudioEditorState &state);
 // What the panel says of the search.
 std::string loopFindStatus(const AudioEditorState &state);
 
+void setCanStoreLoop(AudioEditorModel &model, bool can);
 void setLoopZeroCrossing(AudioEditorModel &model, bool on);
 void setLoopCrossfadeStep(AudioEditorModel &model, int step);  // clamped to the table
 void setLoopCrossfadeEqualPower(AudioEditorModel &model, bool on);

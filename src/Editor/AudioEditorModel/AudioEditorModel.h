@@ -271,6 +271,7 @@ private:
     void holdSpectral(std::shared_ptr<const AudioEditorSpectral::State> spectral);
     enum class Mode { editLoop, slicer, spectral };
     void leaveModesBut(Mode mode);
+    void endMoves();  // of drags
     void setSlices(std::vector<FrameRange> slices);
     std::optional<FrameRange> clampedLoop(std::optional<FrameRange> loop) const;
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
+#include "Editor/AudioEditorModel/AudioEditorSlices.h"
 
 namespace kiv {
 namespace {
@@ -53,7 +54,7 @@ void AudioEditorModel::apply(EditPlan plan) {
 
 void AudioEditorModel::commitOutcome(EditOutcome outcome) {
     const Batch batch(*this);
-    endLoopMove();
+    endMoves();
     Snapshot before = currentSnapshot(true);
     if (outcome.peaks)
         before.peaks = std::move(state_.peaks);
@@ -82,7 +83,7 @@ std::optional<FrameRange> AudioEditorModel::clampedLoop(std::optional<FrameRange
 
 void AudioEditorModel::commitLoop(std::optional<FrameRange> loop) {
     const Batch batch(*this);
-    endLoopMove();
+    endMoves();
     const auto clamped = clampedLoop(loop);
     if (clamped == state_.loopPoints || clamped.has_value() != loop.has_value()) return;
     pushHistory(currentSnapshot(false));
@@ -120,15 +121,20 @@ void AudioEditorModel::cancelLoopMove() {
     state_.pressLoop.reset();
 }
 
+void AudioEditorModel::endMoves() {
+    endLoopMove();
+    AudioEditorSlices::endSliceMove(*this);
+}
+
 void AudioEditorModel::undo() {
     const Batch batch(*this);
-    endLoopMove();
+    endMoves();
     restore(history_.undo([this](const Snapshot &taken) { return counterpart(taken); }));
 }
 
 void AudioEditorModel::redo() {
     const Batch batch(*this);
-    endLoopMove();
+    endMoves();
     restore(history_.redo([this](const Snapshot &taken) { return counterpart(taken); }));
 }
 

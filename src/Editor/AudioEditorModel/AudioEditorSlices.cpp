@@ -42,6 +42,7 @@ struct Detection {
                     AudioEditorSlicer::grid(buffer.frames(), s.sliceDivisions, s.sliceGridOffset, s.sliceGridLengthPercent);
                 return;
             case Mode::stripSilence:
+                if (!peaks.isExact()) peaks.takeTail(peaks.measuredTail(buffer));
                 slices = AudioEditorSlicer::detect(buffer, peaks, s.sliceThresholdDb, s.sliceMinSilenceMs);
                 return;
             case Mode::transients:
@@ -54,8 +55,16 @@ struct Detection {
     }
     // Whether it would be felt on the main thread.
     bool isLong() const {
-        if (settings.sliceMode != Mode::transients) return false;
-        return (energy ? buffer.frames() / 8 : buffer.frames() * buffer.channels()) > quickSamples;
+        const std::int64_t samples = buffer.frames() * buffer.channels();
+        switch (settings.sliceMode) {
+            case Mode::grid:
+                return false;
+            case Mode::stripSilence:
+                return !peaks.isExact() && samples > quickSamples;
+            case Mode::transients:
+                return (energy ? buffer.frames() / 8 : samples) > quickSamples;
+        }
+        return false;
     }
 };
 

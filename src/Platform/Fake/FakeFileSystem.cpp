@@ -355,6 +355,30 @@ void FakeFileSystem::makeFolders(const std::string &path) {
     makeFolder(path);
 }
 
+void FakeFileSystem::createFolder(const std::string &path) {
+    const std::lock_guard lock(mutex_);
+    step(Need::space);
+    if (!demand(parentOf(path))->writable) fail(std::errc::permission_denied);
+    if (find(path)) fail(std::errc::file_exists);
+    makeFolder(path);
+}
+
+std::vector<std::string> FakeFileSystem::list(const std::string &folder) {
+    const std::lock_guard lock(mutex_);
+    step();
+    requireFolder(folder);
+    return names(folder);
+}
+
+void FakeFileSystem::moveToTrash(const std::string &path) {
+    const std::lock_guard lock(mutex_);
+    step();
+    const auto node = demand(path);
+    if (!demand(parentOf(path))->writable) fail(std::errc::permission_denied);
+    makeFolder(trashFolder);
+    change({parentOf(path), {{path, nullptr}, {trashFolder + path.substr(path.rfind('/')), node}}});
+}
+
 void FakeFileSystem::syncFolder(const std::string &folder) {
     const std::lock_guard lock(mutex_);
     step();

@@ -24,6 +24,7 @@ class FakeFileSystem : public FileSystem {
 public:
     using Bytes = std::vector<std::byte>;
     static constexpr const char *stateFolder = "/home/state";
+    static constexpr const char *trashFolder = "/home/trash";
 
     // The world as it stands, all of it on the device. Folders above a path are made too.
     void makeFolder(const std::string &path);
@@ -61,6 +62,9 @@ public:
     void rename(const std::string &from, const std::string &to) override;
     void remove(const std::string &path) override;
     void makeFolders(const std::string &path) override;
+    void createFolder(const std::string &path) override;
+    std::vector<std::string> list(const std::string &folder) override;
+    void moveToTrash(const std::string &path) override;  // into trashFolder
     void syncFolder(const std::string &folder) override;
     void requireWritable(const std::string &path) override;
     std::string temporaryFolder() override { return stateFolder; }

@@ -4,6 +4,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
@@ -11,6 +12,7 @@
 #include "Platform/FileFault.h"
 #include "Platform/Linux/FileAttributes.h"
 #include "Platform/Linux/FileDescriptor.h"
+#include "Platform/Linux/Trash.h"
 #include "Platform/Linux/UserFolders.h"
 
 namespace kiv {
@@ -188,6 +190,28 @@ void LinuxFileSystem::makeFolders(const std::string &path) {
     if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) throwErrno();
     syncFolder(folderOf(path));
 }
+
+void LinuxFileSystem::createFolder(const std::string &path) {
+    const std::filesystem::path whole = std::filesystem::absolute(path);
+    std::error_code error;
+    std::filesystem::create_directories(whole.parent_path(), error);
+    if (error) throw std::system_error(error);
+    if (::mkdir(whole.c_str(), 0777) != 0) throwErrno();
+    syncFolder(whole.parent_path());
+}
+
+std::vector<std::string> LinuxFileSystem::list(const std::string &folder) {
+    std::error_code error;
+    std::vector<std::string> names;
+    // A failure on the way ends the iteration.
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
+        names.push_back(entry->path().filename());
+    if (error) throw std::system_error(error);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+void LinuxFileSystem::moveToTrash(const std::string &path) { trashFile(path); }
 
 void LinuxFileSystem::syncFolder(const std::string &folder) {
     // A folder may let one write but not list, and some file systems cannot sync one: then there is nothing to be done.

@@ -18,6 +18,9 @@ public:
     void rename(const std::string &from, const std::string &to) override;
     void remove(const std::string &path) override;
     void makeFolders(const std::string &path) override;
+    void createFolder(const std::string &path) override;
+    std::vector<std::string> list(const std::string &folder) override;
+    void moveToTrash(const std::string &path) override;
     void syncFolder(const std::string &folder) override;
     void requireWritable(const std::string &path) override;
     std::string temporaryFolder() override;  // kiv-audio-editor/saving in the user's state folder

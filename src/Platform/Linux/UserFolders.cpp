@@ -20,14 +20,16 @@ std::string absolutePath(const char *variable) {
     return value && value[0] == '/' ? value : "";
 }
 
-}  // namespace
-
-std::string userFolder(UserFolder folder) {
-    const Row &row = rows[int(folder)];
-    const std::string own = "/kiv-audio-editor";
-    if (const std::string base = absolutePath(row.variable); !base.empty()) return base + own;
-    if (const std::string home = absolutePath("HOME"); !home.empty()) return home + row.inHome + own;
+std::string baseFolder(const Row &row) {
+    if (const std::string base = absolutePath(row.variable); !base.empty()) return base;
+    if (const std::string home = absolutePath("HOME"); !home.empty()) return home + row.inHome;
     throw FileFault(std::errc::no_such_file_or_directory, "The user has no home folder");
 }
+
+}  // namespace
+
+std::string userFolder(UserFolder folder) { return baseFolder(rows[int(folder)]) + "/kiv-audio-editor"; }
+
+std::string userDataFolder() { return baseFolder({"XDG_DATA_HOME", "/.local/share"}); }
 
 }  // namespace kiv

@@ -8,5 +8,7 @@ namespace kiv {
 // yet. Throws std::system_error where there is no home.
 enum class UserFolder { config, state };
 std::string userFolder(UserFolder folder);
+// The folder in which programs keep the user's data, each in one of its own.
+std::string userDataFolder();
 
 }  // namespace kiv

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "Document/DocumentUi.h"
+
+namespace kiv::Cli {
+
+// Nobody is there to ask: a question is answered by not doing what it asks about, and a folder is taken as it is, so that
+// writing in it fails with the reason.
+class CallUi : public DocumentUi {
+public:
+    void ask(const Question &question, std::function<void(std::size_t)> answer) override {
+        const auto without = std::ranges::find(question.buttons, "Save Without EQ");
+        if (without != question.buttons.end()) {
+            leavesEqOut = true;
+            return answer(std::size_t(without - question.buttons.begin()));
+        }
+        error = question.message + ".";
+        answer(question.buttons.size() - 1);
+    }
+    void chooseFolder(const FolderChoice &choice, std::function<void(const std::optional<std::string> &)> answer) override {
+        answer(choice.folder);
+    }
+    void showError(const std::string &, const std::string &informative) override { error = informative; }
+    void showNotice(NoticeKind, const std::string &text) override { notices.push_back(text); }
+
+    std::string error;
+    std::vector<std::string> notices;
+    bool leavesEqOut = false;  // what was saved was saved without the equalizer
+};
+
+}  // namespace kiv::Cli

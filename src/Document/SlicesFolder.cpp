@@ -1,0 +1,89 @@
+#include "Document/SlicesFolder.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "Audio/Files/AudioFileCodec.h"
+#include "Document/AudioExtensions.h"
+#include "Document/AudioFileWriting.h"
+#include "Editor/AudioEditorCore/AudioEditorOps.h"
+
+namespace kiv {
+namespace {
+
+std::string nameOf(const std::string &path) { return path.substr(path.find_last_of('/') + 1); }
+
+bool isAudioFileName(const std::string &name) {
+    const std::size_t dot = name.rfind('.');
+    if (dot == name.npos || dot == 0) return false;
+    std::string extension = name.substr(dot + 1);
+    std::ranges::transform(extension, extension.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    return std::ranges::find(openableExtensions, extension) != openableExtensions.end();
+}
+
+// What slices of a file that we do not write are written as: with 16 bits, or 24 where it has more.
+AudioFileFormat wavFormat(const AudioFileContents &source) {
+    AudioFileFormat format;
+    const std::string bits = source.decodedSetting(bitDepthKey);
+    const bool isDeep = !bits.empty() && std::stoi(bits) > 16;
+    format.encoding = isDeep ? AudioSampleEncoding{.bytes = 3, .validBits = 24} : AudioSampleEncoding{};
+    format.sampleRate = source.format.sampleRate;
+    format.bitsDescription = format.encoding->description();
+    return format;
+}
+
+AudioFileContents sliceContents(const SlicesToSave &saving, FrameRange slice) {
+    const AudioEditorBuffer sound = AudioEditorOps::slice(saving.contents.buffer, slice);
+    AudioFileContents bare =
+        AudioFileCodec::bareContents(AudioEditorOps::sliceFaded(sound, saving.fadeIn, saving.fadeOut), saving.contents);
+    bare.coreAudioSettings = saving.contents.coreAudioSettings;  // say how the file's own format is written
+    if (saving.contents.canSaveInPlace()) return bare;
+    bare.format = wavFormat(saving.contents);
+    bare.coreAudioSettings.reset();
+    bare.chunks.clear();
+    return bare;
+}
+
+}  // namespace
+
+std::string fileStem(const std::string &path) {
+    const std::string name = nameOf(path);
+    const std::size_t dot = name.rfind('.');
+    return dot == name.npos || dot == 0 ? name : name.substr(0, dot);
+}
+
+std::string slicesFolderName(const std::string &path) { return fileStem(path) + ".slices"; }
+
+std::string sliceFileStem(std::string name, std::size_t index, std::size_t count) {
+    std::ranges::replace_if(
+        name, [](char c) { return c == '/' || c == ':'; }, '-');
+    std::string number = std::to_string(index + 1);
+    const std::size_t width = std::max<std::size_t>(2, std::to_string(count).size());
+    number.insert(0, width - std::min(width, number.size()), '0');
+    return name + "-" + number;
+}
+
+std::vector<std::string> audioFilesIn(Files &files, const std::string &folder) {
+    std::vector<std::string> names = files.names(folder);
+    std::erase_if(names, [&](const std::string &name) {
+        if (!isAudioFileName(name)) return true;
+        const auto identity = files.identity(folder + "/" + name);
+        return !identity || identity->kind != FileSystem::Kind::file;
+    });
+    return names;
+}
+
+void writeSlices(Files &files, DecodedReader *decoders, const SlicesToSave &saving, Progress &progress) {
+    files.createFolder(saving.folder);
+    for (const std::string &name : audioFilesIn(files, saving.folder)) files.moveToTrash(saving.folder + "/" + name);
+    progress.start(std::int64_t(saving.slices.size()));
+    for (std::size_t i = 0; i < saving.slices.size(); ++i) {
+        const AudioFileContents contents = sliceContents(saving, saving.slices[i]);
+        const std::string stem = sliceFileStem(saving.name, i, saving.slices.size());
+        Progress unwatched;
+        writeAudioFile(files, decoders, saving.folder + "/" + stem + "." + contents.format.fileExtension, contents, unwatched);
+        progress.add(1);
+    }
+}
+
+}  // namespace kiv
