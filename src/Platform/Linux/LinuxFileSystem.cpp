@@ -192,9 +192,12 @@ void LinuxFileSystem::makeFolders(const std::string &path) {
 }
 
 void LinuxFileSystem::createFolder(const std::string &path) {
-    if (const std::string above = folderOf(path); !identity(above)) createFolder(above);
-    if (::mkdir(path.c_str(), 0777) != 0) throwErrno();
-    syncFolder(folderOf(path));
+    const std::filesystem::path whole = std::filesystem::absolute(path);
+    std::error_code error;
+    std::filesystem::create_directories(whole.parent_path(), error);
+    if (error) throw std::system_error(error);
+    if (::mkdir(whole.c_str(), 0777) != 0) throwErrno();
+    syncFolder(whole.parent_path());
 }
 
 std::vector<std::string> LinuxFileSystem::list(const std::string &folder) {
