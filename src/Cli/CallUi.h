@@ -13,13 +13,13 @@ namespace kiv::Cli {
 class CallUi : public DocumentUi {
 public:
     void ask(const Question &question, std::function<void(std::size_t)> answer) override {
-        const auto without = std::ranges::find(question.buttons, "Save Without EQ");
-        if (without != question.buttons.end()) {
-            leavesEqOut = true;
-            return answer(std::size_t(without - question.buttons.begin()));
-        }
+        const auto indexOf = [&](const char *button) {
+            return std::size_t(std::ranges::find(question.buttons, button) - question.buttons.begin());
+        };
+        leavesEqOut = indexOf("Save Without EQ") < question.buttons.size();
+        if (leavesEqOut) return answer(indexOf("Save Without EQ"));
         error = question.message + ".";
-        answer(question.buttons.size() - 1);
+        answer(indexOf("Cancel"));
     }
     void chooseFolder(const FolderChoice &choice, std::function<void(const std::optional<std::string> &)> answer) override {
         answer(choice.folder);

@@ -306,9 +306,10 @@ void AudioDocument::askOverChanges(const std::string &path, bool isGone, std::fu
         quoted(name()) + (isGone ? " is no longer where it was" : " has been changed by another program"),
         isGone ? "It has been moved or deleted. Saving writes it anew in the old place."
                : "Saving replaces what the other program has written.",
-        {"Save Anyway", "Cancel"}};
+        {"Cancel", "Save Anyway"}};
     ui_.ask(question, whileAlive([this, path, done = std::move(done)](std::size_t button) {
-                if (button != 0) return done(false);
+                enum : std::size_t { cancel, saveAnyway };
+                if (button != saveAnyway) return done(false);
                 runSave(path, IfChanged::overwrite, done);
             }));
 }

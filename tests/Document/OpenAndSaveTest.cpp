@@ -272,6 +272,7 @@ TEST(Saving, AsksBeforeItReplacesWhatAnotherProgramHasWrittenOrBringsBackWhatItH
         EXPECT_EQ(world.save(), saves);
         ASSERT_EQ(world.ui.asked.size(), 1u);
         EXPECT_EQ(world.ui.asked[0].message, message);
+        EXPECT_EQ(world.ui.asked[0].buttons.front(), "Cancel") << "Enter replaces nobody's work";
         EXPECT_EQ(world.disk.identity(world.path).has_value(), saves || !removes);
         EXPECT_TRUE((!saves && removes) || world.onDisk() == (saves ? plainFile : foreign));
     }

@@ -36,12 +36,12 @@ def changed_or_removed(desktop, program, folder):
         editor.key("ctrl+s")
         time.sleep(0.5)
         assert (path.exists() and path.read_bytes()) == now, f"a {name} file was saved without a question"
-        editor.key("Escape")
+        editor.key("Return")  # Cancel: what is there is another's
         time.sleep(0.3)
         assert (path.exists() and path.read_bytes()) == now, f"Cancel saved a {name} file"
         editor.key("ctrl+s")
         time.sleep(0.5)
-        editor.key("Return")  # Save Anyway
+        editor.key("Tab", "Return")  # Save Anyway
         wait_for(f"the {name} file", lambda: path.exists() and path.read_bytes() == REVERSED)
         editor.key("ctrl+w")
         assert editor.process.wait(10) == 0

@@ -57,7 +57,7 @@ void AlertSheet::setInWindow() {
 
 QList<Button *> AlertSheet::rightToLeft() const {
     QList<Button *> row = buttons_;
-    if (cancelIndex_) row.append(row.takeAt(qsizetype(*cancelIndex_)));
+    if (cancelIndex_.value_or(0) != 0) row.append(row.takeAt(qsizetype(*cancelIndex_)));
     return row;
 }
 
