@@ -145,6 +145,7 @@ void Application::documentShown() {
 // Not at once: it is one of the controller's own calls that leads here.
 void Application::forget(DocumentWindowController *controller) {
     QTimer::singleShot(0, &keys_, [this, controller] {
+        if (controller == asksQuit_) asksQuit_ = nullptr;
         std::erase_if(documents_, [&](const auto &document) { return document.get() == controller; });
         if (endsBySignal_ && documents_.empty()) QCoreApplication::exit(0);
     });
@@ -193,10 +194,26 @@ Box Application::placeForNextWindow() const {
 
 void Application::showAbout() { showAboutWindow(style_); }
 
-// Documents without changes close; each of the others asks in its own window. The program ends with its last window.
 void Application::quit() {
+    if (asksQuit_) return asksQuit_->bringForward();
+    askBeforeQuitting();
+}
+
+// Also those that were opened or edited while another one asked. The program ends with its last window.
+void Application::askBeforeQuitting() {
+    const auto next = std::ranges::find_if(documents_, [](const auto &document) { return !document->mayQuit(); });
+    if (next != documents_.end()) {
+        asksQuit_ = next->get();
+        return asksQuit_->confirmQuit([this](bool mayQuit) { quitAnswered(mayQuit); });
+    }
     if (dropWindow_) dropWindow_->close();
-    for (std::size_t i = 0; i < documents_.size(); ++i) documents_[i]->requestClose();
+    for (const auto &document : documents_) document->closeNow();
+}
+
+void Application::quitAnswered(bool mayQuit) {
+    asksQuit_ = nullptr;
+    if (mayQuit) return askBeforeQuitting();
+    for (const auto &document : documents_) document->forgetQuit();
 }
 
 }  // namespace kiv

@@ -30,9 +30,12 @@ public:
 
     void openFile(const std::string &path);
     void chooseFiles();
+    // Asks one window after the other about its unsaved changes, and closes them all when none is against it.
     void quit();
 
 private:
+    void askBeforeQuitting();
+    void quitAnswered(bool mayQuit);
     void catchSignals();
     void endBySignal();
     void applyAppearance();
@@ -65,6 +68,7 @@ private:
     std::vector<std::unique_ptr<DocumentWindowController>> documents_;
     std::unique_ptr<DropWindowController> dropWindow_;
     std::unique_ptr<QSocketNotifier> signals_;
+    DocumentWindowController *asksQuit_ = nullptr;  // the window whose answer the quit waits for
     bool endsBySignal_ = false;
     std::unique_ptr<PaintReport> paintReport_;
     std::unique_ptr<StateReport> stateReport_;

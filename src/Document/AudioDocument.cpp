@@ -314,17 +314,19 @@ void AudioDocument::askOverChanges(const std::string &path, bool isGone, std::fu
             }));
 }
 
-void AudioDocument::confirmClose(std::function<void()> close) {
-    closers_.push_back(std::move(close));
+void AudioDocument::confirmClose(std::function<void(bool)> answered) {
+    closers_.push_back(std::move(answered));
     considerClosing();
+}
+
+// The first may be the end of this document.
+void AudioDocument::tellClosers(bool mayGo) {
+    for (const auto &answered : std::exchange(closers_, {})) answered(mayGo);
 }
 
 void AudioDocument::considerClosing() {
     if (closers_.empty() || closeAsked_ || work_ == Work::saving || waitingSave_) return;
-    if (!isEdited() && !isEditing()) {
-        for (const auto &close : std::exchange(closers_, {})) close();  // the first may be the end of this document
-        return;
-    }
+    if (!isEdited() && !isEditing()) return tellClosers(true);
     if (progress_) progress_->cancel();  // a file being read again for a revert
     closeAsked_ = true;
     const DocumentUi::Question question{"Save changes to " + quoted(name()) + " before closing?",
@@ -338,13 +340,11 @@ void AudioDocument::closeAnswered(std::size_t button) {
     if (button == saveFirst)
         return save([this](bool saved) {
             closeAsked_ = false;
-            if (!saved) closers_.clear();  // else the end of the save looks again: there may be newer edits
+            if (!saved) tellClosers(false);  // else the end of the save looks again: there may be newer edits
         });
     closeAsked_ = false;
-    const auto closers = std::exchange(closers_, {});
-    if (button != dontSave) return;
-    edits_.cancel();
-    for (const auto &close : closers) close();
+    if (button == dontSave) edits_.cancel();
+    tellClosers(button == dontSave);
 }
 
 void AudioDocument::tellIfEditedChanged() {

@@ -83,9 +83,10 @@ public:
     void saveTo(const std::string &path, std::function<void(bool)> done);
     // Reads the file again, after asking when there are edits.
     void revert();
-    // Calls `close` when the document may go: at once when it has no edits, else as the user decides (save, discard, cancel).
-    // Waits for a save under way.
-    void confirmClose(std::function<void()> close);
+    // Tells whether the document may go: at once when it has no edits, else as the user decides (save, discard, cancel). Waits
+    // for a save under way. Asked for again while the question stands it has the same answer.
+    void confirmClose(std::function<void(bool mayGo)> answered);
+    bool isCloseAsked() const { return closeAsked_; }
 
     // Saves the model's slices, a file each, in a folder beside the file; the name is the file's when it is empty. Where that
     // folder holds audio files already, they go to the trash: after asking, at once, or not at all.
@@ -133,6 +134,7 @@ private:
     void askOverChanges(const std::string &path, bool isGone, std::function<void(bool)> done);
     void considerClosing();
     void closeAnswered(std::size_t button);
+    void tellClosers(bool mayGo);
     // Wraps a call that may come after this document is gone.
     template <class Call>
     auto whileAlive(Call call) {
@@ -163,9 +165,9 @@ private:
     std::optional<FileSystem::Identity> identity_;  // of the file as last read or written
     Work work_ = Work::none;
     std::shared_ptr<Progress> progress_;
-    std::function<void(bool go)> waitingSave_;    // for an edit to end
-    std::vector<std::function<void()>> closers_;  // wait for a save to end, or for the answer to one question
-    bool closeAsked_ = false;                     // that question stands, or its answer is being carried out
+    std::function<void(bool go)> waitingSave_;        // for an edit to end
+    std::vector<std::function<void(bool)>> closers_;  // wait for a save to end, or for the answer to one question
+    bool closeAsked_ = false;                         // that question stands, or its answer is being carried out
     std::int64_t savedVersion_ = 0;
     bool toldEdited_ = false;
     PlayheadFollower follower_{model_};

@@ -109,7 +109,7 @@ TEST_F(LongEdit, ClosingAsksAsIfItWereDone) {
         AudioEditorEdits::gain(world.model, -6);
         world.ui.answers = {answer};
         int closed = 0;
-        world.document->confirmClose([&] { ++closed; });
+        world.document->confirmClose([&](bool mayGo) { closed += mayGo; });
         world.jobs.runAll();
         EXPECT_EQ(world.ui.asked.size(), 1u) << answer;
         EXPECT_EQ(closed, closes) << answer;
@@ -121,7 +121,7 @@ TEST_F(LongEdit, ClosingAsksAsIfItWereDone) {
 TEST_F(LongEdit, ClosingWaitsForASaveThatWaitsForIt) {
     document->save();
     int closed = 0;
-    document->confirmClose([&] { ++closed; });
+    document->confirmClose([&](bool mayGo) { closed += mayGo; });
     EXPECT_THAT(ui.asked, IsEmpty());
     jobs.runAll();
     EXPECT_EQ(closed, 1);

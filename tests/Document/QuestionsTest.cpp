@@ -59,9 +59,11 @@ TEST(Closing, AsksOnlyWhenThereAreEdits) {
             world.ui.answers = {answer};
         }
         int closed = 0;
-        world.document->confirmClose([&] { ++closed; });
+        int kept = 0;
+        world.document->confirmClose([&](bool mayGo) { ++(mayGo ? closed : kept); });
         world.jobs.runAll();
         EXPECT_EQ(closed, closes);
+        EXPECT_EQ(kept, !closes);
         EXPECT_EQ(world.ui.asked.size(), answer ? 1u : 0u);
         EXPECT_EQ(world.onDisk() != file, saves);
     }
@@ -73,10 +75,11 @@ TEST(Closing, IsCalledOffWhenTheSaveFails) {
     AudioEditorEdits::reverse(world.model);
     world.ui.answers = {"Save"};
     world.disk.failAt(1, std::errc::io_error, FakeFileSystem::Lasting::on);
-    int closed = 0;
-    world.document->confirmClose([&] { ++closed; });
+    int closed = 0, kept = 0;
+    world.document->confirmClose([&](bool mayGo) { ++(mayGo ? closed : kept); });
     world.jobs.runAll();
     EXPECT_EQ(closed, 0);
+    EXPECT_EQ(kept, 1);
     EXPECT_EQ(world.ui.errors.size(), 1u);
     EXPECT_EQ(world.ui.asked.size(), 1u);
     world.disk.heal();
@@ -90,7 +93,7 @@ TEST(Closing, WaitsForASaveAndAsksAboutLaterEdits) {
     AudioEditorEdits::reverse(world.model);
     world.document->save();
     int closed = 0;
-    world.document->confirmClose([&] { ++closed; });
+    world.document->confirmClose([&](bool mayGo) { closed += mayGo; });
     EXPECT_THAT(world.ui.asked, IsEmpty());
     AudioEditorEdits::silence(world.model);
     world.ui.answers = {"Save"};
@@ -106,7 +109,7 @@ TEST(Closing, AsksAgainAboutEditsMadeWhileItsOwnSaveRan) {
     AudioEditorEdits::reverse(world.model);
     world.ui.answers = {"Save", "Don’t Save"};
     int closed = 0;
-    world.document->confirmClose([&] { ++closed; });
+    world.document->confirmClose([&](bool mayGo) { closed += mayGo; });
     AudioEditorEdits::silence(world.model);
     world.jobs.runAll();
     EXPECT_EQ(world.ui.asked.size(), 2u);
@@ -118,11 +121,11 @@ TEST(Closing, AskedForTwiceIsOneQuestionForBoth) {
     world.open(file);
     AudioEditorEdits::reverse(world.model);
     int closed = 0;
-    world.document->confirmClose([&] {
-        ++closed;
+    world.document->confirmClose([&](bool mayGo) {
+        closed += mayGo;
         world.document.reset();
     });
-    world.document->confirmClose([&] { ++closed; });
+    world.document->confirmClose([&](bool mayGo) { closed += mayGo; });
     EXPECT_EQ(world.ui.asked.size(), 1u);
     world.ui.press("Save");
     world.jobs.runAll();
@@ -134,7 +137,7 @@ TEST(Closing, AnAnswerAfterTheDocumentIsGoneIsIgnored) {
     world.open(file);
     AudioEditorEdits::reverse(world.model);
     int closed = 0;
-    world.document->confirmClose([&] { ++closed; });
+    world.document->confirmClose([&](bool mayGo) { closed += mayGo; });
     world.document.reset();
     world.ui.press("Don’t Save");
     EXPECT_EQ(closed, 0);

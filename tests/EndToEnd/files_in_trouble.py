@@ -69,6 +69,51 @@ def told_to_end(desktop, program, folder):
     assert path.read_bytes() == REVERSED
 
 
+def windows(desktop):
+    found = desktop.output(["xdotool", "search", "--onlyvisible", "--name", "quit.*Kiv Audio Editor"]).split()
+    return {desktop.output(["xdotool", "getwindowname", window]).split(".")[0]: window for window in found}
+
+
+def active(desktop):
+    return desktop.output(["xdotool", "getactivewindow", "getwindowname"])
+
+
+def quit_with_windows(desktop, program, folder):
+    """One window asks after the other; the first Cancel keeps all of them, and no other question is left standing."""
+    paths = [folder / f"{name}.wav" for name in ("quit-one", "quit-two", "quit-clean")]
+    for path in paths:
+        path.write_bytes(BEFORE)
+    editor = Editor(desktop, program, paths[0], *map(str, paths[1:]))
+    wait_for("all windows", lambda: len(windows(desktop)) == 3)
+    for name in ("quit-two", "quit-one"):
+        desktop.do("windowactivate", "--sync", windows(desktop)[name])
+        editor.key("ctrl+a", "shift+r")
+
+    def ask():
+        desktop.do("windowactivate", "--sync", windows(desktop)["quit-clean"])
+        editor.key("ctrl+q")
+        asking = wait_for("a question", lambda: next((n for n in ("quit-one", "quit-two") if n in active(desktop)), None))
+        time.sleep(0.3)
+        return asking, "quit-two" if asking == "quit-one" else "quit-one"
+
+    asking, other = ask()
+    editor.key("Escape")
+    assert lasts(editor.process) and len(windows(desktop)) == 3, "Cancel closed a window"
+    desktop.do("windowactivate", "--sync", windows(desktop)[other])
+    editor.key("Return")
+    assert lasts(editor.process) and len(windows(desktop)) == 3
+    assert all(path.read_bytes() == BEFORE for path in paths), "a question was left standing in another window"
+
+    asking, other = ask()
+    editor.key("Return")  # Save
+    wait_for("the next question", lambda: other in active(desktop))
+    time.sleep(0.3)
+    assert (folder / f"{asking}.wav").read_bytes() == REVERSED and len(windows(desktop)) == 3
+    editor.key("Tab", "Return")  # Don't Save
+    assert editor.process.wait(10) == 0
+    assert (folder / f"{other}.wav").read_bytes() == BEFORE
+
+
 def read_only(kiv, folder):
     """As another user than root, who may write anything. In a folder of that user's own, so that a rename would be allowed."""
     home = folder / "nobody"
@@ -93,6 +138,7 @@ def main(program):
     with Desktop() as desktop:
         changed_or_removed(desktop, program, desktop.folder)
         told_to_end(desktop, program, desktop.folder)
+        quit_with_windows(desktop, program, desktop.folder)
         read_only(Path(program).parent / "kiv", desktop.folder)
     print("nothing was lost unasked")
 

@@ -118,9 +118,7 @@ void DocumentWindowController::showAlert(AlertTone tone, const Question &questio
 
 void DocumentWindowController::ask(const Question &question, std::function<void(std::size_t)> answer) {
     ++questionsOpen_;
-    showWindow();
-    view_->raise();
-    view_->activateWindow();
+    bringForward();
     showAlert(AlertTone::warning, question, [this, answer = std::move(answer)](std::size_t button) {
         --questionsOpen_;
         answer(button);
@@ -176,22 +174,51 @@ void DocumentWindowController::requestClose() { view_->close(); }
 bool DocumentWindowController::mayClose() {
     if (isClosed_) return true;
     if (questionsOpen_ > 0) {
-        view_->raise();
-        view_->activateWindow();
+        bringForward();
         return false;
     }
-    document_->model().closeDialog();
-    view_->sheets().dismissAll();
-    saveFrame();
-    document_->confirmClose([this] {
-        if (std::exchange(isClosed_, true)) return;
-        document_->stop();
-        QTimer::singleShot(0, view_.get(), [this] {
-            view_->close();
-            if (onClosed) onClosed();
-        });
+    closeSheets();
+    document_->confirmClose([this](bool mayGo) {
+        if (mayGo) closeNow();
     });
     return false;
+}
+
+void DocumentWindowController::closeSheets() {
+    document_->model().closeDialog();
+    view_->sheets().dismissAll();
+}
+
+void DocumentWindowController::bringForward() {
+    showWindow();
+    view_->setWindowState(view_->windowState() & ~Qt::WindowMinimized);
+    view_->raise();
+    view_->activateWindow();
+}
+
+void DocumentWindowController::closeNow() {
+    if (std::exchange(isClosed_, true)) return;
+    saveFrame();
+    document_->stop();
+    QTimer::singleShot(0, view_.get(), [this] {
+        view_->close();
+        if (onClosed) onClosed();
+    });
+}
+
+bool DocumentWindowController::mayQuit() const {
+    return isClosed_ || quitVersion_ == document_->model().state().contentVersion;
+}
+
+// A question about something else has to be answered first: it is shown, and the quit is off.
+void DocumentWindowController::confirmQuit(std::function<void(bool)> answered) {
+    if (questionsOpen_ > 0) bringForward();
+    if (questionsOpen_ > 0 && !document_->isCloseAsked()) return answered(false);
+    if (questionsOpen_ == 0 && (document_->isEdited() || document_->isEditing())) closeSheets();
+    document_->confirmClose([this, answered = std::move(answered)](bool mayGo) {
+        if (mayGo) quitVersion_ = document_->model().state().contentVersion;
+        answered(mayGo);
+    });
 }
 
 }  // namespace kiv

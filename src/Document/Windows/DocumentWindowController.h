@@ -37,6 +37,14 @@ public:
 
     // As a click on the window's close button.
     void requestClose();
+    // Asks what closing would ask, but leaves the window open: tells whether it may go. Where it has been told so and nothing
+    // has been edited since, `mayQuit` holds, and `closeNow` closes the window without another question.
+    void confirmQuit(std::function<void(bool mayQuit)> answered);
+    bool mayQuit() const;
+    void forgetQuit() { quitVersion_.reset(); }
+    void closeNow();
+    // Also from the task bar.
+    void bringForward();
     void saveFrame();
 
     std::function<void()> onOpenCommand;
@@ -60,12 +68,14 @@ private:
     void dialogChanged();
     void showWindow();
     bool mayClose();
+    void closeSheets();
 
     WindowServices services_;
     std::unique_ptr<AudioDocument> document_;
     std::unique_ptr<DocumentHostingView> view_;
     std::optional<Dialog> shownDialog_;
     int questionsOpen_ = 0;
+    std::optional<std::int64_t> quitVersion_;  // of the content that may go
     bool isClosed_ = false;
     bool wasFailed_ = false;
     Subscription documentChanges_, modelChanges_, shortcutChanges_;
