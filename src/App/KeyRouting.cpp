@@ -28,8 +28,13 @@ bool belongsToText(const KeyPress &press, TextFocus text) {
     return !(press.modifiers & command);
 }
 
+// A number begun anywhere goes to the sheet's field, and letters may be the sheet's own keys. What no sheet wants is kept from
+// its controls: with Alt or Super a line edit would still type it.
 KeyRoute routeWithSheet(std::optional<EditorCommand> match, const KeyPress &press, const KeyContext &context) {
-    if (match == EditorCommand::playStop) return press.isRepeat ? KeyRoute(KeyPath::swallow) : PerformCommand{*match};
+    const bool acts = match && actsUnderSheets(*match) && (*match == EditorCommand::playStop || !beginsNumber(press));
+    if (acts) return press.isRepeat && !repeats(*match) ? KeyRoute(KeyPath::swallow) : PerformCommand{*match};
+    if (press.modifiers & (Shortcut::option | Shortcut::control)) return KeyPath::swallow;
+    if (match && press.modifiers & command) return KeyPath::swallow;
     return context.focusIsInSheet ? KeyPath::focus : KeyPath::sheet;
 }
 

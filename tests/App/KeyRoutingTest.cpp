@@ -114,11 +114,23 @@ TEST_F(KeyRoutingTest, EveryOtherCommandWaitsForASheet) {
     EXPECT_EQ(in(outside, named("space")), perform(EditorCommand::playStop));
     EXPECT_EQ(in(inside, named("space")), perform(EditorCommand::playStop));
     EXPECT_EQ(in(inside, repeated(named("space"))), KeyRoute(KeyPath::swallow));
-    for (const KeyPress &press : {typed("s", cmd), typed("1", cmd), typed("c"), named("delete"), named("return"), typed("5")}) {
+    for (const KeyPress &press : {typed("c"), named("delete"), named("return"), typed("5"), typed("q", cmd)}) {
         EXPECT_EQ(in(outside, press), KeyRoute(KeyPath::sheet));
         EXPECT_EQ(in(inside, press), KeyRoute(KeyPath::focus));
     }
-    inside.text = TextFocus::number;
+    KeyContext field = inside;
+    field.text = TextFocus::number;
+    store.store(Shortcut{"5", 0}, EditorCommand::verticalZoomIn);
+    for (const KeyContext &context : {outside, inside, field}) {
+        for (const KeyPress &press : {typed("s", cmd), typed("s", opt), typed("y", opt), typed("5", Shortcut::control)})
+            EXPECT_EQ(in(context, press), KeyRoute(KeyPath::swallow)) << press.plain;
+        EXPECT_EQ(in(context, typed("1", cmd)), perform(EditorCommand::zoomIn));
+        EXPECT_EQ(in(context, repeated(typed("2", cmd))), perform(EditorCommand::zoomOut));
+        const bool types = context.text == TextFocus::number;
+        EXPECT_EQ(in(context, typed("z")), types ? KeyRoute(KeyPath::focus) : perform(EditorCommand::zoomSelection));
+    }
+    EXPECT_EQ(in(outside, typed("5")), KeyRoute(KeyPath::sheet)) << "a number, though a command's key";
+    inside = field;
     EXPECT_EQ(in(inside, named("space")), perform(EditorCommand::playStop));
     EXPECT_EQ(in(inside, typed("z", cmd)), edit(TextEdit::undo));
 }

@@ -96,4 +96,11 @@ bool repeats(EditorCommand command) {
     return command == zoomIn || command == zoomOut || command == undo || command == redo;
 }
 
+bool actsUnderSheets(EditorCommand command) {
+    using enum EditorCommand;
+    constexpr EditorCommand those[] = {playStop,      zoomIn,         zoomOut,         zoomFit,
+                                       zoomSelection, verticalZoomIn, verticalZoomOut, verticalZoomReset};
+    return std::ranges::find(those, command) != std::end(those);
+}
+
 }  // namespace kiv

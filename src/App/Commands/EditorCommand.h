@@ -44,5 +44,7 @@ std::string_view heading(EditorCommandGroup group);
 
 // Whether holding the key performs the command again and again: zoomIn, zoomOut, undo, redo.
 bool repeats(EditorCommand command);
+// Whether it acts while a sheet is open: what may be heard and looked at meanwhile.
+bool actsUnderSheets(EditorCommand command);
 
 }  // namespace kiv

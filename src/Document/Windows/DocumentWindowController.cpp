@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QTimer>
-#include <algorithm>
 #include <chrono>
 
 #include "Editor/Views/AlertSheet.h"
@@ -19,14 +18,6 @@ using namespace std::chrono_literals;
 
 // A small file is read within this time, and its window then appears with the sound in it.
 constexpr auto showAfter = 30ms;
-
-// What may be heard and looked at while a sheet is open.
-constexpr EditorCommand actUnderSheets[] = {
-    EditorCommand::playStop,        EditorCommand::zoomIn,
-    EditorCommand::zoomOut,         EditorCommand::zoomFit,
-    EditorCommand::zoomSelection,   EditorCommand::verticalZoomIn,
-    EditorCommand::verticalZoomOut, EditorCommand::verticalZoomReset,
-};
 
 // "[*]" is where the mark of unsaved changes goes; in a name it stands for itself.
 QString windowTitle(const std::string &name) {
@@ -141,7 +132,7 @@ bool DocumentWindowController::isEnabled(EditorCommand command) const {
 
 bool DocumentWindowController::isWaiting(EditorCommand command) const {
     const bool hasSheet = (view_ && view_->openSheet()) || document_->model().state().dialog;
-    return hasSheet && std::ranges::find(actUnderSheets, command) == std::end(actUnderSheets);
+    return hasSheet && !actsUnderSheets(command);
 }
 
 bool DocumentWindowController::isChecked(EditorCommand command) const {
