@@ -57,13 +57,21 @@ void DocumentHostingView::connectParts() {
     infoLine_->onLeft = topBar_->onLeft = [this] { waveform_->setFocus(); };
     sheets_->onWheel = [this](QWheelEvent *event) { zoomByWheel(event); };
     sheets_->onShown = [this](Sheet &sheet) {
+        setViewOnly(true);
         ring_->followAll(&sheet);
         topBar_->refreshCommands();
     };
     sheets_->onGone = [this] {
+        setViewOnly(false);
         waveform_->setFocus();
         topBar_->refreshCommands();
     };
+}
+
+// What a sheet acts on stays as it is while the sheet is open.
+void DocumentHostingView::setViewOnly(bool isViewOnly) {
+    waveform_->setViewOnly(isViewOnly);
+    ruler_->setViewOnly(isViewOnly);
 }
 
 void DocumentHostingView::refreshTips() {

@@ -56,6 +56,7 @@ protected:
 
 private:
     void connectParts();
+    void setViewOnly(bool isViewOnly);
     void orderTabs();
     void layOut();
     void zoomByWheel(QWheelEvent *event);

@@ -13,6 +13,11 @@ constexpr double dragFrom = 4, pixelsPerDoubling = 64;  // logical pixels
 
 }  // namespace
 
+void RulerInput::setViewOnly(bool isViewOnly) {
+    isViewOnly_ = isViewOnly;
+    if (isViewOnly && !std::holds_alternative<std::monostate>(drag_)) release();
+}
+
 void RulerInput::press(const PointerEvent &event, int clicks, const RulerGeometry &geometry) {
     if (event.y >= geometry.lane.lo && event.x >= geometry.left) return pressLane(event, clicks, geometry);
     drag_ = ViewDrag{model_.state().view, event.x, event.y, geometry.axis.frameAt(event.x - geometry.left), false};
@@ -20,6 +25,7 @@ void RulerInput::press(const PointerEvent &event, int clicks, const RulerGeometr
 }
 
 void RulerInput::pressLane(const PointerEvent &event, int clicks, const RulerGeometry &geometry) {
+    if (isViewOnly_) return;
     const AudioEditorState &state = model_.state();
     const double column = event.x - geometry.left;
     if (clicks == 1 && pressLoop(event, geometry)) return;
@@ -88,7 +94,7 @@ void RulerInput::release() {
     model_.setViewDragged(false);
     model_.endLoopMove();
     const auto *view = std::get_if<ViewDrag>(&drag);
-    if (view && !view->moved) model_.toggleTimeUnit();
+    if (view && !view->moved && !isViewOnly_) model_.toggleTimeUnit();
 }
 
 bool RulerInput::cancel() {
@@ -102,7 +108,7 @@ bool RulerInput::cancel() {
 PointerShape RulerInput::shape(const PointerEvent &event, const RulerGeometry &geometry) const {
     const auto *view = std::get_if<ViewDrag>(&drag_);
     const auto *loop = std::get_if<LoopDrag>(&drag_);
-    const bool isOverTab = std::holds_alternative<std::monostate>(drag_) && model_.state().editLoopEnabled &&
+    const bool isOverTab = !isViewOnly_ && std::holds_alternative<std::monostate>(drag_) && model_.state().editLoopEnabled &&
                            loopTabAt(model_.state(), geometry, event.x - geometry.left, event.y);
     const bool isSizing = isOverTab || (view && view->moved) || (loop && (loop->moved || loop->isStart));
     return isSizing ? PointerShape::horizontalSize : PointerShape::arrow;

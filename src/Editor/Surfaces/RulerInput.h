@@ -14,6 +14,8 @@ class RulerInput {
 public:
     explicit RulerInput(AudioEditorModel &model) : model_(model) {}
 
+    // While a sheet is open the pointer may move the view, and nothing else. Ends the drag in progress.
+    void setViewOnly(bool isViewOnly);
     // clicks counts quick successive presses.
     void press(const PointerEvent &event, int clicks, const RulerGeometry &geometry);
     void move(const PointerEvent &event, const RulerGeometry &geometry);
@@ -47,6 +49,7 @@ private:
 
     AudioEditorModel &model_;
     std::variant<std::monostate, ViewDrag, LoopDrag> drag_;
+    bool isViewOnly_ = false;
 };
 
 }  // namespace kiv

@@ -18,7 +18,13 @@ void WaveformInput::begin(const PointerEvent &event) {
     press_ = Press{state.cursorFrame, state.selection, state.view, event, event, {}, 0, {}};
 }
 
+void WaveformInput::setViewOnly(bool isViewOnly) {
+    isViewOnly_ = isViewOnly;
+    if (isViewOnly && press_) release();
+}
+
 void WaveformInput::press(const PointerEvent &event, int clicks, const WaveformGeometry &geometry) {
+    if (isViewOnly_) return;
     const AudioEditorModel::Batch batch(model_);
     const std::int64_t frame = geometry.frameAt(event.x, model_.state().buffer.frames());
     if (clicks == 3) return model_.selectAll();
@@ -65,7 +71,7 @@ void WaveformInput::pressRight(const PointerEvent &event, const WaveformGeometry
     const AudioEditorState &state = model_.state();
     const std::int64_t frame = geometry.frameAt(event.x, state.buffer.frames());
     const bool inside = state.selection && frame >= state.selection->lo && frame <= state.selection->hi;
-    if (!inside && !press_) model_.placeCursor(frame);
+    if (!inside && !press_ && !isViewOnly_) model_.placeCursor(frame);
 }
 
 void WaveformInput::move(const PointerEvent &event, const WaveformGeometry &geometry) {
@@ -180,6 +186,7 @@ void WaveformInput::scroll(double seconds, const WaveformGeometry &geometry) {
 PointerShape WaveformInput::shape(const PointerEvent &event, const WaveformGeometry &geometry) const {
     const AudioEditorState &state = model_.state();
     if (press_ && press_->held) return PointerShape::closedHand;
+    if (isViewOnly_) return PointerShape::arrow;
     const bool isEdge = press_ ? state.pointerMode && !std::holds_alternative<CursorDrag>(*state.pointerMode)
                                : edgeNear(state, geometry.axis, event.x, geometry.size.scale).has_value();
     return isEdge ? PointerShape::horizontalSize : PointerShape::textBeam;

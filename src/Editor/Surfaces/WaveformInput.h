@@ -16,6 +16,8 @@ class WaveformInput {
 public:
     explicit WaveformInput(AudioEditorModel &model) : model_(model) {}
 
+    // While a sheet is open the pointer may move the view, and nothing else. Ends the drag in progress.
+    void setViewOnly(bool isViewOnly);
     // The left button; clicks counts quick successive presses.
     void press(const PointerEvent &event, int clicks, const WaveformGeometry &geometry);
     void pressMiddle(const PointerEvent &event, const WaveformGeometry &geometry);
@@ -66,6 +68,7 @@ private:
 
     AudioEditorModel &model_;
     std::optional<Press> press_;
+    bool isViewOnly_ = false;
     std::optional<std::int64_t> fixed_;  // the end of the selection that did not move last
 };
 

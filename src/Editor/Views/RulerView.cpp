@@ -101,6 +101,8 @@ bool RulerView::event(QEvent *event) {
     return QWidget::event(event);
 }
 
+void RulerView::setViewOnly(bool isViewOnly) { parts_->input.setViewOnly(isViewOnly); }
+
 bool RulerView::cancelDrag() {
     if (!parts_->input.cancel()) return false;
     setShape(*this, PointerShape::arrow);

@@ -17,6 +17,8 @@ public:
 
     // What a click does, as the tip of the corner with the unit's name.
     void setUnitTip(const QString &tip);
+    // While a sheet is open: drags and wheel move the view, clicks do nothing.
+    void setViewOnly(bool isViewOnly);
     // For Esc: ends the drag in progress and puts the view back. False when there is none.
     bool cancelDrag();
 

@@ -27,6 +27,7 @@ struct WaveformView::Parts {
     ViewStyle &style;
     WaveformRms &rms;
     WaveformInput input;
+    bool isViewOnly = false;
     WheelInput wheel;
     ClickCounter clicks;
     QBasicTimer scrolling;  // runs only while a selection is dragged past a side
@@ -107,7 +108,7 @@ void WaveformView::timerEvent(QTimerEvent *) { parts_->input.scroll(Parts::inter
 
 // From the keyboard the menu opens at the cursor.
 void WaveformView::contextMenuEvent(QContextMenuEvent *event) {
-    if (!onContextMenu || parts_->input.isDragging()) return;
+    if (!onContextMenu || parts_->isViewOnly || parts_->input.isDragging()) return;
     const int cursor = std::clamp(int(parts_->scene.marks.cursor / devicePixelRatioF()), 0, width() - 1);
     const bool isKey = event->reason() == QContextMenuEvent::Keyboard;
     onContextMenu(isKey ? mapToGlobal(QPoint(cursor, height() / 2)) : event->globalPos());
@@ -135,6 +136,13 @@ bool WaveformView::event(QEvent *event) {
     parts_->wheel.pinch(factor, static_cast<QSinglePointEvent *>(event)->position().x(), width());
     parts_->input.viewMoved(parts_->scene.geometry);
     return true;
+}
+
+void WaveformView::setViewOnly(bool isViewOnly) {
+    parts_->isViewOnly = isViewOnly;
+    parts_->scrolling.stop();
+    parts_->input.setViewOnly(isViewOnly);
+    setFocusPolicy(isViewOnly ? Qt::NoFocus : Qt::StrongFocus);
 }
 
 bool WaveformView::cancelDrag() {

@@ -23,9 +23,12 @@ public:
 
     // Where the pointer stands, none once it has left: for the info line.
     std::function<void(std::optional<WaveformHover>)> onHover;
-    // A right click or the Menu key; the cursor has been set first where a click was outside the selection.
+    // A right click or the Menu key, unless only the view may change; the cursor has been set first where a click was outside
+    // the selection.
     std::function<void(QPoint global)> onContextMenu;
 
+    // While a sheet is open: clicks neither change anything nor take the focus, wheel and middle drag move the view.
+    void setViewOnly(bool isViewOnly);
     // For Esc: puts back what the drag in progress has changed. False when there is none.
     bool cancelDrag();
     // The accent frame while files are dragged over the window.

@@ -6,8 +6,10 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QUrl>
+#include <QtTest/QTest>
 #include <algorithm>
 
 #include "Document/DocumentWorld.h"
@@ -158,6 +160,43 @@ TEST_F(DocumentWindowTest, OtherCommandsWaitForTheSheet) {
     press("Apply");
     EXPECT_TRUE(model().canUndo());
     EXPECT_TRUE(controller->isEnabled(reverse));
+}
+
+TEST_F(DocumentWindowTest, UnderASheetThePointerMovesOnlyTheView) {
+    open();
+    model().commitLoop(FrameRange{1000, 2000});
+    model().setCursorAndSelection(5000, FrameRange{5000, 6000});
+    model().setView({2, 4000});
+    QWidget *ruler = nullptr;
+    for (QWidget *child : view().findChildren<QWidget *>())
+        if (dynamic_cast<RulerView *>(child)) ruler = child;
+    const auto drag = [&](QWidget &part, QPoint from, Qt::MouseButton button) {
+        QTest::mousePress(&part, button, {}, from);
+        const QPointF to = from + QPoint(60, 0);
+        QMouseEvent move(QEvent::MouseMove, to, part.mapToGlobal(to), Qt::NoButton, button, {});
+        QApplication::sendEvent(&part, &move);
+        QTest::mouseRelease(&part, button, {}, from + QPoint(60, 0));
+    };
+    const auto pointEverywhere = [&] {
+        for (const Qt::MouseButton button : {Qt::LeftButton, Qt::RightButton}) drag(view().waveform(), {100, 300}, button);
+        QTest::mouseDClick(&view().waveform(), Qt::LeftButton, {}, {200, 300});
+        for (int x = 0; x < ruler->width(); ++x) QTest::mouseClick(ruler, Qt::LeftButton, {}, {x, ruler->height() - 3});
+        QTest::mouseClick(ruler, Qt::LeftButton, {}, {500, 5});
+    };
+    controller->perform(gain);
+    pointEverywhere();
+    EXPECT_EQ(model().state().selection, (FrameRange{5000, 6000}));
+    EXPECT_EQ(model().state().cursorFrame, 5000);
+    EXPECT_EQ(model().state().timeUnit, AudioEditorTimeUnit::seconds);
+    EXPECT_TRUE(view().openSheet()->isAncestorOf(view().focusWidget())) << "a click does not take the focus";
+    drag(view().waveform(), {100, 300}, Qt::MiddleButton);
+    const double dragged = model().state().view.centerFrame;
+    EXPECT_LT(dragged, 4000);
+    drag(*ruler, {200, 5}, Qt::LeftButton);
+    EXPECT_LT(model().state().view.centerFrame, dragged);
+    press("Cancel");
+    pointEverywhere();
+    EXPECT_NE(model().state().selection, (FrameRange{5000, 6000}));
 }
 
 TEST_F(DocumentWindowTest, ClosesAtOnceWithoutChanges) {
