@@ -32,10 +32,8 @@ void addSpan(Damage &damage, const std::optional<PixelSpan> &before, const std::
 }  // namespace
 
 ViewMarks viewMarks(const AudioEditorState &state, const TimeAxis &axis, int columns) {
-    const auto columnOf = [&](std::int64_t frame) {
-        const int column = axis.columnOf(double(frame));
-        return column == columns ? columns - 1 : column;
-    };
+    const auto shown = [&](int column) { return column == columns ? columns - 1 : column; };
+    const auto columnOf = [&](std::int64_t frame) { return shown(axis.columnOf(double(frame))); };
     ViewMarks marks;
     for (const std::int64_t frame : state.markerFrames) marks.markers.push_back(columnOf(frame));
     if (state.loopPoints) marks.loop = {columnOf(state.loopPoints->lo), columnOf(state.loopPoints->hi)};
@@ -44,7 +42,8 @@ ViewMarks viewMarks(const AudioEditorState &state, const TimeAxis &axis, int col
         marks.selection = {lo, std::max(hi, lo + 1)};
     }
     marks.cursor = columnOf(state.cursorFrame);
-    for (const AudioEditorPlayhead &head : state.playheads) marks.playheads.push_back(pixelAt(axis.xOf(head.frame) + 0.5));
+    for (const AudioEditorPlayhead &head : state.playheads)
+        marks.playheads.push_back(shown(pixelAt(axis.xOf(head.frame) + 0.5)));
     return marks;
 }
 

@@ -45,7 +45,11 @@ int selectionEnd(const WaveformScene &scene) {
     return hi == columns ? columns - hairline(scene.geometry.size.scale) : hi;
 }
 
-PixelSpan lineAt(int column, int width) { return {column, column + width}; }
+// At the view's right end a line moves in, lest a part of it be cut off.
+PixelSpan lineAt(int column, int width, int columns) {
+    const int lo = column < columns ? std::min(column, columns - width) : column;
+    return {lo, lo + width};
+}
 
 }  // namespace
 
@@ -89,19 +93,20 @@ std::vector<OverlayLine> overlayLines(const WaveformScene &scene) {
     const double scale = scene.geometry.size.scale;
     const int hair = hairline(scale), thick = devicePixels(playheadWidth, scale);
     const ViewMarks &marks = scene.marks;
+    const auto at = [&](int column, int width) { return lineAt(column, width, scene.geometry.columns()); };
     std::vector<OverlayLine> lines;
     if (marks.loop) {
-        lines.push_back({Kind::loop, lineAt(marks.loop->lo, hair)});
-        lines.push_back({Kind::loop, lineAt(marks.loop->hi, hair)});
+        lines.push_back({Kind::loop, at(marks.loop->lo, hair)});
+        lines.push_back({Kind::loop, at(marks.loop->hi, hair)});
     }
-    for (const int marker : marks.markers) lines.push_back({Kind::marker, lineAt(marker, hair)});
+    for (const int marker : marks.markers) lines.push_back({Kind::marker, at(marker, hair)});
     if (marks.selection) {
-        lines.push_back({Kind::selectionEdge, lineAt(marks.selection->lo, hair)});
-        lines.push_back({Kind::selectionEdge, lineAt(selectionEnd(scene), hair)});
+        lines.push_back({Kind::selectionEdge, at(marks.selection->lo, hair)});
+        lines.push_back({Kind::selectionEdge, at(selectionEnd(scene), hair)});
     }
-    lines.push_back({Kind::cursor, lineAt(marks.cursor, hair)});
-    for (const int head : marks.playheads) lines.push_back({Kind::playhead, lineAt(head - thick / 2, thick)});
-    if (scene.hover) lines.push_back({Kind::hover, lineAt(*scene.hover, hair)});
+    lines.push_back({Kind::cursor, at(marks.cursor, hair)});
+    for (const int head : marks.playheads) lines.push_back({Kind::playhead, at(head - thick / 2, thick)});
+    if (scene.hover) lines.push_back({Kind::hover, at(*scene.hover, hair)});
     return lines;
 }
 

@@ -28,7 +28,9 @@ struct WaveformSceneTest : SurfaceFixture {
 
 TEST_F(WaveformSceneTest, MarksStandOnTheirColumns) {
     model.setCursorAndSelection(11000, FrameRange{11000, 15000});
+    model.setPlayheads({{1, 12000}, {2, 60000}});
     const ViewMarks marks = scene().marks;
+    EXPECT_EQ(marks.playheads, (std::vector{40, 1000 - 1}));
     EXPECT_EQ(marks.cursor, 20);
     EXPECT_EQ(marks.selection, (PixelSpan{20, 100}));
     EXPECT_EQ(marks.markers, (std::vector{200, 400}));
@@ -48,6 +50,8 @@ TEST_F(WaveformSceneTest, OverlaysComeInTheirOrder) {
     EXPECT_EQ(overlayLines(scene()), want);
     view.isButtonDown = true;
     EXPECT_EQ(overlayLines(scene()).back().kind, Kind::playhead);
+    model.setPlayheads({{1, 60000}});
+    EXPECT_EQ(overlayLines(scene()).back().columns, (PixelSpan{998, 1000})) << "whole at the view's end";
 }
 
 TEST_F(WaveformSceneTest, NothingIsPaintedWhenNothingIsSeenToChange) {
