@@ -31,7 +31,7 @@ SURROUNDINGS = {Atspi.Role.FRAME, Atspi.Role.WINDOW, Atspi.Role.FILLER, Atspi.Ro
                 Atspi.Role.LABEL}
 
 
-NAMED = ADJUSTABLE | PRESSABLE | EDITABLE | {Atspi.Role.CANVAS, Atspi.Role.DIALOG, Atspi.Role.ALERT, Atspi.Role.MENU,
+NAMED = ADJUSTABLE | PRESSABLE | EDITABLE | {Atspi.Role.CANVAS, Atspi.Role.DIALOG, Atspi.Role.TOOL_BAR, Atspi.Role.STATUS_BAR, Atspi.Role.ALERT, Atspi.Role.MENU,
                                           Atspi.Role.MENU_ITEM, Atspi.Role.CHECK_MENU_ITEM, Atspi.Role.WINDOW}
 
 
@@ -133,6 +133,8 @@ def main_window(editor):
     editor.drag(300, 700, 400)
     wait_for("the selection in words", lambda: words(waveform).startswith("Selection"))
     print("ok: the waveform says", words(waveform))
+    for name, value_words in (("Reset Vertical Zoom", "0 dB"), ("Max", "–")):
+        check(find_button(frame, name).get_description().startswith(value_words), f"{name} says {value_words}")
     button = next(e for e in elements(frame) if e.get_name() == "Follows Playhead" and e.get_role() in PRESSABLE)
     check("Ctrl" in find_button(frame, "Zoom In").get_description(), "a button's help ends with its shortcut")
     press(button)
@@ -144,11 +146,18 @@ def find_button(root, name):
     return next((e for e in elements(root) if e.get_role() in PRESSABLE and e.get_name() == name), None)
 
 
+def check_order(sheet, what, *order):
+    """The controls are read as they are seen, row by row."""
+    read = [e.get_name() for e in elements(sheet) if e.get_role() in ADJUSTABLE | PRESSABLE | EDITABLE]
+    check(read == list(order), f"{what} is read as {read}")
+
+
 def gain_sheet(editor, frame):
     """The slider is set, stepped and read; the field follows; Cancel closes."""
     editor.key("shift+g")
     sheet = wait_for("the sheet", lambda: find(frame, Atspi.Role.DIALOG, "Gain"))
     check_tree(sheet, "gain sheet")
+    check_order(sheet, "the gain sheet", "Gain", "Gain", "Cancel", "Apply")
     slider = find(sheet, Atspi.Role.SLIDER, "Gain")
     Atspi.Value.set_current_value(slider, 3)
     wait_for("the value set", lambda: words(slider) == "+3.0 dB")
@@ -164,8 +173,16 @@ def mono_sheet(editor, frame):
     editor.key("shift+m")
     sheet = wait_for("the sheet", lambda: find(frame, Atspi.Role.DIALOG, "Convert to Mono"))
     check_tree(sheet, "mono sheet")
+    check_order(sheet, "the mono sheet", "Left", "Right", "Mix", "Cancel", "Convert")
     press(find(sheet, Atspi.Role.RADIO_BUTTON, "Left"))
     check(find(sheet, Atspi.Role.RADIO_BUTTON, "Left").get_state_set().contains(Atspi.StateType.CHECKED), "a choice is taken")
+    editor.key("Escape")
+
+
+def stretch_sheet(editor, frame):
+    editor.key("shift+p")
+    sheet = wait_for("the sheet", lambda: find(frame, Atspi.Role.DIALOG, "Pitch / Time"))
+    check_order(sheet, "the stretch sheet", "Clean", "Cyclic", "Time", "Semitones", "Cents", "Cancel", "Apply")
     editor.key("Escape")
 
 
@@ -205,6 +222,7 @@ def main(program):
         frame = main_window(editor)
         gain_sheet(editor, frame)
         mono_sheet(editor, frame)
+        stretch_sheet(editor, frame)
         alert(editor, frame, heard)
     del keep
 

@@ -27,6 +27,26 @@ QAccessible::Role roleOf(const QWidget &control) {
     return dynamic_cast<const ParameterCell *>(&control) ? QAccessible::SpinBox : QAccessible::Slider;
 }
 
+// Choices in their order: the chosen one lies above its neighbours, which is not to be heard.
+class AccessibleSegments : public QAccessibleWidget {
+public:
+    explicit AccessibleSegments(Segments &segments)
+        : QAccessibleWidget(&segments, QAccessible::Grouping), segments_(segments) {}
+
+    int childCount() const override { return segments_.count(); }
+    QAccessibleInterface *child(int index) const override {
+        return index >= 0 && index < childCount() ? QAccessible::queryAccessibleInterface(segments_.button(index)) : nullptr;
+    }
+    int indexOfChild(const QAccessibleInterface *child) const override {
+        for (int i = 0; child && i < childCount(); ++i)
+            if (child->object() == segments_.button(i)) return i;
+        return -1;
+    }
+
+private:
+    Segments &segments_;
+};
+
 bool isPicture(const QWidget &widget) {
     return dynamic_cast<const WaveformView *>(&widget) || dynamic_cast<const OverviewView *>(&widget) ||
            dynamic_cast<const RulerView *>(&widget) || dynamic_cast<const GutterView *>(&widget);
@@ -40,7 +60,7 @@ QAccessibleInterface *interfaceFor(const QString &, QObject *object) {
     if (dynamic_cast<AlertSheet *>(widget) || dynamic_cast<Notice *>(widget))
         return new QAccessibleWidget(widget, QAccessible::AlertMessage);
     if (dynamic_cast<Sheet *>(widget)) return new QAccessibleWidget(widget, QAccessible::Dialog);
-    if (dynamic_cast<Segments *>(widget)) return new QAccessibleWidget(widget, QAccessible::Grouping);
+    if (auto *segments = dynamic_cast<Segments *>(widget)) return new AccessibleSegments(*segments);
     if (dynamic_cast<TopBar *>(widget)) return new QAccessibleWidget(widget, QAccessible::ToolBar);
     if (dynamic_cast<InfoLine *>(widget)) return new QAccessibleWidget(widget, QAccessible::StatusBar);
     if (dynamic_cast<BusyLine *>(widget)) return new QAccessibleWidget(widget, QAccessible::ProgressBar);

@@ -24,6 +24,7 @@ constexpr std::pair<InfoField, const char *> fieldNames[] = {
 }  // namespace
 
 InfoLine::InfoLine(AudioEditorModel &model, ViewStyle &style, QWidget *parent) : QWidget(parent), model_(model), style_(style) {
+    setAccessibleName("Information");
     makeValues();
     modelChanges_ = model.observers.add([this](const Changes &changes) {
         if (changes.containsAny({Change::audio, Change::cursor, Change::selection, Change::timeUnit})) refresh();
@@ -92,7 +93,8 @@ void InfoLine::layOut() {
         return int(std::ceil(digitTextWidth(fontOf(part), onScreen(part.text))));
     });
     for (const auto &[field, value] : values_) {
-        const auto placed = std::find_if(placed_.begin(), placed_.end(), [field = field](const auto &p) { return p.text.field == field; });
+        const auto placed =
+            std::find_if(placed_.begin(), placed_.end(), [field = field](const auto &p) { return p.text.field == field; });
         value->setVisible(placed != placed_.end());
         if (placed == placed_.end()) continue;
         value->setValue(onScreen(placed->text.text));

@@ -35,6 +35,7 @@ LevelSheet::LevelSheet(AudioEditorModel &model, Dialog dialog, ViewStyle &style,
     apply_->setLabelAndText({}, "Apply");
     cancel_->setLabelAndText({}, "Cancel");
     setTabRing({field_, slider_, apply_, cancel_});
+    readInOrder({slider_, field_, cancel_, apply_});
     connectControls();
     modelChanges_ = model.observers.add([this](const Changes &changes) {
         if (changes.containsAny({Change::dialog, Change::audio, Change::selection, Change::timeUnit})) refresh();

@@ -102,6 +102,7 @@ MonoSheet::MonoSheet(AudioEditorModel &model, ViewStyle &style, QWidget *parent)
         auto *tile = tiles_[std::size_t(source)] = new Tile(source, style, this);
         connect(tile, &QPushButton::pressed, this, [this, source] { choose(source); });
     }
+    readInOrder({tiles_[0], tiles_[1], tiles_[2], cancel_, convert_});
     convert_->setLabelAndText({}, "Convert");
     cancel_->setLabelAndText({}, "Cancel");
     connect(convert_, &QPushButton::clicked, this, [this] { confirm(); });

@@ -67,6 +67,10 @@ bool Sheet::focusNextPrevChild(bool next) {
     return true;
 }
 
+void Sheet::readInOrder(const QList<QWidget *> &children) {
+    for (QWidget *child : children) child->raise();
+}
+
 void Sheet::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     paintBox(painter, rect(), sheetRadius, style_.color(AudioEditorThemeColor::dialogBg), {}, Corners::bottom);

@@ -42,6 +42,8 @@ protected:
 
     // The focusable children in their tab order.
     void setTabRing(const QList<QWidget *> &ring) { ring_ = ring; }
+    // Puts the children into the order in which they are seen, for those who have them read to them.
+    static void readInOrder(const QList<QWidget *> &children);
     ViewStyle &style() const { return style_; }
     void drawText(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, const QFont &font, Rgba color,
                   const QString &text) const;

@@ -22,6 +22,9 @@ StretchSheet::StretchSheet(AudioEditorModel &model, ViewStyle &style, QWidget *p
     apply_->setLabelAndText({}, onScreen("Apply"));
     cancel_->setLabelAndText({}, onScreen("Cancel"));
     for (const StretchNumber &number : stretchNumbers) connectField(number.field);
+    QList<QWidget *> seen{segments_};
+    for (Field *each : fields_) seen.append(each);
+    readInOrder(seen << auto_ << cancel_ << apply_);
     connectControls();
     modelChanges_ = model.observers.add([this](const Changes &changes) {
         if (changes.containsAny({Change::dialog, Change::audio, Change::selection, Change::timeUnit})) refresh();

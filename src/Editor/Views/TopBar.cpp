@@ -87,10 +87,12 @@ void TopBar::connectButtons() {
             refreshCommands();  // the click has turned the button over, whatever the command did
         });
     }
-    button(Item::maxLevel)->setAccessibleDescription("Highest level heard while playing. Click to reset.");
+    setAccessibleName("Controls");
+    button(Item::maxLevel)->setAccessibleName("Max");
     button(Item::maxLevel)->setToolTip("Highest level heard while playing. Click to reset.");
     button(Item::maxLevel)->setHasDigits(true);
     connect(button(Item::maxLevel), &QPushButton::clicked, this, [this] { model_.setMaxLevel({}); });
+    button(Item::verticalZoomValue)->setAccessibleName(titleText(Command::verticalZoomReset));
     button(Item::verticalZoomValue)->setCorners(Corners::none);
     button(Item::verticalZoomValue)->setHasDigits(true);
     connect(button(Item::verticalZoomValue), &QPushButton::clicked, this,
@@ -135,7 +137,8 @@ void TopBar::refresh() {
     zoom.setLabelAndText({}, onScreen(scene.verticalZoom));
     zoom.setToolTip(tipText("Reset vertical zoom (now " + onScreen(scene.verticalZoom) + ")",
                             target_.shortcutText(Command::verticalZoomReset)));
-    zoom.setAccessibleDescription(zoom.toolTip());
+    max.setAccessibleDescription(onScreen(scene.maxLevel) + ". " + max.toolTip());
+    zoom.setAccessibleDescription(onScreen(scene.verticalZoom) + ". " + zoom.toolTip());
     button(Item::playStop)->setIconName(scene.isPlaying ? "stop" : "play");
     button(Item::playStop)->setOn(scene.isPlaying);
 }
