@@ -88,7 +88,7 @@ AudioDocument::AudioDocument(DocumentServices services, DocumentUi &ui)
         ui_.showError(quoted(name()) + " could not be edited", errorText(failure));
     };
     model_.onAudioChanged = [this](const AudioEditorBuffer &, const AudioEditorBuffer &now) {
-        if (isPlaying()) services_.playback->setBuffer(now);
+        if (isPlaying()) services_.playback->setBuffer(now, model_.lengthChange());
     };
     model_.onLoopChanged = [this](bool loop) {
         if (isPlaying() && !jointPlaying_) services_.playback->setLoop(loop);

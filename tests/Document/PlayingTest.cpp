@@ -86,6 +86,22 @@ TEST(Playing, FollowsEdits) {
     EXPECT_THAT(world.heard(5), ElementsAre(3, 98, 99, 100, 0));
 }
 
+TEST(Playing, MovesWithTheAudioThatAnEditBeforeItMoves) {
+    PlayingWorld world;
+    world.model.placeCursor(50);
+    world.document->togglePlay();
+    EXPECT_THAT(world.heard(2), ElementsAre(51, 52));
+    world.model.select({10, 30});
+    AudioEditorEdits::cut(world.model);
+    EXPECT_THAT(world.heard(2), ElementsAre(53, 54));
+    world.model.placeCursor(0);
+    AudioEditorEdits::paste(world.model);
+    EXPECT_THAT(world.heard(2), ElementsAre(55, 56));
+    world.model.select({57, 98});
+    AudioEditorEdits::deleteSelection(world.model);
+    EXPECT_THAT(world.heard(4), ElementsAre(57, 99, 100, 0)) << "to the end of the sound";
+}
+
 TEST(Playing, StopsWhenTheFileIsReadAgain) {
     PlayingWorld world;
     world.document->togglePlay();

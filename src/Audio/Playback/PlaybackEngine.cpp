@@ -63,6 +63,7 @@ void PlaybackEngine::play(const AudioEditorBuffer &buffer, const Request &reques
 
 void PlaybackEngine::begin(State state, Client &client) {
     client_ = &client;
+    soundFrames_ = state.samples.frames();
     rangeLower_ = state.lower;
     rangeUpper_ = state.upper;
     startFrame_ = lastRendered_ = state.position;
@@ -132,12 +133,24 @@ std::optional<EqProcessor> PlaybackEngine::makeEq(const AudioOutput::Format &for
     return processor;
 }
 
-void PlaybackEngine::setBuffer(const AudioEditorBuffer &buffer) {
+FrameRange PlaybackEngine::moveRange(const AudioEditorLengthChange &change, std::int64_t frames) const {
+    const bool reachesEnd = rangeUpper_ == soundFrames_;
+    return {change.map(rangeLower_, frames), reachesEnd ? frames : change.map(rangeUpper_, frames)};
+}
+
+void PlaybackEngine::setBuffer(const AudioEditorBuffer &buffer, const AudioEditorLengthChange &change) {
     if (!isPlaying_) return;
-    const auto range = buffer.clampedRange({rangeLower_, rangeUpper_});
+    const std::int64_t frames = buffer.frames();
+    const auto range = buffer.clampedRange(moveRange(change, frames));
     if (!range || buffer.sampleRate() != format_->sampleRate) return stop();
+    // One behind the end of a shortened sound stays there: it has been rendered, and is about to be heard.
+    const bool moves = change.kind != AudioEditorLengthChange::Kind::none && frames != soundFrames_;
+    const auto moved = [&](std::int64_t frame) { return moves ? change.map(frame, frames) : frame; };
+    soundFrames_ = frames;
     rangeLower_ = range->lo;
     rangeUpper_ = range->hi;
+    startFrame_ = moved(startFrame_);
+    lastRendered_ = moved(lastRendered_);
     const bool hasOtherChannels = formatFor(buffer) != *format_;
     // Then the former ones: let go of after the lock.
     AudioEditorBuffer samples = buffer;
@@ -149,6 +162,8 @@ void PlaybackEngine::setBuffer(const AudioEditorBuffer &buffer) {
         if (hasOtherChannels) std::swap(shared_->state.eq, eq);
         shared_->state.lower = range->lo;
         shared_->state.upper = range->hi;
+        shared_->state.position = moved(shared_->state.position);
+        shared_->position.store(shared_->state.position, std::memory_order_relaxed);
     }
     if (!hasOtherChannels) return;
     if (!open(formatFor(buffer))) return end(Ending::cut);

@@ -7,6 +7,7 @@
 
 #include "Audio/Playback/RenderState.h"
 #include "Editor/AudioEditorCore/AudioEditorBuffer.h"
+#include "Editor/AudioEditorCore/AudioEditorLengthChange.h"
 #include "Platform/AudioOutput.h"
 #include "Platform/MainLoop.h"
 #include "Platform/SystemLog.h"
@@ -58,14 +59,16 @@ public:
     // The newest AnalyzerTap::blockFrames samples before and after the equalizer, mixed to one channel. False when there is
     // nothing new.
     bool readAnalyzer(const Client *client, std::span<float> before, std::span<float> after);
-    // The sound was edited while it plays: goes on with the new samples, the range clamped to them; stops when nothing is left
-    // or when the rate is another, so that the positions mean other moments.
-    void setBuffer(const AudioEditorBuffer &buffer);
+    // The sound was edited while it plays: goes on with the new samples. The place and the range move along with the audio, a
+    // range that reached the end of the sound goes on reaching it. Stops when nothing is left or when the rate is another, so
+    // that the positions mean other moments.
+    void setBuffer(const AudioEditorBuffer &buffer, const AudioEditorLengthChange &change = {});
 
 private:
     // How playing ends: at once, or after what is rendered has been heard.
     enum class Ending { cut, heard };
 
+    FrameRange moveRange(const AudioEditorLengthChange &change, std::int64_t frames) const;
     bool open(const AudioOutput::Format &format);
     void prepare(const AudioOutput::Format &format);
     void begin(State state, Client &client);
@@ -88,7 +91,7 @@ private:
     Subscription timer_, idlePause_, idleTeardown_;
     std::optional<AudioOutput::Format> format_;  // of the running stream
     std::int64_t latencyFrames_ = 0;
-    std::int64_t startFrame_ = 0, rangeLower_ = 0, rangeUpper_ = 0, lastRendered_ = 0;
+    std::int64_t soundFrames_ = 0, startFrame_ = 0, rangeLower_ = 0, rangeUpper_ = 0, lastRendered_ = 0;
     EqTargets eqTargets_;
     bool wrapped_ = false;
     bool isPlaying_ = false;

@@ -83,6 +83,7 @@ void AudioEditorModel::install(Content content) {
     if (!state_.peaks.isExact())
         onLoosePeaks ? onLoosePeaks() : completePeaks(state_.generation, state_.peaks.measuredTail(state_.buffer));
     state_.contentVersion = content.version;
+    lengthChange_ = content.change;
     tell(Change::audio);
     holdSpectral(std::move(content.spectral));
     setCursorAndSelection(content.cursor, content.selection);

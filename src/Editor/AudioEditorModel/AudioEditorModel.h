@@ -119,6 +119,8 @@ public:
 
     // Called when a change of the audio is complete, before the observers are told of it.
     std::function<void(const AudioEditorBuffer &before, const AudioEditorBuffer &now)> onAudioChanged;
+    // Of the edit that onAudioChanged tells of; of one that was undone or redone none is known.
+    const AudioEditorLengthChange &lengthChange() const { return lengthChange_; }
     std::function<void(FrameRange range, bool loop)> onPlayRange;
     std::function<void(bool)> onLoopChanged;
     std::function<void(bool)> onEqChanged;
@@ -247,6 +249,7 @@ private:
         std::optional<FrameRange> selection;
         std::int64_t version;
         std::shared_ptr<const AudioEditorSpectral::State> spectral = {};  // what made this sound of another, if that did
+        AudioEditorLengthChange change = {};
     };
 
     // Whether that was a change.
@@ -279,6 +282,7 @@ private:
     Clipboard &clipboard_;
     AudioEditorState state_;
     UndoHistory history_;
+    AudioEditorLengthChange lengthChange_;
     std::int64_t nextVersion_ = 1;
     std::uint32_t pending_ = 0;
     int batchDepth_ = 0;

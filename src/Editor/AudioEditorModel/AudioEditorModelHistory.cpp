@@ -70,7 +70,7 @@ void AudioEditorModel::commitOutcome(EditOutcome outcome) {
     setSlices(outcome.change.mapRanges(state_.slices, frames));
     const auto place = outcome.place.value_or(EditOutcome::Place{state_.cursorFrame, state_.selection});
     install({std::move(outcome.buffer), std::move(outcome.peaks), place.cursor, place.selection, nextVersion_++,
-             std::move(outcome.spectral)});
+             std::move(outcome.spectral), outcome.change});
     if (outcome.closesEq) setEqEnabled(false);
 }
 
