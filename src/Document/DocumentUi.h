@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "Audio/Files/AudioSaveFormat.h"
+
 namespace kiv {
 
 enum class NoticeKind { done, information, warning };
@@ -29,6 +31,20 @@ public:
         std::string prompt;  // of the button
     };
     virtual void chooseFolder(const FolderChoice &, std::function<void(const std::optional<std::string> &)> answer) {
+        answer(std::nullopt);
+    }
+    // A file to write, and in what format. Whether a file there may be replaced is asked for afterwards, by the document.
+    struct SavePanel {
+        std::string title;                      // "Save As"
+        std::string message;                    // in a note box at the top; may be empty
+        std::string path;                       // proposed
+        std::optional<AudioSaveFormat> format;  // chosen at first; without one there is no choice of format
+    };
+    struct SaveTarget {
+        std::string path;
+        std::optional<AudioSaveFormat> format;  // where there was a choice
+    };
+    virtual void chooseFile(const SavePanel &, std::function<void(const std::optional<SaveTarget> &)> answer) {
         answer(std::nullopt);
     }
     virtual void showError(const std::string &message, const std::string &informative) = 0;
