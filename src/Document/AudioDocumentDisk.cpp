@@ -28,8 +28,9 @@ void AudioDocument::checkDisk() {
         whileAlive([this, now, expected = identity_](std::exception_ptr failure) {
             looksAtDisk_ = false;
             // What was read or written meanwhile has another identity itself.
-            if (failure || isBusy() || identity_ != expected || *now == identity_ || foundOnDisk_ == *now) return;
-            foundOnDisk_ = *now;
+            if (failure || isBusy() || identity_ != expected || *now == identity_ || (foundOnDisk_ && *foundOnDisk_ == *now))
+                return;
+            foundOnDisk_.emplace(*now);
             if (*now) return compareWithDisk(**now);
             ui_.showNotice(NoticeKind::warning, quoted(name()) + " is no longer where it was");
         }));
