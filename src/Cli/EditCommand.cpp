@@ -93,6 +93,13 @@ void writeLoops(JsonWriter &json, const AudioEditorState &state) {
     json.field("limited", AudioEditorLoops::loopCrossfadeLimited(state)).endObject();
 }
 
+// What the window would say, in its bars and panels too.
+std::vector<std::string> noticesOf(const AudioEditorState &state, std::vector<std::string> notices) {
+    for (const auto &said : {state.loopFindNotice, state.slicerNotice})
+        if (said) notices.push_back(*said);
+    return notices;
+}
+
 double peakOf(const AudioEditorBuffer &buffer) { return AudioEditorOps::peak(buffer, {0, buffer.frames()}); }
 
 std::string asJson(const Outcome &outcome, JsonWriter::Layout layout) {
@@ -131,7 +138,7 @@ std::string edit(const EditCall &call, const DocumentServices &services) {
     }
     if (!call.saves && document.model().state().loopPoints && !document.model().state().canStoreLoop)
         ui.notices.push_back("This format cannot store a loop: it will not be saved");
-    outcome.notices = ui.notices;
+    outcome.notices = noticesOf(document.model().state(), ui.notices);
     return call.json ? asJson(outcome, *call.json) : "";
 }
 

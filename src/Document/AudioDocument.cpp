@@ -11,7 +11,7 @@ namespace kiv {
 
 struct AudioDocument::Loaded {
     AudioFileOnDisk file;
-    AudioEditorPeaks peaks;
+    std::optional<AudioEditorPeaks> peaks;
 };
 
 // A save's own copy of everything, so that edits may go on.
@@ -95,7 +95,7 @@ bool is(std::exception_ptr failure) {
 AudioDocument::AudioDocument(DocumentServices services, DocumentUi &ui)
     : services_(services),
       ui_(ui),
-      model_(services.settings, services.clipboard),
+      model_(services.settings, services.clipboard, services.peaks),
       edits_(model_, services.jobs),
       peaks_(model_, services.jobs),
       analyses_(model_, services.jobs),
@@ -164,9 +164,10 @@ void AudioDocument::load(const std::string &path, std::function<void(std::shared
     const auto loaded = std::make_shared<Loaded>();
     startWork(
         Work::reading,
-        [&files = services_.files, decoders = services_.decoders, path, loaded](Progress &progress) {
+        [&files = services_.files, decoders = services_.decoders, measures = model_.keepsPeaks(), path,
+         loaded](Progress &progress) {
             loaded->file = readAudioFile(files, decoders, path, progress);
-            loaded->peaks = AudioEditorPeaks(loaded->file.contents.buffer);
+            if (measures) loaded->peaks.emplace(loaded->file.contents.buffer);
         },
         [this, loaded, done = std::move(done)](std::exception_ptr failure) {
             if (!failure) return done(loaded, {});

@@ -33,6 +33,7 @@ struct DocumentServices {
     Clipboard &clipboard;
     PlaybackEngine *playback = nullptr;  // none: nothing is played
     DecodedReader *decoders = nullptr;   // none: only WAV and AIFF are read
+    Peaks peaks = Peaks::kept;           // none: for work without a view
 };
 
 // One open sound file: reads it, owns its model, plays it and saves it over itself. Main thread only; reading and writing run
