@@ -24,6 +24,12 @@ QString windowTitle(const std::string &name) {
     return QString::fromStdString(name).replace("[*]", "[*][*]") + "[*] — Kiv Audio Editor";
 }
 
+// Modes whose bar or panel the window does not have yet, and what would enter one. What acts only inside them waits with them.
+bool entersMissingMode(EditorCommand command) {
+    using enum EditorCommand;
+    return command == slicer || command == editLoop || command == findLoop;
+}
+
 FileFacts factsOf(const AudioFileFormat *format) {
     return format ? FileFacts{format->typeName, format->bitsDescription, format->sampleRate} : FileFacts{};
 }
@@ -125,7 +131,7 @@ void DocumentWindowController::showNotice(NoticeKind kind, const std::string &te
 }
 
 bool DocumentWindowController::isEnabled(EditorCommand command) const {
-    if (isWaiting(command)) return false;
+    if (isWaiting(command) || entersMissingMode(command)) return false;
     if (command == EditorCommand::open || command == EditorCommand::close) return true;
     return kiv::isEnabled(command, *document_);
 }

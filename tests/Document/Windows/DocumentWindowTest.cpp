@@ -162,6 +162,16 @@ TEST_F(DocumentWindowTest, OtherCommandsWaitForTheSheet) {
     EXPECT_TRUE(controller->isEnabled(reverse));
 }
 
+TEST_F(DocumentWindowTest, OffersNoModeThatItCannotShow) {
+    open();
+    for (EditorCommand command :
+         {slicer, saveSlices, playSliceUnderMouse, editLoop, findLoop, applyLoopCrossfade, spectral, eq}) {
+        controller->perform(command);
+        EXPECT_FALSE(controller->isEnabled(command)) << row(command).raw;
+    }
+    EXPECT_FALSE(model().state().slicerEnabled || model().state().editLoopEnabled);
+}
+
 TEST_F(DocumentWindowTest, UnderASheetThePointerMovesOnlyTheView) {
     open();
     model().commitLoop(FrameRange{1000, 2000});
