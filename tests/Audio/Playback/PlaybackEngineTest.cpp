@@ -156,7 +156,7 @@ TEST_F(PlaybackEngineTest, TheOutputIsKeptFor30Seconds) {
     EXPECT_EQ(loop.timers(), 0);
     EXPECT_EQ(playAndStop(ramp(10, 1, 48000)), 4);
     loop.advance(29s);
-    engine.play(ramp(10), looping(0, 10), client);
+    engine.play(ramp(10, 1, 48000), looping(0, 10), client);
     loop.advance(60s);
     EXPECT_EQ(output.render(1)[0], 1) << "what plays is not torn down";
 }
