@@ -84,7 +84,7 @@ TEST(CommandActions, AreEnabledWhereTheyCanAct) {
              w.model.setSpectralEnabled(true);
              AudioEditorSpectralPainting::clear(w.model);
          },
-         "save revert undo selectAll playStop loop goToStart goToEnd " + edits + " stereo timeStretch " + view +
+         "save saveAs revert undo selectAll playStop loop goToStart goToEnd " + edits + " stereo timeStretch " + view +
              " toggleTimeUnit followPlayhead slicer eq editLoop findLoop spectral spectralSwapBrush spectralReset"},
         {"reading again", stereoFile, [](DocumentWorld &w) { w.document->revert(); }, view},
     };
