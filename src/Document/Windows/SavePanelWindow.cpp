@@ -13,6 +13,8 @@ namespace kiv {
 
 namespace {
 
+constexpr auto longReading = std::chrono::milliseconds(300);
+
 bool canBeFolder(const QString &name) {
     return !name.trimmed().isEmpty() && name != "." && name != ".." && !name.contains(QChar('\0'));
 }
@@ -50,6 +52,10 @@ void SavePanelWindow::open() {
     restoreFrame();
     show();
     name_->setFocus(Qt::OtherFocusReason);
+    selectStem();
+}
+
+void SavePanelWindow::selectStem() {
     name_->setSelection(0, int(QString::fromStdString(std::string(stemOf(model_.name()))).size()));
 }
 
@@ -62,7 +68,7 @@ void SavePanelWindow::showName(const QString &name) {
 void SavePanelWindow::refresh() {
     const SavePanelModel::Verdict verdict = model_.verdict();
     save_->setEnabled(verdict.canConfirm && !isChecking_);
-    name_->setReadable(verdict.canConfirm || !verdict.isFault);
+    name_->setReadable(!verdict.isFault || model_.meaning() != SavePanelModel::Meaning::nothing);
     say(verdict.isFault ? NoteTone::error : NoteTone::plain, verdict.words);
     if (!model_.format()) return;
     containers_->setChosen(int(model_.format()->container));
@@ -88,7 +94,8 @@ void SavePanelWindow::goToParent() {
     if (model_.folder() != "/") goTo(folderAbove(model_.folder()));
 }
 
-// A folder that takes long shows its rows when they are there; what was read for another one by then is dropped.
+// What was read for another folder by then is dropped. Rows of the one before go when it takes long, and mean nothing until
+// then.
 void SavePanelWindow::read() {
     struct Read {
         FolderListing::Access access;
@@ -106,6 +113,9 @@ void SavePanelWindow::read() {
         [self = QPointer(this), read, progress](std::exception_ptr) {
             if (self && self->reading_ == progress) self->showRows(read->access, std::move(read->rows));
         });
+    QTimer::singleShot(longReading, this, [this, progress] {
+        if (reading_ == progress) folderRows_.setRows({});
+    });
 }
 
 void SavePanelWindow::showRows(FolderListing::Access access, std::vector<FolderRow> rows) {
@@ -181,7 +191,7 @@ void SavePanelWindow::checked(const SaveCheck &check) {
     if (check.outcome == write) return finish(DocumentUi::SaveTarget{check.path, model_.format()});
     if (check.outcome == enterFolder) {
         goTo(check.path);
-        return name_->selectAll();
+        return selectStem();
     }
     refresh();
     say(NoteTone::error, check.words);

@@ -65,6 +65,7 @@ private:
     void paintLists(QPainter &painter) const;
     void paintLabel(QPainter &painter, int x, const Box &beside, const QString &text) const;
 
+    void selectStem();
     void showName(const QString &name);
     void nameEdited();
     void refresh();

@@ -13,6 +13,7 @@ using Role = AudioEditorThemeColor;
 
 constexpr double boxRadius = 8, rowRadius = 6;
 constexpr double chosenTone = 0.22, hoverTone = 0.05;
+constexpr double chosenSecondTone = 0.8;  // secondary text stands out less from a chosen row
 constexpr int padding = 10, iconSize = 16, iconToText = 8, beforeColumn = 16;
 
 void paintText(QPainter &painter, const QRectF &rect, Qt::Alignment side, Rgba color, const QFont &font, const QString &text) {
@@ -55,10 +56,12 @@ void paintListRow(QPainter &painter, const QRectF &rect, const ListRow &row, con
     const Rgba fill = look.isChosen ? mix(colors[Role::dialogBg], colors[Role::accentBg], chosenTone) : rest;
     if (look.isChosen || look.isHovered || look.isFocused)
         paintBox(painter, inside, look.isFocused ? rowRadius - 2 : rowRadius, toColor(fill));
-    const Rgba first = look.isDim ? colors.dialogDim : colors[Role::dialogText];
+    const Rgba second =
+        look.isChosen ? mix(colors[Role::dialogBg], colors[Role::dialogText], chosenSecondTone) : colors.dialogDim;
+    const Rgba first = look.isDim ? second : colors[Role::dialogText];
     if (!row.icon.empty())
         paintIcon(painter, style, row.icon, QRectF(rect.left() + padding, rect.top(), iconSize, rect.height()), toColor(first));
-    paintTexts(painter, rect, row, first, colors.dialogDim, columns, style.font(13));
+    paintTexts(painter, rect, row, first, second, columns, style.font(13));
 }
 
 void paintListHeader(QPainter &painter, const QRectF &rect, const ListRow &names, const ListColumns &columns,
