@@ -59,7 +59,27 @@ std::string withBits(std::string text, int bits) {
 // What a file must start with to be one that we write.
 bool isWritten(const Desk &desk, const std::string &name) {
     const std::string mark = readText(desk.path(name)).substr(0, 4);
-    return mark == "fLaC" || mark == "RIFF" || mark == "FORM";
+    const bool isPlain =
+        name != "alac.caf" && std::string("RIFF FORM caff .snd riff RF64 RIFX").find(mark) != std::string::npos;
+    return mark == "fLaC" || isPlain;
+}
+
+// A file of a kind that is not our own: unedited it stays as it is to the byte; edited, other programs find the edits.
+void expectWrittenBack(Desk &desk, const std::string &name, AudioFileContents contents, const std::string &what) {
+    const std::string before = readText(desk.path(name));
+    desk.write(name, contents);
+    EXPECT_TRUE(readText(desk.path(name)) == before) << what;
+    const std::int64_t channels = contents.buffer.channels();
+    contents.buffer = contents.buffer.replacing({1000, 2001}, AudioEditorBuffer(channels, contents.buffer.sampleRate()));
+    KnownSound edited{32, channels, contents.buffer.sampleRate(), wordsOf(contents.buffer)};
+    desk.write(name, contents);
+    expectSame(wordsOf(desk.read(name).buffer), edited, what + " again");
+    // Of big-endian RIFF files the one reader does not swap the bytes, and the other knows few kinds of files.
+    const bool isSwapped = contents.format.typeName == "RIFX";
+    expectSame(desk.wordsFrom(isSwapped ? "sox " + name + " -t raw -e signed -b 32 -L raw"
+                                        : "ffmpeg -y -i " + name + " -f s32le -c:a pcm_s32le raw"),
+               edited, what + " by another program");
+    EXPECT_TRUE(desk.run("sndfile-info " + name)) << what;
 }
 
 TEST(Formats, AreReadSampleForSampleFromOtherPrograms) {
@@ -76,10 +96,13 @@ TEST(Formats, AreReadSampleForSampleFromOtherPrograms) {
                 EXPECT_EQ(contents.format.typeName, withBits(row.typeName, bits)) << what;
                 EXPECT_EQ(contents.format.bitsDescription, withBits(row.description, bits)) << what;
                 EXPECT_EQ(contents.buffer.sampleRate(), rate) << what;
-                EXPECT_EQ(contents.canSaveInPlace(), isWritten(desk, row.name)) << what;
+                // A pad byte that is counted as samples would be lost.
+                const bool isPadCounted = row.typeName == "RF64" && sound.words.size() * std::size_t(bits / 8) % 2 != 0;
+                EXPECT_EQ(contents.canSaveInPlace(), isWritten(desk, row.name) && !isPadCounted) << what;
                 EXPECT_EQ(contents.buffer.channels(), channels) << what;
                 expectSame(wordsOf(contents.buffer), sound, what);
                 EXPECT_EQ(desk.framesTold(row.name), contents.buffer.frames()) << what;
+                if (contents.wrapping) expectWrittenBack(desk, row.name, contents, what);
             }
 }
 
