@@ -4,12 +4,14 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QEventLoop>
 #include <QEventLoopLocker>
 #include <QFileDialog>
 #include <QScreen>
 #include <QTimer>
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 
 #include "App/MainMenu.h"
 #include "App/Translucency.h"
@@ -19,6 +21,7 @@
 #include "Editor/Views/Accessible.h"
 #include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/Icons.h"
+#include "Platform/Linux/UserFolders.h"
 
 namespace kiv {
 
@@ -30,6 +33,14 @@ int signalPipe[2] = {-1, -1};
 extern "C" void writeSignal(int) {
     const char byte = 1;
     [[maybe_unused]] const auto written = ::write(signalPipe[0], &byte, 1);
+}
+
+std::optional<JournalFolder> journalFolder(FileSystem &fileSystem) {
+    try {
+        return JournalFolder{fileSystem, userFolder(UserFolder::state) + "/journals"};
+    } catch (const std::system_error &) {
+        return std::nullopt;
+    }
 }
 
 Box toBox(const QRect &rect) { return {rect.x(), rect.y(), rect.width(), rect.height()}; }
@@ -55,6 +66,7 @@ Application::Application(const LaunchOptions &options, double millisecondsAtMain
       shortcuts_(defaults_),
       recorder_(shortcuts_),
       files_(makeFiles(fileSystem_)),
+      journals_(journalFolder(fileSystem_)),
       jobs_(mainLoop_),
       output_(mainLoop_),
       playback_(output_, mainLoop_, log_),
@@ -69,10 +81,16 @@ Application::Application(const LaunchOptions &options, double millisecondsAtMain
     style_.setTranslucency(windowsMayBeTranslucent());
     appearanceChanges_ = appearance_.changed.add([this](const Appearance &) { applyAppearance(); });
     catchSignals();
+    QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &keys_,
+                     [this](QSessionManager &session) { endWithSession(session); });
     for (const std::string &file : options.files) openFile(file);
     if (options.files.empty()) showDropWindow();
     // Not before the first window is painted.
     QTimer::singleShot(0, &keys_, [] { QGuiApplication::setWindowIcon(QIcon(applicationIcon(64, 1))); });
+    if (!journals_) return;
+    leftBehind_.emplace(*journals_, jobs_, style_);
+    leftBehind_->onRestore = [this](auto journal) { restore(journal); };
+    QTimer::singleShot(0, &keys_, [this] { leftBehind_->look(); });
 }
 
 Application::~Application() {
@@ -99,11 +117,30 @@ void Application::catchSignals() {
     for (int number : {SIGTERM, SIGINT, SIGHUP}) std::signal(number, writeSignal);
 }
 
-// The first one asks as Quit does, so that nothing is lost that somebody is there to save; the second one means it.
+// Nobody is asked, for nobody may be there: what is not saved is safe in the journals. The second one does not wait for them.
 void Application::endBySignal() {
     if (std::exchange(endsBySignal_, true)) return QCoreApplication::exit(0);
-    quit();
-    if (documents_.empty()) QCoreApplication::exit(0);
+    flushJournals([] { QCoreApplication::exit(0); });
+}
+
+void Application::flushJournals(std::function<void()> done) {
+    const std::shared_ptr<void> last(nullptr, [done = std::move(done)](void *) { done(); });
+    for (const auto &document : documents_) document->document().flushJournal([last] {});
+}
+
+// The desktop waits for the return. Where it lets the program ask, that asks as Quit does, and its user may call the end off.
+void Application::endWithSession(QSessionManager &session) {
+    const bool asks = std::ranges::any_of(documents_, [](const auto &document) { return !document->mayQuit(); });
+    QEventLoop waiting;
+    if (!asks || !session.allowsInteraction()) {
+        flushJournals([&] { QTimer::singleShot(0, &waiting, &QEventLoop::quit); });
+        waiting.exec();
+        return;
+    }
+    onQuitDecided_ = [&](bool quits) { waiting.exit(quits); };
+    QTimer::singleShot(0, &keys_, [this] { quit(); });
+    if (waiting.exec() == 0) session.cancel();
+    session.release();
 }
 
 void Application::connectController(DocumentWindowController &controller) {
@@ -117,16 +154,35 @@ void Application::connectController(DocumentWindowController &controller) {
     fillMainMenu(controller.view().menuBar(), controller, shortcuts_, {[this] { quit(); }, [this] { showAbout(); }});
 }
 
-void Application::openFile(const std::string &path) {
-    const WindowServices services{{*files_, jobs_, settings_, clipboard_, &playback_, &decoders_}, style_, shortcuts_};
-    auto *controller = documents_.emplace_back(std::make_unique<DocumentWindowController>(services)).get();
-    connectController(*controller);
+DocumentWindowController &Application::addWindow() {
+    const JournalFolder *journals = journals_ ? &*journals_ : nullptr;
+    const WindowServices services{
+        {*files_, jobs_, settings_, clipboard_, &playback_, &decoders_, Peaks::kept, journals}, style_, shortcuts_};
+    DocumentWindowController &controller = *documents_.emplace_back(std::make_unique<DocumentWindowController>(services));
+    connectController(controller);
     // The program may not end with another window before this one is there.
-    controller->onComplete = [this, running = std::make_shared<QEventLoopLocker>()] { documentShown(); };
-    controller->open(path, [this, controller, path](const std::string &error) { fileFailed(controller, path, error); });
-    if (stateReport_) stateReport_->watch(controller->document().model());
+    controller.onComplete = [this, running = std::make_shared<QEventLoopLocker>()] { documentShown(); };
+    if (stateReport_) stateReport_->watch(controller.document().model());
     if (paintReport_)
-        paintReport_->watch(&controller->view().waveform(), [controller] { return controller->view().isSoundComplete(); });
+        paintReport_->watch(&controller.view().waveform(), [&controller] { return controller.view().isSoundComplete(); });
+    return controller;
+}
+
+void Application::openFile(const std::string &path) {
+    DocumentWindowController &controller = addWindow();
+    controller.open(path, [this, &controller, path](const std::string &error) { fileFailed(&controller, path, error); });
+}
+
+// In the window that has the file open already, if nothing has been done there.
+void Application::restore(std::shared_ptr<const AbandonedJournal> journal) {
+    const std::string path = journal->document;
+    const auto open = std::ranges::find_if(documents_, [&](const auto &each) {
+        AudioDocument &document = each->document();
+        return std::filesystem::absolute(document.path()) == path && !document.isEdited() && !document.isBusy() &&
+               document.contents();
+    });
+    DocumentWindowController &controller = open == documents_.end() ? addWindow() : **open;
+    controller.restore(journal, [this, &controller, path](const std::string &error) { fileFailed(&controller, path, error); });
 }
 
 void Application::fileFailed(DocumentWindowController *controller, const std::string &path, const std::string &error) {
@@ -147,7 +203,6 @@ void Application::forget(DocumentWindowController *controller) {
     QTimer::singleShot(0, &keys_, [this, controller] {
         if (controller == asksQuit_) asksQuit_ = nullptr;
         std::erase_if(documents_, [&](const auto &document) { return document.get() == controller; });
-        if (endsBySignal_ && documents_.empty()) QCoreApplication::exit(0);
     });
 }
 
@@ -208,12 +263,14 @@ void Application::askBeforeQuitting() {
     }
     if (dropWindow_) dropWindow_->close();
     for (const auto &document : documents_) document->closeNow();
+    if (const auto decided = std::exchange(onQuitDecided_, nullptr)) decided(true);
 }
 
 void Application::quitAnswered(bool mayQuit) {
     asksQuit_ = nullptr;
     if (mayQuit) return askBeforeQuitting();
     for (const auto &document : documents_) document->forgetQuit();
+    if (const auto decided = std::exchange(onQuitDecided_, nullptr)) decided(false);
 }
 
 }  // namespace kiv

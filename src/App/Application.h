@@ -1,11 +1,14 @@
 #pragma once
 
+#include <QSessionManager>
 #include <QSocketNotifier>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "App/KeyMonitor.h"
 #include "App/LaunchOptions.h"
+#include "App/LeftBehind.h"
 #include "App/PaintReport.h"
 #include "App/StateReport.h"
 #include "Document/Windows/DocumentWindowController.h"
@@ -38,6 +41,10 @@ private:
     void quitAnswered(bool mayQuit);
     void catchSignals();
     void endBySignal();
+    void endWithSession(QSessionManager &session);
+    void flushJournals(std::function<void()> done);
+    DocumentWindowController &addWindow();
+    void restore(std::shared_ptr<const AbandonedJournal> journal);
     void applyAppearance();
     void fileFailed(DocumentWindowController *controller, const std::string &path, const std::string &error);
     void documentShown();
@@ -57,6 +64,7 @@ private:
     QtMainLoop mainLoop_;
     LinuxFileSystem fileSystem_;
     std::unique_ptr<Files> files_;
+    std::optional<JournalFolder> journals_;  // none where the user has no home
     ModuleDecoders decoders_;
     ThreadJobs jobs_;
     PulseAudioOutput output_;
@@ -69,7 +77,9 @@ private:
     std::unique_ptr<DropWindowController> dropWindow_;
     std::unique_ptr<QSocketNotifier> signals_;
     DocumentWindowController *asksQuit_ = nullptr;  // the window whose answer the quit waits for
+    std::function<void(bool quits)> onQuitDecided_;
     bool endsBySignal_ = false;
+    std::optional<LeftBehind> leftBehind_;
     std::unique_ptr<PaintReport> paintReport_;
     std::unique_ptr<StateReport> stateReport_;
     Subscription appearanceChanges_;

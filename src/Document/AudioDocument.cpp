@@ -21,6 +21,8 @@ struct AudioDocument::Saving {
     AudioFileContents onDisk;                      // what that file holds
     std::int64_t version = 0;
     AudioFileContents contents;
+    AudioEditorBuffer sound;
+    DocumentJournal::SaveNote note;
     std::vector<std::int64_t> markers;
     std::optional<AudioSaveFormat> format;  // another than the file's own
     std::vector<std::string> left;          // what that format has no place for
@@ -100,12 +102,16 @@ AudioDocument::AudioDocument(DocumentServices services, DocumentUi &ui)
       edits_(model_, services.jobs),
       peaks_(model_, services.jobs),
       analyses_(model_, services.jobs),
+      journal_(services.journals, services.jobs),
       access_(services.files, services.settings, ui) {
     modelChanges_ = model_.observers.add([this](const Changes &) { tellIfEditedChanged(); });
     editChanges_ = edits_.changed.add([this](const BackgroundEdits &) { observers.notify(*this); });
     edits_.onEnded = [this](bool committed) { editEnded(committed); };
     edits_.onFailed = [this](std::exception_ptr failure) {
         ui_.showError(quoted(name()) + " could not be edited", errorText(failure));
+    };
+    journal_.onTrouble = [this](const std::string &reason) {
+        ui_.showNotice(NoticeKind::warning, "Changes are not safe from a crash: " + reason);
     };
     model_.onAudioChanged = [this](const AudioEditorBuffer &, const AudioEditorBuffer &now) {
         if (isPlaying()) services_.playback->setBuffer(now, model_.lengthChange());
@@ -188,6 +194,7 @@ void AudioDocument::install(Loaded loaded, Install how) {
     {
         const AudioEditorModel::Batch batch(model_);
         const auto give = how == Install::fresh ? &AudioEditorModel::load : &AudioEditorModel::reload;
+        journal_.setBase(path_, identity_, *contents_, buffer);
         (model_.*give)(std::move(buffer), positions.markers, positions.loop, std::move(loaded.peaks));
         AudioEditorLoops::setCanStoreLoop(model_, contents_->format.container != AudioContainer::coreAudio);
         savedVersion_ = model_.state().contentVersion;
@@ -297,7 +304,8 @@ void AudioDocument::runSave(const SaveOrder &order) {
     }
     saving->version = state.contentVersion;
     saving->contents = *contents_;
-    saving->contents.buffer = state.buffer;
+    saving->sound = saving->contents.buffer = state.buffer;
+    saving->note = journal_.noteFor(state.buffer);
     saving->markers = state.markerFrames;
     saving->loop = state.loopPoints;
     saving->format = order.format;
@@ -309,7 +317,8 @@ void AudioDocument::runSave(const SaveOrder &order) {
             s.onDisk = AudioFileContents();
             s.contents = withEditorPositions(std::move(s.contents), s.markers, s.loop);
             s.contents = prepared(std::move(s.contents), s.loop, s.format, s.left);
-            writeAudioFile(files, decoders, s.path, s.contents, progress);
+            NotedFiles noted(files, s.note);
+            writeAudioFile(noted, decoders, s.path, s.contents, progress);
             s.written = identityIfKnown(files, s.path);
             s.contents = asWritten(std::move(s.contents));
         },
@@ -324,6 +333,8 @@ void AudioDocument::saveEnded(Saving &saving, std::exception_ptr failure, const 
         identity_ = saving.written;
         foundOnDisk_.reset();
         savedVersion_ = saving.version;
+        journal_.setBase(path_, identity_, *contents_, saving.sound);
+        journal_.follow(model_.state(), isEdited());
     }
     toldEdited_ = isEdited();
     const std::weak_ptr<int> alive = alive_;
@@ -387,11 +398,11 @@ void AudioDocument::closeAnswered(std::size_t button) {
             if (!saved) tellClosers(false);  // else the end of the save looks again: there may be newer edits
         });
     closeAsked_ = false;
-    if (button == dontSave) edits_.cancel();
     tellClosers(button == dontSave);
 }
 
 void AudioDocument::tellIfEditedChanged() {
+    journal_.follow(model_.state(), isEdited());
     if (std::exchange(toldEdited_, isEdited()) != isEdited()) observers.notify(*this);
 }
 

@@ -10,6 +10,7 @@
 #include "Audio/Playback/PlaybackEngine.h"
 #include "Document/DocumentUi.h"
 #include "Document/FolderAccess.h"
+#include "Document/Journal/DocumentJournal.h"
 #include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
 #include "Editor/AudioEditorModel/BackgroundAnalyses.h"
@@ -31,9 +32,10 @@ struct DocumentServices {
     Jobs &jobs;
     Settings &settings;
     Clipboard &clipboard;
-    PlaybackEngine *playback = nullptr;  // none: nothing is played
-    DecodedReader *decoders = nullptr;   // none: only WAV and AIFF are read
-    Peaks peaks = Peaks::kept;           // none: for work without a view
+    PlaybackEngine *playback = nullptr;       // none: nothing is played
+    DecodedReader *decoders = nullptr;        // none: only WAV and AIFF are read
+    Peaks peaks = Peaks::kept;                // none: for work without a view
+    const JournalFolder *journals = nullptr;  // none: a crash loses what was not saved
 };
 
 // One open sound file: reads it, owns its model, plays it and saves it over itself. Main thread only; reading and writing run
@@ -68,6 +70,8 @@ public:
     static constexpr const char *cancelledText = "Cancelled.";
     // Reads the file; then `done` with the error's text, empty when all is well.
     void open(const std::string &path, std::function<void(const std::string &error)> done);
+    // The same for a document that was not closed properly: as it was after its last edit, with the file as it was before that.
+    void restore(std::shared_ptr<const AbandonedJournal> journal, std::function<void(const std::string &error)> done);
     // What is heard through the equalizer is not in the samples: it is open and does something.
     bool isEqPending() const;
     // Writes the equalizer into the selection, or the whole sound without one, and closes it.
@@ -96,9 +100,19 @@ public:
     // Reads the file again, after asking when there are edits.
     void revert();
     // Tells whether the document may go: at once when it has no edits, else as the user decides (save, discard, cancel). Waits
-    // for a save under way. Asked for again while the question stands it has the same answer.
+    // for a save under way. Asked for again while the question stands it has the same answer. Until it goes it is as it was.
     void confirmClose(std::function<void(bool mayGo)> answered);
     bool isCloseAsked() const { return closeAsked_; }
+    // It does go: what is not saved is given up.
+    void letGo();
+    // Another one as soon as anything has been edited, or a long edit has been begun.
+    struct EditMark {
+        std::int64_t contentVersion = 0, editsBegun = 0;
+        friend bool operator==(const EditMark &, const EditMark &) = default;
+    };
+    EditMark editMark() const { return {model_.state().contentVersion, edits_.begun()}; }
+    // Calls back when all edits that are finished would survive the end of the program.
+    void flushJournal(std::function<void()> done) { journal_.flush(std::move(done)); }
 
     // Saves the model's slices, a file each, in a folder beside the file; the name is the file's when it is empty. Where that
     // folder holds audio files already, they go to the trash: after asking, at once, or not at all.
@@ -145,6 +159,7 @@ private:
     void install(Loaded loaded, Install how);
     void readAgain();
     std::string whyElsewhere() const;  // a save cannot go over the file; empty when it can
+    void installRecovered(RecoveredDocument recovered, std::shared_ptr<const AbandonedJournal> journal);
     void confirmAndSave(SaveOrder order);
     void requestSave(SaveOrder order);
     void runSave(const SaveOrder &order);
@@ -192,6 +207,7 @@ private:
     BackgroundEdits edits_;
     BackgroundPeaks peaks_;
     BackgroundAnalyses analyses_;
+    DocumentJournal journal_;
     FolderAccess access_;
     std::string path_;
     std::optional<AudioFileContents> contents_;

@@ -20,7 +20,7 @@ public:
     struct Question {
         std::string message;
         std::string informative;
-        std::vector<std::string> buttons;  // the first is the default, "Cancel" the one that Esc means
+        std::vector<std::string> buttons;  // the first is the default, "Cancel" or "Later" the one that Esc means
     };
     // The answer is the index of the button.
     virtual void ask(const Question &question, std::function<void(std::size_t)> answer) = 0;

@@ -48,6 +48,14 @@ public:
     // Removes a file that was created by a program which has died since. False: there is none, or it is held, or one cannot
     // tell.
     virtual bool removeAbandoned(const std::string &path) = 0;
+    // Holds a file that was created by a program which has died since. Null: there is none, or it is held, or one cannot tell.
+    virtual std::unique_ptr<File> holdAbandoned(const std::string &path) = 0;
+    // Makes a file that must not exist yet of another one's contents at no cost, the two sharing their space until one is
+    // written to. False where that cannot be done.
+    virtual bool share(const std::string &path, const std::string &as) = 0;
+    // Gives a file another name, which must not exist yet: whoever writes to one writes to both. False where that is not
+    // allowed.
+    virtual bool addName(const std::string &path, const std::string &name) = 0;
     // Opens an existing file to be written over from its start; it keeps its length until written or truncated. Throws
     // std::errc::resource_unavailable_try_again when it is held elsewhere.
     virtual std::unique_ptr<File> overwrite(const std::string &path) = 0;

@@ -113,13 +113,32 @@ TEST_F(LongEdit, ClosingAsksAsIfItWereDone) {
         AudioEditorEdits::gain(world.model, -6);
         world.ui.answers = {answer};
         int closed = 0;
-        world.document->confirmClose([&](bool mayGo) { closed += mayGo; });
+        world.document->confirmClose([&](bool mayGo) {
+            closed += mayGo;
+            if (mayGo) world.document->letGo();
+        });
         world.jobs.runAll();
         EXPECT_EQ(world.ui.asked.size(), 1u) << answer;
         EXPECT_EQ(closed, closes) << answer;
         EXPECT_EQ(world.onDisk() != file, saves) << answer;
         EXPECT_EQ(world.document->isEdited(), !closes) << answer;
     }
+}
+
+// Another window may yet be against the end of the program.
+TEST_F(LongEdit, GoesOnUntilTheDocumentDoesGoAndIsKnownByItsMark) {
+    const auto asked = document->editMark();
+    ui.answers = {"Don’t Save"};
+    bool mayGo = false;
+    document->confirmClose([&](bool may) { mayGo = may; });
+    EXPECT_TRUE(mayGo && document->isEditing() && document->editMark() == asked);
+    jobs.runAll();
+    EXPECT_TRUE(document->isEdited());
+    const auto ended = document->editMark();
+    EXPECT_FALSE(ended == asked);
+    AudioEditorEdits::gain(model, -6);
+    EXPECT_TRUE(document->isEditing());
+    EXPECT_FALSE(document->editMark() == ended) << "one that was begun after the answer is asked about";
 }
 
 TEST_F(LongEdit, ClosingWaitsForASaveThatWaitsForIt) {

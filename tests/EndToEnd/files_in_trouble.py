@@ -54,19 +54,22 @@ def told_to_end(desktop, program, folder):
     clean.process.send_signal(signal.SIGTERM)
     assert clean.process.wait(10) == 0, "without edits it ends at once"
 
-    editor = edited(desktop, program, path)
-    editor.process.send_signal(signal.SIGTERM)
-    assert lasts(editor.process), "unsaved edits were thrown away without a question"
-    editor.key("Return")  # Save
-    assert editor.process.wait(10) == 0
-    assert path.read_bytes() == REVERSED, "the answer was to save"
-
-    stubborn = edited(desktop, program, path)
-    stubborn.process.send_signal(signal.SIGTERM)
-    assert lasts(stubborn.process)
-    stubborn.process.send_signal(signal.SIGTERM)
-    assert stubborn.process.wait(10) == 0, "the second time is meant"
-    assert path.read_bytes() == REVERSED
+    for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+        editor = edited(desktop, program, path)
+        editor.process.send_signal(number)  # at once
+        assert editor.process.wait(10) == 0
+        assert path.read_bytes() == BEFORE, "nobody was there to say that it is to be saved"
+        again = Editor(desktop, program, path)
+        question = wait_for("the question", lambda: desktop.output(
+            ["xdotool", "search", "--onlyvisible", "--name", "^Kiv Audio Editor$"]).split())
+        desktop.do("windowactivate", "--sync", question[0])
+        again.key("Return")  # Restore
+        wait_for("the mark of what is not saved", lambda: "*" in again.title())
+        again.key("ctrl+s")
+        wait_for("the save", lambda: path.read_bytes() == REVERSED)
+        again.key("ctrl+w")
+        assert again.process.wait(10) == 0
+        path.write_bytes(BEFORE)
 
 
 def windows(desktop):

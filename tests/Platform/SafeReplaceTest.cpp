@@ -49,258 +49,198 @@ const std::vector<Case> cases{
     {"in place, refused late", Way::sticky, "old contents", "the new contents"},
 };
 
-void setUp(FakeFileSystem &world, const Case &c) {
-    world.makeFolder(world.temporaryFolder());
-    world.put(song, bytesOf(c.before), "mine");
-    if (c.way == Way::refused) world.setWritable("/music", false);
-    if (c.way == Way::sticky) world.setSticky("/music");
-}
+// The disk with the file to be replaced on it.
+struct World : FakeFileSystem {
+    explicit World(const Case &c) {
+        makeFolder(temporaryFolder());
+        put(song, bytesOf(c.before), "mine");
+        if (c.way == Way::refused) setWritable("/music", false);
+        if (c.way == Way::sticky) setSticky("/music");
+    }
+    std::string text(const std::string &path = song) const { return textOf(bytes(path)); }
+    // Replaces, maybe with a fault armed; the error's text, empty when it said that it was done.
+    std::string save(const Produce &produce, const Check &check = {}) {
+        try {
+            replaceSafely(*this, song, produce, block, check);
+            return "";
+        } catch (const std::exception &error) {
+            return error.what();
+        } catch (const PowerLost &) {
+            return "power lost";
+        }
+    }
+    bool save(const Case &c) { return save(makes(c.after)).empty(); }
+    Files::Recovery recover() { return recoverInPlace(*this, song, block); }
+    void expectNothingLeft() const {
+        EXPECT_THAT(names("/music"), ElementsAre("song.wav"));
+        EXPECT_THAT(names(stateFolder), IsEmpty());
+    }
+};
 
 int stepsOf(const Case &c) {
-    FakeFileSystem world;
-    setUp(world, c);
-    replaceSafely(world, song, makes(c.after), block);
+    World world(c);
+    world.save(c);
     return world.steps();
 }
 
 bool hasFailed() { return testing::Test::HasFailure(); }
 
-void expectNothingLeft(const FakeFileSystem &world) {
-    EXPECT_THAT(world.names("/music"), ElementsAre("song.wav"));
-    EXPECT_THAT(world.names(FakeFileSystem::stateFolder), IsEmpty());
-}
-
-// Replaces with a fault armed; true: it said that it was done.
-bool replaced(FakeFileSystem &world, const Case &c) {
-    try {
-        replaceSafely(world, song, makes(c.after), block);
-        return true;
-    } catch (const std::system_error &) {
-        return false;
-    } catch (const FakeFileSystem::PowerLost &) {
-        return false;
-    }
-}
-
-// Calls check(world, case) with a fresh world of each case; and check(world, case, step) for every step that its save takes.
-template <class Check>
-void forEachCase(Check check) {
+TEST(SafeReplace, puts_the_new_file_in_place_with_the_old_attributes_and_leaves_nothing) {
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
-        FakeFileSystem world;
-        setUp(world, c);
-        check(world, c);
+        World world(c);
+        EXPECT_TRUE(world.save(c));
+        world.losePowerAt(1);
+        EXPECT_FALSE(world.save(c));
+        world.restart(Survival::nothing);
+        EXPECT_EQ(world.text(), c.after);
+        EXPECT_EQ(world.attributes(song), "mine");
+        EXPECT_EQ(world.recover(), Files::Recovery::notNeeded);
+        world.expectNothingLeft();
     }
 }
-template <class Check>
-void forEachStep(Check check) {
-    forEachCase([&](FakeFileSystem &, const Case &c) {
-        for (int step = 1, steps = stepsOf(c); step <= steps && !hasFailed(); ++step) {
-            SCOPED_TRACE("step " + std::to_string(step));
-            FakeFileSystem world;
-            setUp(world, c);
-            check(world, c, step);
-        }
-    });
+
+// A device that fails for good: the old contents are there or can be found, and what a failed sync was to bring to the device
+// may never come there by itself.
+void expectWholeAfterFailure(World &world, const Case &c, const std::string &error, int step) {
+    const auto at = error.find("kept in /");
+    const bool isThere = world.text() == (error.empty() ? c.after : c.before);
+    EXPECT_TRUE(isThere || (at != error.npos && world.text(error.substr(at + 8)) == c.before)) << error;
+    world.recover();
+    EXPECT_THAT(world.text(), AnyOf(c.after, error.empty() ? c.after : c.before));
+    world.restart(Survival::anything, unsigned(step));
+    EXPECT_THAT(world.text(), AnyOf(c.after, c.before));
 }
 
-TEST(SafeReplace, puts_the_new_file_in_place_with_the_old_attributes_and_leaves_nothing) {
-    forEachCase([](FakeFileSystem &world, const Case &c) {
-        replaceSafely(world, song, makes(c.after), block);
-        world.losePowerAt(1);
-        EXPECT_FALSE(replaced(world, c));
-        world.restart(Survival::nothing);
-        EXPECT_EQ(textOf(world.bytes(song)), c.after);
-        EXPECT_EQ(world.attributes(song), "mine");
-        EXPECT_EQ(recoverInPlace(world, song, block), Files::Recovery::notNeeded);
-        expectNothingLeft(world);
-    });
-}
-
-TEST(SafeReplace, keeps_the_old_file_and_leaves_nothing_whichever_step_fails_or_finds_the_disk_full) {
-    forEachStep([](FakeFileSystem &world, const Case &c, int step) {
-        world.failAt(step, std::errc::io_error);
-        const bool done = replaced(world, c);
-        world.heal();
-        EXPECT_EQ(textOf(world.bytes(song)), done ? c.after : c.before);
-        EXPECT_EQ(world.attributes(song), "mine");
-        EXPECT_EQ(recoverInPlace(world, song, block), Files::Recovery::notNeeded);
-        // After success only the removal of what is no longer needed can have failed: that is left to the next save.
-        if (done) replaceSafely(world, song, makes("next"), block);
-        expectNothingLeft(world);
-    });
-    forEachStep([](FakeFileSystem &world, const Case &c, int step) {
-        world.failAt(step, std::errc::no_space_on_device, Lasting::full);
-        const bool done = replaced(world, c);
-        EXPECT_EQ(textOf(world.bytes(song)), done ? c.after : c.before);
-        expectNothingLeft(world);
-    });
-}
-
-TEST(SafeReplace, gives_a_whole_file_back_when_the_device_fails_from_some_step_on) {
-    forEachStep([](FakeFileSystem &world, const Case &c, int step) {
-        world.failAt(step, std::errc::io_error, Lasting::on);
-        world.losePowerAt(1000);
-        const bool done = replaced(world, c);
-        world.heal();
-        recoverInPlace(world, song, block);
-        EXPECT_THAT(textOf(world.bytes(song)), AnyOf(c.after, done ? c.after : c.before));
-        // What a failed sync was to bring to the device may never come there by itself.
-        world.restart(Survival::anything, unsigned(step));
-        EXPECT_THAT(textOf(world.bytes(song)), AnyOf(c.after, c.before));
-    });
+TEST(SafeReplace, keeps_the_old_file_whichever_step_fails_or_finds_the_disk_full_or_is_the_devices_last) {
+    const std::pair<std::errc, Lasting> faults[] = {{std::errc::io_error, Lasting::once},
+                                                    {std::errc::no_space_on_device, Lasting::full},
+                                                    {std::errc::io_error, Lasting::on}};
+    for (const auto &[error, lasting] : faults)
+        for (const Case &c : cases)
+            for (int step = 1, steps = stepsOf(c); step <= steps && !hasFailed(); ++step) {
+                SCOPED_TRACE(c.name + (" step " + std::to_string(step)));
+                World world(c);
+                world.failAt(step, error, lasting);
+                world.losePowerAt(1000);
+                const std::string said = world.save(makes(c.after));
+                if (lasting == Lasting::full) world.expectNothingLeft();
+                world.heal();
+                EXPECT_EQ(world.attributes(song), "mine");
+                if (lasting == Lasting::on) {
+                    expectWholeAfterFailure(world, c, said, step);
+                    continue;
+                }
+                EXPECT_EQ(world.text(), said.empty() ? c.after : c.before);
+                EXPECT_EQ(world.recover(), Files::Recovery::notNeeded);
+                // After success only the removal of what is no longer needed can have failed: left to the next save.
+                if (said.empty()) world.save(makes("next"));
+                world.expectNothingLeft();
+            }
 }
 
 // Once the power is back, whatever has survived of what was not synced.
-void expectWholeAfterPowerLoss(FakeFileSystem &world, const Case &c) {
+void expectWholeAfterPowerLoss(World &world, const Case &c) {
     if (c.way == Way::beside) {
-        EXPECT_THAT(textOf(world.bytes(song)), AnyOf(c.before, c.after));
+        EXPECT_THAT(world.text(), AnyOf(c.before, c.after));
     }
-    recoverInPlace(world, song, block);
-    EXPECT_THAT(textOf(world.bytes(song)), AnyOf(c.before, c.after));
+    world.recover();
+    EXPECT_THAT(world.text(), AnyOf(c.before, c.after));
     EXPECT_EQ(world.attributes(song), "mine");
     // The next save works, and clears up what the dead one has left.
-    replaceSafely(world, song, makes("next"), block);
-    EXPECT_EQ(textOf(world.bytes(song)), "next");
-    EXPECT_EQ(recoverInPlace(world, song, block), Files::Recovery::notNeeded);
-    expectNothingLeft(world);
+    EXPECT_EQ(world.save(makes("next")), "");
+    EXPECT_EQ(world.text(), "next");
+    EXPECT_EQ(world.recover(), Files::Recovery::notNeeded);
+    world.expectNothingLeft();
 }
 
 Survival survivalFor(unsigned seed) { return Survival(std::min(seed, unsigned(Survival::anything))); }
 
-TEST(SafeReplace, leaves_a_whole_file_when_the_power_goes_at_any_step_or_afterwards) {
+// What befalls a save: a step that fails, the one at which the power goes, the one of the recovery at which it goes again.
+struct Fate {
+    int failing, dying, again;
+    unsigned seed;
+};
+
+// Whether it died as often as it was to.
+bool endures(const Case &c, const Fate &fate) {
+    SCOPED_TRACE(testing::Message() << c.name << " fails at " << fate.failing << ", dies at " << fate.dying << " and "
+                                    << fate.again << ", seed " << fate.seed);
+    World world(c);
+    if (fate.failing > 0) world.failAt(fate.failing, std::errc::io_error);
+    world.losePowerAt(fate.dying);
+    const bool done = world.save(c);
+    bool dies = world.steps() >= fate.dying;
+    EXPECT_TRUE(done || dies || fate.failing > 0);
+    world.restart(survivalFor(fate.seed), fate.seed);
+    if (done && fate.failing == 0) {
+        EXPECT_EQ(world.text(), c.after);
+    }
+    if (fate.again > 0) {
+        world.losePowerAt(fate.again);
+        try {
+            world.recover();
+            dies = false;
+        } catch (const FakeFileSystem::PowerLost &) {
+        }
+        world.restart(Survival::anything, fate.seed + 1);
+    }
+    expectWholeAfterPowerLoss(world, c);
+    return dies && !hasFailed();
+}
+
+TEST(SafeReplace, leaves_a_whole_file_when_the_power_goes_at_any_step_or_on_the_way_back_or_again_during_recovery) {
     for (const Case &c : cases)
-        for (int step = 1, steps = stepsOf(c); step <= steps + 1; ++step)
-            for (unsigned seed = 0; seed < 40 && !hasFailed(); ++seed) {
-                SCOPED_TRACE(c.name + (" step " + std::to_string(step)) + " seed " + std::to_string(seed));
-                FakeFileSystem world;
-                setUp(world, c);
-                world.losePowerAt(step);
-                const bool done = replaced(world, c);
-                EXPECT_TRUE(done || step <= steps);
-                world.restart(survivalFor(seed), seed);
-                if (done) {
-                    EXPECT_EQ(textOf(world.bytes(song)), c.after);
-                }
-                expectWholeAfterPowerLoss(world, c);
+        for (unsigned seed = 0; seed < 40; ++seed)
+            for (int dying = 1; endures(c, {0, dying, 0, seed}); ++dying) {
             }
-}
-
-int stepsWhenFailing(const Case &c, int step) {
-    FakeFileSystem world;
-    setUp(world, c);
-    world.failAt(step, std::errc::io_error);
-    replaced(world, c);
-    return world.steps();
-}
-
-TEST(SafeReplace, leaves_a_whole_file_when_a_step_fails_and_the_power_goes_on_the_way_back) {
     for (const Case &c : cases)
         for (int failing = 1, steps = stepsOf(c); failing <= steps; ++failing)
-            for (int dying = failing + 1, last = stepsWhenFailing(c, failing); dying <= last; ++dying)
-                for (unsigned seed = 0; seed < 5 && !hasFailed(); ++seed) {
-                    SCOPED_TRACE(c.name + (" step " + std::to_string(failing)) + " then " + std::to_string(dying));
-                    FakeFileSystem world;
-                    setUp(world, c);
-                    world.failAt(failing, std::errc::io_error);
-                    world.losePowerAt(dying);
-                    replaced(world, c);
-                    world.restart(survivalFor(seed), seed);
-                    expectWholeAfterPowerLoss(world, c);
+            for (unsigned seed = 0; seed < 5; ++seed)
+                for (int dying = failing + 1; endures(c, {failing, dying, 0, seed}); ++dying) {
                 }
-}
-
-bool recovered(FakeFileSystem &world) {
-    try {
-        recoverInPlace(world, song, block);
-        return true;
-    } catch (const FakeFileSystem::PowerLost &) {
-        return false;
-    }
-}
-
-// Dies at a step of the save, and again at a step of the recovery; true: the recovery had fewer steps.
-bool diesTwice(const Case &c, int first, int second, unsigned seed) {
-    FakeFileSystem world;
-    setUp(world, c);
-    world.losePowerAt(first);
-    replaced(world, c);
-    world.restart(Survival::anything, seed);
-    world.losePowerAt(second);
-    const bool done = recovered(world);
-    world.restart(Survival::anything, seed + 1);
-    expectWholeAfterPowerLoss(world, c);
-    return done;
-}
-
-TEST(SafeReplace, leaves_a_whole_file_when_the_power_goes_again_during_recovery) {
     for (const Case &c : {cases[2], cases[3]})
-        for (int first = 1, steps = stepsOf(c); first <= steps; ++first)
-            for (unsigned seed = 0; seed < 4 && !hasFailed(); ++seed)
-                for (int second = 1; !hasFailed() && !diesTwice(c, first, second, seed); ++second) {
+        for (int dying = 1, steps = stepsOf(c); dying <= steps; ++dying)
+            for (unsigned seed = 4; seed < 8; ++seed)
+                for (int again = 1; endures(c, {0, dying, again, seed}); ++again) {
                 }
 }
 
+// By itself, or when the next save begins, which here fails.
 TEST(SafeReplace, brings_a_half_written_file_back_but_not_over_what_somebody_wrote_since) {
     const Case c{"", Way::refused, "old contents", "the new contents, longer"};
+    const Produce fails = [](ByteSink &) { throw std::runtime_error("no"); };
     int restored = 0;
-    for (int step = 1, steps = stepsOf(c); step <= steps; ++step) {
-        for (const std::string since : {"", "old contentz", "somebody's own"}) {
-            FakeFileSystem world;
-            setUp(world, c);
-            world.losePowerAt(step);
-            replaced(world, c);
-            world.restart(Survival::everything);
-            if (!since.empty()) world.put(song, bytesOf(since));
-            const bool half = !since.empty() || (textOf(world.bytes(song)) != c.before && textOf(world.bytes(song)) != c.after);
-            const auto recovery = recoverInPlace(world, song, block);
-            restored += recovery == Files::Recovery::restored;
-            EXPECT_EQ(recovery == Files::Recovery::restored, half && since.empty()) << step;
-            if (!since.empty()) {
-                EXPECT_EQ(textOf(world.bytes(song)), since);
+    for (int step = 1, steps = stepsOf(c); step <= steps; ++step)
+        for (const std::string since : {"", "old contentz", "somebody's own"})
+            for (const bool saves : {false, true}) {
+                World world(c);
+                world.losePowerAt(step);
+                world.save(c);
+                world.restart(Survival::everything);
+                if (!since.empty()) world.put(song, bytesOf(since));
+                const std::string found = world.text();
+                const bool isHalf = since.empty() && found != c.before && found != c.after;
+                const bool isRestored =
+                    saves ? world.save(fails) == "no" && isHalf : world.recover() == Files::Recovery::restored;
+                EXPECT_EQ(isRestored, isHalf) << step;
+                EXPECT_EQ(world.text(), isHalf ? c.before : found) << step;
+                restored += isHalf;
             }
-        }
-    }
-    EXPECT_GT(restored, 2);
+    EXPECT_GT(restored, 4);
 }
 
 TEST(SafeReplace, does_not_take_a_mixture_made_by_somebody_for_its_own_once_the_save_is_done) {
     const Case c{"", Way::refused, "AAAA----", "aaaabbbb"};
     for (unsigned seed = 0; seed < 50; ++seed) {
-        FakeFileSystem world;
-        setUp(world, c);
+        World world(c);
         world.losePowerAt(1000);
-        ASSERT_TRUE(replaced(world, c));
+        ASSERT_TRUE(world.save(c));
         world.restart(Survival::anything, seed);
         world.put(song, bytesOf("AAAAbbbb"), "mine");
-        recoverInPlace(world, song, block);
-        EXPECT_EQ(textOf(world.bytes(song)), "AAAAbbbb") << seed;
+        world.recover();
+        EXPECT_EQ(world.text(), "AAAAbbbb") << seed;
     }
-}
-
-// Dies in the middle of writing over, so that the file is half written.
-void dieHalfWritten(FakeFileSystem &world, const Case &c) {
-    setUp(world, c);
-    for (int step = stepsOf(c); textOf(world.bytes(song)) == c.before || textOf(world.bytes(song)) == c.after; --step) {
-        setUp(world, c);
-        world.losePowerAt(step);
-        replaced(world, c);
-        world.restart(Survival::everything);
-    }
-}
-
-TEST(SafeReplace, ends_an_interrupted_save_before_the_next_one_begins) {
-    const Case c{"", Way::refused, "old contents", "the new contents, longer"};
-    const Produce fails = [](ByteSink &) { throw std::runtime_error("no"); };
-    FakeFileSystem world;
-    dieHalfWritten(world, c);
-    EXPECT_THROW(replaceSafely(world, song, fails, block), std::runtime_error);
-    EXPECT_EQ(textOf(world.bytes(song)), c.before);
-
-    dieHalfWritten(world, c);
-    world.put(song, bytesOf("somebody's own"));
-    EXPECT_THROW(replaceSafely(world, song, fails, block), std::runtime_error);
-    EXPECT_EQ(textOf(world.bytes(song)), "somebody's own");
 }
 
 TEST(SafeReplace, a_save_that_dies_never_brings_back_what_was_before_the_last_good_one) {
@@ -310,49 +250,21 @@ TEST(SafeReplace, a_save_that_dies_never_brings_back_what_was_before_the_last_go
     for (int steps = stepsOf(first), failing = steps - 9; failing <= steps; ++failing)  // where the copies are removed
         for (int dying = 1; dying <= steps; ++dying)
             for (unsigned seed = 0; seed < 30 && !hasFailed(); ++seed) {
-                SCOPED_TRACE(std::to_string(failing) + " then " + std::to_string(dying) + " seed " + std::to_string(seed));
-                FakeFileSystem world;
-                setUp(world, first);
+                World world(first);
                 world.failAt(failing, std::errc::io_error);
-                if (!replaced(world, first)) continue;
+                if (!world.save(first)) continue;
                 world.heal();
                 world.losePowerAt(dying);
-                replaced(world, second);
+                world.save(second);
                 world.restart(survivalFor(seed), seed);
-                recoverInPlace(world, song, block);
-                EXPECT_THAT(textOf(world.bytes(song)), AnyOf(second.before, second.after));
+                world.recover();
+                EXPECT_THAT(world.text(), AnyOf(second.before, second.after)) << failing << " " << dying << " " << seed;
             }
 }
 
-TEST(SafeReplace, keeps_the_old_contents_findable_when_they_cannot_be_put_back) {
-    FakeFileSystem world;
-    const Case c{"", Way::refused, "old contents", "the new contents, longer"};
-    setUp(world, c);
-    for (int step = 1, steps = stepsOf(c); step <= steps; ++step) {
-        setUp(world, c);
-        world.failAt(step, std::errc::io_error, Lasting::on);
-        try {
-            replaceSafely(world, song, makes(c.after), block);
-        } catch (const std::system_error &error) {
-            const std::string text = error.what();
-            world.heal();
-            if (textOf(world.bytes(song)) == c.before) continue;
-            const auto at = text.find("kept in /");
-            ASSERT_NE(at, std::string::npos) << text;
-            EXPECT_EQ(textOf(world.bytes(text.substr(at + 8))), c.before);
-        }
-        world.heal();
-        recoverInPlace(world, song, block);
-    }
-}
-
-TEST(SafeReplace, leaves_all_as_it_was_when_the_contents_cannot_be_made_or_do_not_pass_the_check) {
-    const Produce fails = [](ByteSink &sink) {
-        makes("the first part")(sink);
-        throw std::runtime_error("no more");
-    };
-    forEachCase([&](FakeFileSystem &world, const Case &c) {
-        EXPECT_THROW(replaceSafely(world, song, fails, block), std::runtime_error);
+TEST(SafeReplace, can_be_called_off_by_whoever_makes_or_checks_the_contents_and_by_other_programs) {
+    for (const Case &c : cases) {
+        World *now = nullptr;
         std::string checked;
         const Check refuses = [&](const ByteSource &written) {
             Bytes bytes(std::size_t(written.size()));
@@ -360,25 +272,32 @@ TEST(SafeReplace, leaves_all_as_it_was_when_the_contents_cannot_be_made_or_do_no
             checked = textOf(bytes);
             throw std::runtime_error("not so");
         };
-        EXPECT_THROW(replaceSafely(world, song, makes(c.after), block, refuses), std::runtime_error);
-        EXPECT_EQ(checked, c.after);
-        EXPECT_EQ(textOf(world.bytes(song)), c.before);
-        expectNothingLeft(world);
-    });
-}
-
-TEST(SafeReplace, lets_the_old_file_be_read_while_the_new_one_is_made) {
-    forEachCase([](FakeFileSystem &world, const Case &c) {
-        const Produce again = [&](ByteSink &sink) {
-            makes("again: ")(sink);
-            contentsOf(world, song, block)(sink);
+        const auto first = [&](auto then) { return [&, then](ByteSink &sink) { makes("first ")(sink), then(sink); }; };
+        const struct {
+            Produce produce;
+            Check check;
+            std::string error, left;
+        } rows[] = {
+            {first([](ByteSink &) { throw std::runtime_error("no more"); }), {}, "no more", c.before},
+            {makes(c.after), refuses, "not so", c.before},
+            {first([&](ByteSink &) { now->put(song, bytesOf("theirs"), "mine"); }),
+             {},
+             "Another program has changed the file during the save",
+             "theirs"},
+            {first([&](ByteSink &sink) { contentsOf(*now, song, block)(sink); }), {}, "", "first " + c.before},
         };
-        replaceSafely(world, song, again, block);
-        EXPECT_EQ(textOf(world.bytes(song)), "again: " + c.before);
-    });
+        for (const auto &[produce, check, error, left] : rows) {
+            World world(c);
+            now = &world;
+            EXPECT_EQ(world.save(produce, check), error) << c.name;
+            EXPECT_EQ(world.text(), left) << c.name;
+            world.expectNothingLeft();
+        }
+        EXPECT_EQ(checked, c.after);
+    }
 }
 
-TEST(SafeReplace, refuses_what_is_no_file_or_must_not_be_written) {
+TEST(SafeReplace, follows_links_and_refuses_what_is_no_file_or_must_not_be_written) {
     FakeFileSystem world;
     world.makeFolder("/music/folder");
     world.makeOther("/music/pipe");
@@ -386,8 +305,10 @@ TEST(SafeReplace, refuses_what_is_no_file_or_must_not_be_written) {
     world.setWritable("/music/protected", false);
     world.put("/closed/other", bytesOf("x"));
     world.setWritable("/closed", false);
+    world.makeFolder("/real");
     world.link("/music/circle", "circle");
     world.link("/music/folder-link", "folder");
+    world.link("/music/far", "/real/new");
     const std::pair<std::string, std::errc> rows[] = {
         {"/music/folder", std::errc::is_a_directory},
         {"/music/folder-link", std::errc::is_a_directory},
@@ -396,73 +317,37 @@ TEST(SafeReplace, refuses_what_is_no_file_or_must_not_be_written) {
         {"/closed/new", std::errc::permission_denied},
         {"/gone/new", std::errc::no_such_file_or_directory},
         {"/music/circle", std::errc::too_many_symbolic_link_levels},
+        {"/music/far", std::errc()},
     };
     for (const auto &[path, error] : rows) {
+        std::error_code caught;
         try {
             replaceSafely(world, path, makes("y"), block);
-            ADD_FAILURE() << path << " was written";
-        } catch (const std::system_error &caught) {
-            EXPECT_EQ(caught.code(), error) << path;
+        } catch (const std::system_error &failure) {
+            caught = failure.code();
         }
+        EXPECT_TRUE(caught ? caught == error : error == std::errc()) << path << ": " << caught.message();
     }
-    EXPECT_THAT(world.names("/music"), testing::SizeIs(5));
-}
-
-TEST(SafeReplace, makes_a_new_file_also_where_a_link_points_to_nothing) {
-    FakeFileSystem world;
-    world.makeFolder("/real");
-    world.link("/music/link.wav", "../real/take.wav");
-    world.link("/music/far.wav", "/real/take.wav");
-    replaceSafely(world, "/music/far.wav", makes("new"), block);
-    EXPECT_EQ(textOf(world.bytes("/real/take.wav")), "new");
-    EXPECT_EQ(world.attributes("/real/take.wav"), "usual");
-    EXPECT_EQ(world.names("/music"), (std::vector<std::string>{"far.wav", "link.wav"}));
-}
-
-TEST(SafeReplace, does_not_write_over_what_another_program_did_meanwhile) {
-    forEachCase([](FakeFileSystem &world, const Case &c) {
-        const auto during = [&](ByteSink &sink) {
-            makes(c.after)(sink);
-            world.put(song, bytesOf("theirs"), "mine");
-        };
-        try {
-            replaceSafely(world, song, during, block);
-            ADD_FAILURE();
-        } catch (const std::system_error &error) {
-            EXPECT_STREQ(error.what(), "Another program has changed the file during the save");
-        }
-        EXPECT_EQ(textOf(world.bytes(song)), "theirs");
-        expectNothingLeft(world);
-    });
+    EXPECT_EQ(textOf(world.bytes("/real/new")) + world.attributes("/real/new"), "yusual");
+    EXPECT_THAT(world.names("/music"), testing::SizeIs(6));
 }
 
 TEST(SafeReplace, two_saves_of_one_file_at_once_do_not_disturb_each_other) {
-    for (const Way way : {Way::beside, Way::refused}) {
-        FakeFileSystem world;
-        const Case c{"", way, "old", "new"};
-        setUp(world, c);
-        std::string second;
-        replaceSafely(
-            world, song,
-            [&](ByteSink &sink) {
-                makes("the first's")(sink);
-                try {
-                    EXPECT_EQ(recoverInPlace(world, song, block), Files::Recovery::notNeeded);
-                    replaceSafely(
-                        world, "/music/song.wav",
-                        [&](ByteSink &inner) {
-                            makes("the ")(inner);
-                            throw std::runtime_error("second did not finish");
-                        },
-                        block);
-                } catch (const std::exception &error) {
-                    second = error.what();
-                }
-            },
-            block);
-        EXPECT_EQ(second, way == Way::beside ? "second did not finish" : "The file is just being saved by another program");
-        EXPECT_EQ(textOf(world.bytes(song)), "the first's");
-        expectNothingLeft(world);
+    for (const auto &[way, error] :
+         {std::pair(Way::beside, "second did not finish"), {Way::refused, "The file is just being saved by another program"}}) {
+        World world({"", way, "old", "new"});
+        const Produce second = [&](ByteSink &sink) {
+            makes("the ")(sink);
+            throw std::runtime_error("second did not finish");
+        };
+        const Produce first = [&, error = error](ByteSink &sink) {
+            makes("the first's")(sink);
+            EXPECT_EQ(world.recover(), Files::Recovery::notNeeded);
+            EXPECT_EQ(world.save(second), error);
+        };
+        EXPECT_EQ(world.save(first), "");
+        EXPECT_EQ(world.text(), "the first's");
+        world.expectNothingLeft();
     }
 }
 

@@ -12,7 +12,7 @@ COMMANDS = ["App/Commands"] + SETTINGS
 FILES = ["Audio/Files"] + CORE
 PLAYBACK = ["Audio/Playback"] + CORE + PLATFORM
 MODEL = ["Editor/AudioEditorModel", "Editor/Surfaces"] + CORE + SETTINGS
-DOCUMENT = ["Document"] + MODEL + FILES + PLAYBACK + COMMANDS
+DOCUMENT = ["Document", "Document/Journal"] + MODEL + FILES + PLAYBACK + COMMANDS
 VIEWS = ["Editor/Views", "Document/Windows", "Preferences/Panes"] + DOCUMENT
 
 # folder -> folders of ours it may include, prefixes of system headers beyond the standard library
@@ -34,6 +34,7 @@ ALLOWED = {
     "Editor/AudioEditorModel": (MODEL, None),
     "Editor/Surfaces": (MODEL, None),
     "Document": (DOCUMENT, None),
+    "Document/Journal": (DOCUMENT, None),
     "Editor/Views": (VIEWS, r"Q([A-Z]|t$)"),
     "Document/Windows": (VIEWS, r"Q([A-Z]|t$)"),
     "Preferences/Panes": (VIEWS, r"Q([A-Z]|t$)"),

@@ -57,7 +57,17 @@ DocumentWindowController::DocumentWindowController(const WindowServices &service
 DocumentWindowController::~DocumentWindowController() = default;
 
 void DocumentWindowController::open(const std::string &path, std::function<void(const std::string &)> failed) {
-    document_->open(path, [this, failed = std::move(failed)](const std::string &error) {
+    begin(std::move(failed), [&](auto opened) { document_->open(path, opened); });
+}
+
+void DocumentWindowController::restore(std::shared_ptr<const AbandonedJournal> journal,
+                                       std::function<void(const std::string &)> failed) {
+    begin(std::move(failed), [&](auto opened) { document_->restore(journal, opened); });
+}
+
+void DocumentWindowController::begin(std::function<void(const std::string &)> failed,
+                                     const std::function<void(std::function<void(const std::string &)>)> &open) {
+    open([this, failed = std::move(failed)](const std::string &error) {
         wasFailed_ = !error.empty();
         if (wasFailed_) {
             isClosed_ = true;
@@ -221,15 +231,14 @@ void DocumentWindowController::closeNow() {
     if (std::exchange(isClosed_, true)) return;
     saveFrame();
     document_->stop();
+    document_->letGo();
     QTimer::singleShot(0, view_.get(), [this] {
         view_->close();
         if (onClosed) onClosed();
     });
 }
 
-bool DocumentWindowController::mayQuit() const {
-    return isClosed_ || quitVersion_ == document_->model().state().contentVersion;
-}
+bool DocumentWindowController::mayQuit() const { return isClosed_ || quitMark_ == document_->editMark(); }
 
 // A question about something else has to be answered first: it is shown, and the quit is off.
 void DocumentWindowController::confirmQuit(std::function<void(bool)> answered) {
@@ -237,7 +246,7 @@ void DocumentWindowController::confirmQuit(std::function<void(bool)> answered) {
     if (questionsOpen_ > 0 && !document_->isCloseAsked()) return answered(false);
     if (questionsOpen_ == 0 && (document_->isEdited() || document_->isEditing())) closeSheets();
     document_->confirmClose([this, answered = std::move(answered)](bool mayGo) {
-        if (mayGo) quitVersion_ = document_->model().state().contentVersion;
+        if (mayGo) quitMark_ = document_->editMark();
         answered(mayGo);
     });
 }

@@ -32,6 +32,8 @@ public:
     // Reads the file and shows the window: when it is read, or a moment later when that takes longer. `failed` is told when it
     // cannot be opened; there is no window then.
     void open(const std::string &path, std::function<void(const std::string &error)> failed);
+    // The same with a document that was not closed properly.
+    void restore(std::shared_ptr<const AbandonedJournal> journal, std::function<void(const std::string &error)> failed);
     // Where the window opens if there is no remembered place, or other windows stand at it.
     std::function<Box()> onPlacing;
 
@@ -41,7 +43,7 @@ public:
     // has been edited since, `mayQuit` holds, and `closeNow` closes the window without another question.
     void confirmQuit(std::function<void(bool mayQuit)> answered);
     bool mayQuit() const;
-    void forgetQuit() { quitVersion_.reset(); }
+    void forgetQuit() { quitMark_.reset(); }
     void closeNow();
     // Also from the task bar.
     void bringForward();
@@ -64,6 +66,8 @@ public:
     QString shortcutText(EditorCommand command) const override;
 
 private:
+    void begin(std::function<void(const std::string &error)> failed,
+               const std::function<void(std::function<void(const std::string &error)>)> &open);
     void showAlert(AlertTone tone, const Question &question, std::function<void(std::size_t)> answer);
     void documentChanged();
     void dialogChanged();
@@ -78,7 +82,7 @@ private:
     int questionsOpen_ = 0;
     // Where the last panel began and where it ended: the next one that would begin there begins where that one ended.
     std::string proposedFolder_, chosenFolder_;
-    std::optional<std::int64_t> quitVersion_;  // of the content that may go
+    std::optional<AudioDocument::EditMark> quitMark_;  // of what may go
     bool isClosed_ = false;
     bool wasFailed_ = false;
     Subscription documentChanges_, modelChanges_, shortcutChanges_;

@@ -67,6 +67,15 @@ public:
             visit(samples, piece.block->originals.get(), std::int64_t(samples.data() - piece.block->samples.data()));
         });
     }
+    // All of the sound as visit(block, first, samples): who keeps account of samples knows them again by the block that holds
+    // them, for as long as it lives, and by the number of the first in it.
+    template <class Visit>
+    void forEachBlock(Visit visit) const {
+        forEachPiece({0, frames_}, [&](const Piece &piece, std::span<const float> samples, FrameRange) {
+            visit(std::shared_ptr<const void>(piece.block), std::int64_t(samples.data() - piece.block->samples.data()),
+                  samples);
+        });
+    }
     // Whether any sample of a range, which must lie inside the sound, has originals.
     bool hasOriginals(FrameRange range) const;
 

@@ -169,6 +169,8 @@ public:
     bool commit(std::int64_t generation, EditOutcome outcome);
     // Takes what the loose peaks of the sound of that generation have been measured to be.
     void completePeaks(std::int64_t generation, const AudioEditorPeaks &tail);
+    // A sound with its marks that had been made of the present one elsewhere, before the program ended: an undoable step.
+    void recover(Snapshot edited);
     // Carries an edit out on the present sound and commits it: now, or later when it is a long one.
     void apply(EditPlan plan);
     // A change of the loop alone: an undoable step without a buffer. A loop that is already so makes none.

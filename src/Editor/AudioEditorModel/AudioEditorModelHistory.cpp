@@ -144,6 +144,13 @@ void AudioEditorModel::redo() {
     restore(history_.redo([this](const Snapshot &taken) { return counterpart(taken); }));
 }
 
+void AudioEditorModel::recover(Snapshot edited) {
+    const Batch batch(*this);
+    pushHistory(currentSnapshot(true));
+    edited.version = nextVersion_++;
+    restore(std::move(edited));
+}
+
 // Where the peaks come back with a sound, those of the present one go with it.
 Snapshot AudioEditorModel::counterpart(const Snapshot &taken) {
     Snapshot snapshot = currentSnapshot(taken.buffer.has_value());

@@ -52,6 +52,7 @@ void BackgroundEdits::cancel() {
 // One that is asked for while another is under way is not done.
 void BackgroundEdits::start(EditPlan plan) {
     if (isRunning()) return;
+    ++begun_;
     const auto progress = progress_ = std::make_shared<Progress>();
     const bool measuresPeaks = model_.keepsPeaks();
     progress->expectStages(measuresPeaks ? withPeaks(plan.stages) : plan.stages);

@@ -20,6 +20,7 @@ public:
     ~BackgroundEdits();
 
     bool isRunning() const { return progress_ != nullptr; }
+    std::int64_t begun() const { return begun_; }  // how many so far
     double fraction() const { return progress_ ? progress_->fraction() : 0; }
     // Over at once, though the thread may take a moment more to notice.
     void cancel();
@@ -37,6 +38,7 @@ private:
 
     AudioEditorModel &model_;
     Jobs &jobs_;
+    std::int64_t begun_ = 0;
     std::shared_ptr<Progress> progress_;                    // of the edit under way
     std::shared_ptr<int> alive_ = std::make_shared<int>();  // jobs hold it weakly
 };

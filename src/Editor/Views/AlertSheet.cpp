@@ -30,7 +30,8 @@ AlertSheet::AlertSheet(ViewStyle &style, AlertTone tone, DocumentUi::Question qu
       informative_(onScreen(question.informative)),
       labels_(std::move(question.buttons)),
       answer_(std::move(answer)) {
-    const auto cancel = std::find(labels_.begin(), labels_.end(), "Cancel");
+    const auto cancel =
+        std::find_if(labels_.begin(), labels_.end(), [](auto &label) { return label == "Cancel" || label == "Later"; });
     if (cancel != labels_.end()) cancelIndex_ = std::size_t(cancel - labels_.begin());
     setAccessibleName(message_);
     setAccessibleDescription(informative_);

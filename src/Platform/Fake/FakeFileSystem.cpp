@@ -314,6 +314,27 @@ bool FakeFileSystem::removeAbandoned(const std::string &path) {
     return true;
 }
 
+std::unique_ptr<FileSystem::File> FakeFileSystem::holdAbandoned(const std::string &path) {
+    const std::lock_guard lock(mutex_);
+    step();
+    const auto node = find(path);
+    return node && node->held.expired() ? hold(node) : nullptr;
+}
+
+bool FakeFileSystem::share(const std::string &path, const std::string &as) {
+    const std::lock_guard lock(mutex_);
+    step();
+    if (canShare_) put(as, follow(path)->now.bytes);
+    return canShare_;
+}
+
+bool FakeFileSystem::addName(const std::string &path, const std::string &name) {
+    const std::lock_guard lock(mutex_);
+    step();
+    if (canAddNames_) change({parentOf(name), {{name, follow(path)}}});
+    return canAddNames_;
+}
+
 std::unique_ptr<FileSystem::File> FakeFileSystem::overwrite(const std::string &path) {
     const std::lock_guard lock(mutex_);
     step();

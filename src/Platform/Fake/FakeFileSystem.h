@@ -33,7 +33,8 @@ public:
     void makeOther(const std::string &path);                   // neither file nor folder nor link
     void setWritable(const std::string &path, bool writable);  // of a folder: whether names in it may be changed
     void setSticky(const std::string &folder);                 // names may be added, but not put in the place of others
-    void vanish(const std::string &path);                      // with all that is below it
+    void allow(bool sharing, bool names) { canShare_ = sharing, canAddNames_ = names; }  // neither at first
+    void vanish(const std::string &path);                                                // with all that is below it
 
     bool exists(const std::string &path) const;
     Bytes bytes(const std::string &path) const;
@@ -57,6 +58,9 @@ public:
     std::unique_ptr<ByteSource> open(const std::string &path) override;
     std::unique_ptr<File> create(const std::string &path, Access access) override;
     bool removeAbandoned(const std::string &path) override;
+    std::unique_ptr<File> holdAbandoned(const std::string &path) override;
+    bool share(const std::string &path, const std::string &as) override;
+    bool addName(const std::string &path, const std::string &name) override;
     std::unique_ptr<File> overwrite(const std::string &path) override;
     void copyAttributes(const std::string &from, const std::string &to) override;
     void rename(const std::string &from, const std::string &to) override;
@@ -118,6 +122,7 @@ private:
     std::vector<NameChange> unsynced_;
     std::uint64_t lastInode_ = 0;
     std::int64_t clock_ = 0;
+    bool canShare_ = false, canAddNames_ = false;
 
     int steps_ = 0;
     int failStep_ = 0;

@@ -1,7 +1,9 @@
 #include "Platform/Linux/LinuxFileSystem.h"
 
 #include <fcntl.h>
+#include <linux/fs.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -119,6 +121,15 @@ bool isStillAt(const FileDescriptor &file, const std::string &path) {
     return ::lstat(path.c_str(), &there) == 0 && there.st_ino == here.st_ino && there.st_dev == here.st_dev;
 }
 
+// A file that nobody holds, held now; closed when there is none.
+FileDescriptor abandoned(const std::string &path) {
+    // Some network file systems lock only what is open for writing.
+    FileDescriptor file(::open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const bool isOurs = file.isOpen() && S_ISREG(statusOf(file).st_mode) && lock(file) == Lock::mine;
+    // Whoever held it may have given it its place and name meanwhile. While we hold it, nobody does.
+    return isOurs && isStillAt(file, path) ? std::move(file) : FileDescriptor();
+}
+
 }  // namespace
 
 std::string LinuxFileSystem::resolve(const std::string &path) {
@@ -161,11 +172,25 @@ std::unique_ptr<FileSystem::File> LinuxFileSystem::create(const std::string &pat
 }
 
 bool LinuxFileSystem::removeAbandoned(const std::string &path) {
-    // Some network file systems lock only what is open for writing.
-    const FileDescriptor file(::open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    if (!file.isOpen() || !S_ISREG(statusOf(file).st_mode) || lock(file) != Lock::mine) return false;
-    // Whoever held it may have given it its place and name meanwhile. While we hold it, nobody does.
-    return isStillAt(file, path) && ::unlink(path.c_str()) == 0;
+    const FileDescriptor file = abandoned(path);
+    return file.isOpen() && ::unlink(path.c_str()) == 0;
+}
+
+std::unique_ptr<FileSystem::File> LinuxFileSystem::holdAbandoned(const std::string &path) {
+    FileDescriptor file = abandoned(path);
+    return file.isOpen() ? std::make_unique<LinuxFile>(std::move(file)) : nullptr;
+}
+
+bool LinuxFileSystem::share(const std::string &path, const std::string &as) {
+    const FileDescriptor from = openRegular(path, O_RDONLY);
+    const FileDescriptor to = openAs(as, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+    if (::ioctl(*to, FICLONE, *from) == 0 && ::fsync(*to) == 0) return true;
+    if (::unlink(as.c_str()) != 0) throwErrno();
+    return false;
+}
+
+bool LinuxFileSystem::addName(const std::string &path, const std::string &name) {
+    return ::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
 }
 
 std::unique_ptr<FileSystem::File> LinuxFileSystem::overwrite(const std::string &path) {

@@ -13,6 +13,9 @@ public:
     std::unique_ptr<ByteSource> open(const std::string &path) override;
     std::unique_ptr<File> create(const std::string &path, Access access) override;
     bool removeAbandoned(const std::string &path) override;
+    std::unique_ptr<File> holdAbandoned(const std::string &path) override;
+    bool share(const std::string &path, const std::string &as) override;
+    bool addName(const std::string &path, const std::string &name) override;
     std::unique_ptr<File> overwrite(const std::string &path) override;
     void copyAttributes(const std::string &from, const std::string &to) override;
     void rename(const std::string &from, const std::string &to) override;

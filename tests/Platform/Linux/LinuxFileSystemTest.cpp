@@ -1,10 +1,7 @@
 #include "Platform/Linux/LinuxFileSystem.h"
 
 #include <gmock/gmock.h>
-#include <sys/file.h>
 #include <sys/xattr.h>
-
-#include <thread>
 
 #include "Platform/Files.h"
 #include "Platform/Linux/World.h"
@@ -191,117 +188,89 @@ TEST_F(RealFiles, keeps_the_owner_as_root_and_widens_no_rights_as_anybody_else) 
     EXPECT_EQ(status(shared).st_mode & 07777, 0666u) << "neither foreign bits nor more for the new group than for everybody";
 }
 
-TEST_F(RealFiles, hard_links_keep_the_old_contents) {
-    writeText(folder / "song.wav", "old");
-    std::filesystem::create_hard_link(folder / "song.wav", folder / "backup.wav");
-    EXPECT_EQ(errorOf(folder / "song.wav"), "");
-    EXPECT_EQ(readText(folder / "backup.wav"), "old");
-    EXPECT_EQ(readText(folder / "song.wav"), "new");
+// A disk of a megabyte, full or not to be written to, or full in the midst of writing over a file in a folder that refuses
+// another.
+TEST_F(RealFiles, a_full_or_read_only_disk_leaves_the_old_file_and_nothing_else) {
+    enum class Disk { roomy, inPlace, readOnly };
+    const char *full = "No space left on device", *locked = "Read-only file system";
+    const struct {
+        Disk disk;
+        std::size_t size;
+        const char *error;
+    } rows[] = {{Disk::roomy, 400'000, full},     {Disk::roomy, 1'100'000, full}, {Disk::roomy, 200'000, ""},
+                {Disk::inPlace, 2'000'000, full}, {Disk::inPlace, 900'000, ""},   {Disk::readOnly, 3, locked}};
+    for (const auto &[disk, size, error] : rows)
+        inChild([&, disk = disk, size = size, error = error] {
+            ASSERT_NO_FATAL_FAILURE(enterMountNamespace()) << "this test must be able to mount a file system";
+            ASSERT_NO_FATAL_FAILURE(mountMemory(folder.path(), "size=1m,mode=777"));
+            const std::string old(disk == Disk::inPlace ? 600'000 : 700'000, 'o'), text(size, 'n'), song = folder / "song.wav";
+            writeText(song, old);
+            chmod(song.c_str(), 0666);
+            const unsigned long readOnly = MS_REMOUNT | MS_RDONLY;
+            const bool isReadOnly = disk == Disk::readOnly;
+            ASSERT_TRUE(!isReadOnly || mount("none", folder.path().c_str(), nullptr, readOnly, nullptr) == 0);
+            if (disk == Disk::inPlace) chmod(folder.path().c_str(), 0555), becomeNobody();
+            EXPECT_EQ(errorOf(song, text), error);
+            EXPECT_TRUE(readText(song) == (*error ? old : text));
+            EXPECT_THAT(namesIn(folder.path()), ElementsAre("song.wav"));
+            EXPECT_TRUE(disk != Disk::inPlace || namesIn(state / "kiv-audio-editor/saving").empty());
+            EXPECT_EQ(errorOf(folder / "other.wav", "x"), isReadOnly              ? locked
+                                                          : disk == Disk::inPlace ? "Permission denied"
+                                                                                  : "");
+        });
 }
 
-TEST_F(RealFiles, a_full_disk_leaves_the_old_file_and_nothing_else) {
-    inChild([&] {
-        ASSERT_NO_FATAL_FAILURE(enterMountNamespace()) << "this test must be able to mount a file system";
-        ASSERT_NO_FATAL_FAILURE(mountMemory(folder.path(), "size=1m"));
-        const std::string old(700'000, 'o');
-        writeText(folder / "song.wav", old);
-        for (const std::size_t size : {400'000u, 1'100'000u, 5'000'000u})
-            EXPECT_EQ(errorOf(folder / "song.wav", std::string(size, 'n')), "No space left on device");
-        EXPECT_TRUE(readText(folder / "song.wav") == old);
-        EXPECT_THAT(namesIn(folder.path()), ElementsAre("song.wav"));
-        EXPECT_EQ(errorOf(folder / "song.wav", std::string(200'000, 'n')), "");
-    });
+TEST_F(RealFiles, is_written_over_where_the_folder_refuses_another_file_and_never_against_its_own_mode) {
+    const struct {
+        const char *name;
+        mode_t folderMode, mode;
+        const char *error;
+        bool isSame;  // the same file, written over; else another in its place
+    } rows[] = {
+        {"a folder that refuses", 0555, 0666, "", true},
+        {"a folder that lets everybody in, but only owners replace", 01777, 0666, "", true},
+        {"a folder that allows all", 0777, 0666, "", false},
+        {"a locked file in a folder that refuses", 0555, 0444, "Permission denied", true},
+        {"a locked file in a folder that allows all", 0777, 0444, "Permission denied", true},
+    };
+    for (const auto &[name, folderMode, mode, error, isSame] : rows) {
+        if (geteuid() != 0 && folderMode == 01777) continue;  // only root can make other people's files
+        const std::string song = folder / "song.wav", text = "much longer than before";
+        chmod(folder.path().c_str(), 0777);
+        writeText(song, "old");
+        chmod(song.c_str(), mode);
+        const auto before = status(song);
+        chmod(folder.path().c_str(), folderMode);
+        inChild([&, error = error, folderMode = folderMode] {
+            becomeNobody();
+            EXPECT_EQ(errorOf(song, text), error);
+            EXPECT_EQ(errorOf(folder / "fresh.wav"), folderMode == 0555 ? "Permission denied" : "");
+        });
+        EXPECT_EQ(readText(song), *error ? "old" : text) << name;
+        EXPECT_EQ(status(song).st_ino == before.st_ino, isSame) << name;
+        EXPECT_EQ(status(song).st_uid == before.st_uid, isSame || geteuid() != 0) << name;
+        EXPECT_THAT(namesIn(folder.path()), testing::Each(testing::AnyOf("song.wav", "fresh.wav"))) << name;
+        std::filesystem::remove(song);
+        std::filesystem::remove(folder / "fresh.wav");
+    }
 }
 
-TEST_F(RealFiles, a_disk_full_while_writing_over_in_place_gets_the_old_contents_back) {
-    inChild([&] {
-        ASSERT_NO_FATAL_FAILURE(enterMountNamespace()) << "this test must be able to mount a file system";
-        ASSERT_NO_FATAL_FAILURE(mountMemory(folder.path(), "size=1m,mode=755"));
-        const std::string old(600'000, 'o');
-        writeText(folder / "song.wav", old);
-        ASSERT_EQ(chmod((folder / "song.wav").c_str(), 0666), 0);
-        ASSERT_EQ(chmod(folder.path().c_str(), 0555), 0);
-        becomeNobody();
-        EXPECT_EQ(errorOf(folder / "song.wav", std::string(2'000'000, 'n')), "No space left on device");
-        EXPECT_TRUE(readText(folder / "song.wav") == old);
-        EXPECT_EQ(errorOf(folder / "song.wav", std::string(900'000, 'n')), "");
-        EXPECT_TRUE(readText(folder / "song.wav") == std::string(900'000, 'n'));
-        EXPECT_THAT(namesIn(state / "kiv-audio-editor/saving"), IsEmpty());
-    });
-}
-
-TEST_F(RealFiles, a_read_only_file_system_refuses_and_keeps_the_file) {
-    inChild([&] {
-        ASSERT_NO_FATAL_FAILURE(enterMountNamespace()) << "this test must be able to mount a file system";
-        ASSERT_NO_FATAL_FAILURE(mountMemory(folder.path(), "size=1m"));
-        writeText(folder / "song.wav", "old");
-        ASSERT_EQ(mount("none", folder.path().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0) << std::strerror(errno);
-        EXPECT_EQ(errorOf(folder / "song.wav"), "Read-only file system");
-        EXPECT_EQ(errorOf(folder / "other.wav"), "Read-only file system");
-        EXPECT_EQ(readText(folder / "song.wav"), "old");
-    });
-}
-
-TEST_F(RealFiles, in_a_folder_that_refuses_the_file_is_written_over_and_protected_files_are_not) {
-    const std::string song = folder / "song.wav", locked = folder / "locked.wav";
-    for (const std::string &path : {song, locked}) writeText(path, "old");
-    chmod(song.c_str(), 0666);
-    chmod(locked.c_str(), 0444);
-    const auto inode = status(song).st_ino;
-    inChild([&] {
-        becomeNobody();
-        EXPECT_EQ(errorOf(locked), "Permission denied") << "the folder would allow it, the file does not";
-    });
-    chmod(folder.path().c_str(), 0555);
-    inChild([&] {
-        becomeNobody();
-        EXPECT_EQ(errorOf(song, "much longer than before"), "");
-        EXPECT_EQ(errorOf(locked), "Permission denied");
-        EXPECT_EQ(errorOf(folder / "fresh.wav"), "Permission denied");
-    });
-    EXPECT_EQ(readText(song), "much longer than before");
-    EXPECT_EQ(readText(locked), "old");
-    EXPECT_EQ(status(song).st_ino, inode);
-    EXPECT_THAT(namesIn(state / "kiv-audio-editor/saving"), IsEmpty());
-}
-
-TEST_F(RealFiles, in_a_sticky_folder_another_users_file_is_written_over) {
-    if (geteuid() != 0) GTEST_SKIP() << "only root can make other people's files";
-    const std::string song = folder / "song.wav";
-    writeText(song, "old");
-    chmod(song.c_str(), 0666);
-    chmod(folder.path().c_str(), 01777);
-    inChild([&] {
-        becomeNobody();
-        EXPECT_EQ(errorOf(song), "");
-    });
-    EXPECT_EQ(readText(song), "new");
-    EXPECT_EQ(status(song).st_uid, 0u);
-    EXPECT_THAT(namesIn(folder.path()), ElementsAre("song.wav"));
-}
-
-TEST_F(RealFiles, a_folder_that_vanishes_during_the_save_is_an_error) {
+TEST_F(RealFiles, a_save_that_is_overtaken_is_an_error_and_hard_links_keep_the_old_contents) {
+    const std::string path = folder / "song.wav", backup = folder / "backup.wav";
+    writeText(path, "old");
+    std::filesystem::create_hard_link(path, backup);
+    EXPECT_EQ(errorOf(path), "");
+    EXPECT_EQ(readText(path) + readText(backup), "newold");
     std::filesystem::create_directory(folder / "usb");
     writeText(folder / "usb/song.wav", "old");
-    EXPECT_THROW(files->replace(folder / "usb/song.wav",
-                                [&](ByteSink &sink) {
-                                    makes("new")(sink);
-                                    std::filesystem::remove_all(folder / "usb");
-                                }),
-                 std::system_error);
-    EXPECT_THAT(namesIn(folder.path()), IsEmpty());
-}
-
-TEST_F(RealFiles, what_another_program_wrote_during_the_save_stays) {
-    const std::string path = folder / "song.wav";
-    writeText(path, "old");
-    EXPECT_THROW(files->replace(path,
-                                [&](ByteSink &sink) {
-                                    makes("new")(sink);
-                                    writeText(path, "theirs");
-                                }),
-                 std::system_error);
+    const std::pair<std::string, std::function<void()>> rows[] = {
+        {path, [&] { writeText(path, "theirs"); }},
+        {folder / "usb/song.wav", [&] { std::filesystem::remove_all(folder / "usb"); }},
+    };
+    for (const auto &[where, meanwhile] : rows)
+        EXPECT_THROW(files->replace(where, [&](ByteSink &sink) { makes("new")(sink), meanwhile(); }), std::system_error);
     EXPECT_EQ(readText(path), "theirs");
+    EXPECT_THAT(namesIn(folder.path()), ElementsAre("backup.wav", "song.wav"));
 }
 
 TEST_F(RealFiles, a_temporary_file_in_use_is_left_alone_and_an_abandoned_one_removed) {

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <memory>
+
+#include "Document/DocumentUi.h"
+#include "Document/Journal/JournalRecovery.h"
+#include "Editor/Views/ViewStyle.h"
+#include "Platform/Jobs.h"
+
+namespace kiv {
+
+// The documents that an earlier run of the program has left behind without closing them. Asks about one after the other what is
+// to become of it.
+class LeftBehind {
+public:
+    LeftBehind(const JournalFolder &folder, Jobs &jobs, ViewStyle &style) : folder_(folder), jobs_(jobs), style_(style) {}
+
+    void look();
+    std::function<void(std::shared_ptr<const AbandonedJournal>)> onRestore;
+
+private:
+    using Journals = std::deque<std::shared_ptr<const AbandonedJournal>>;
+    void askNext();
+    void discard(std::shared_ptr<const AbandonedJournal> journal);
+
+    const JournalFolder &folder_;
+    Jobs &jobs_;
+    ViewStyle &style_;
+    Journals journals_;
+};
+
+// What is asked; without a "Restore" where there is nothing to restore it from.
+DocumentUi::Question questionAbout(const AbandonedJournal &journal);
+
+}  // namespace kiv

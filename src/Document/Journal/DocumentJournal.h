@@ -1,0 +1,87 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Document/Journal/JournalRecovery.h"
+#include "Editor/AudioEditorModel/AudioEditorModel.h"
+#include "Platform/Jobs.h"
+
+namespace kiv {
+
+// Keeps what has been done to a document safe against the end of the program: follows the model and has every state that
+// differs from the file written to a journal, behind, by one job at a time; edits that come faster than that are written as the
+// last of them. The journal goes when the document has no edits any more or is given up, and stays when this object goes
+// without that. Main thread only.
+class DocumentJournal {
+public:
+    // Without a folder nothing is journalled.
+    DocumentJournal(const JournalFolder *folder, Jobs &jobs);
+    DocumentJournal(const DocumentJournal &) = delete;
+    DocumentJournal &operator=(const DocumentJournal &) = delete;
+
+    // The sound as it was read from a file or written to it. Every edit from here on is one of that.
+    void setBase(const std::string &path, const std::optional<FileSystem::Identity> &identity,
+                 const AudioFileContents &contents, const AudioEditorBuffer &buffer);
+    // To be told of every change; what has been written already costs nothing.
+    void follow(const AudioEditorState &state, bool isEdited);
+    void discard();
+    // A journal that this document was brought back from: it goes when what it holds is safe in the new one.
+    void takeOver(std::shared_ptr<const AbandonedJournal> journal);
+    // Calls back when all is written, or has failed to be.
+    void flush(std::function<void()> done);
+
+    // What a save of this sound has to tell, on its own thread, when the new file is complete and has not taken its place yet.
+    using SaveNote = std::function<void(const std::string &path, std::uint64_t digest)>;
+    SaveNote noteFor(const AudioEditorBuffer &buffer);
+
+    // Why changes cannot be journalled; once.
+    std::function<void(const std::string &reason)> onTrouble;
+    // After a failure nothing is tried for so long.
+    std::chrono::milliseconds pauseAfterTrouble{30'000};
+
+private:
+    using Clock = std::chrono::steady_clock;
+    void write();
+    void written(std::exception_ptr failure);
+    void discardTakenOver();
+
+    const JournalFolder *folder_;
+    Jobs &jobs_;
+    std::shared_ptr<JournalFile> file_;  // jobs share it
+    std::shared_ptr<const JournalFile::Base> base_;
+    std::shared_ptr<JournalFile::Edited> next_;  // to be written when the job under way is done
+    std::shared_ptr<const AbandonedJournal> takenOver_;
+    std::optional<std::int64_t> version_;  // of the content that was last given to be written
+    std::uint64_t order_ = 0;
+    bool isWriting_ = false, hasBegun_ = false, hasTold_ = false;
+    Clock::time_point restsUntil_{};
+    std::vector<std::function<void()>> flushed_;
+    std::shared_ptr<int> alive_ = std::make_shared<int>();  // jobs hold it weakly
+};
+
+// Files through which one file is saved, and the journal told of it.
+class NotedFiles : public Files {
+public:
+    NotedFiles(Files &files, DocumentJournal::SaveNote note) : files_(files), note_(std::move(note)) {}
+
+    std::unique_ptr<ByteSource> open(const std::string &path) override { return files_.open(path); }
+    std::optional<FileSystem::Identity> identity(const std::string &path) override { return files_.identity(path); }
+    void replace(const std::string &path, const std::function<void(ByteSink &)> &produce,
+                 const std::function<void(const ByteSource &)> &check) override;
+    std::vector<std::string> names(const std::string &folder) override { return files_.names(folder); }
+    bool isWritable(const std::string &folder) override { return files_.isWritable(folder); }
+    void createFolder(const std::string &path) override { files_.createFolder(path); }
+    void moveToTrash(const std::string &path) override { files_.moveToTrash(path); }
+    Recovery recoverInterrupted(const std::string &path) override { return files_.recoverInterrupted(path); }
+
+private:
+    Files &files_;
+    DocumentJournal::SaveNote note_;
+};
+
+}  // namespace kiv

@@ -1,0 +1,269 @@
+#include "Document/Journal/JournalRecords.h"
+
+#include <algorithm>
+#include <concepts>
+#include <cstring>
+#include <stdexcept>
+#include <type_traits>
+
+#include "Support/ByteDigest.h"
+
+namespace kiv {
+namespace {
+
+struct TornRecord : std::runtime_error {
+    TornRecord() : std::runtime_error("a record of the journal is torn") {}
+};
+
+template <class T>
+concept Plain = std::is_arithmetic_v<T> || std::is_enum_v<T>;
+
+class Writer {
+public:
+    template <Plain T>
+    void value(const T &plain) {
+        append(&plain, sizeof plain);
+    }
+    template <class T>
+    requires requires(Writer &writer, const T &whole) { fields(writer, whole); }
+    void value(const T &whole) { fields(*this, whole); }
+    void value(const std::string &text) {
+        value(std::uint64_t(text.size()));
+        append(text.data(), text.size());
+    }
+    template <class T>
+    void value(const std::vector<T> &list) {
+        value(std::uint64_t(list.size()));
+        if constexpr (Plain<T>)
+            append(list.data(), list.size() * sizeof(T));
+        else
+            for (const T &each : list) value(each);
+    }
+    template <class T>
+    void value(const std::optional<T> &perhaps) {
+        value(std::uint8_t(perhaps.has_value()));
+        if (perhaps) value(*perhaps);
+    }
+    void value(const std::map<std::string, std::string> &map) {
+        value(std::uint64_t(map.size()));
+        for (const auto &[key, text] : map) all(key, text);
+    }
+    void all(const auto &...members) { (value(members), ...); }
+
+    Bytes take() { return std::move(bytes_); }
+
+private:
+    void append(const void *from, std::size_t count) {
+        const auto *first = static_cast<const std::byte *>(from);
+        bytes_.insert(bytes_.end(), first, first + count);
+    }
+
+    Bytes bytes_;
+};
+
+class Reader {
+public:
+    explicit Reader(std::span<const std::byte> bytes) : bytes_(bytes) {}
+
+    template <Plain T>
+    void value(T &plain) {
+        copy(&plain, sizeof plain);
+    }
+    template <class T>
+    requires requires(Reader &reader, T &whole) { fields(reader, whole); }
+    void value(T &whole) { fields(*this, whole); }
+    void value(std::string &text) {
+        text.resize(count(1));
+        copy(text.data(), text.size());
+    }
+    template <class T>
+    void value(std::vector<T> &list) {
+        list.resize(count(Plain<T> ? sizeof(T) : 1));
+        if constexpr (Plain<T>)
+            copy(list.data(), list.size() * sizeof(T));
+        else
+            for (T &each : list) value(each);
+    }
+    template <class T>
+    void value(std::optional<T> &perhaps) {
+        std::uint8_t has = 0;
+        value(has);
+        if (has) value(perhaps.emplace());
+    }
+    void value(std::map<std::string, std::string> &map) {
+        for (std::size_t left = count(1); left > 0; --left) {
+            std::string key, text;
+            all(key, text);
+            map[key] = text;
+        }
+    }
+    void all(auto &...members) { (value(members), ...); }
+
+private:
+    // How many there are, never more than the bytes that are left could hold.
+    std::size_t count(std::size_t bytesEach) {
+        std::uint64_t stored = 0;
+        value(stored);
+        if (stored > bytes_.size() / bytesEach) throw TornRecord();
+        return std::size_t(stored);
+    }
+    void copy(void *to, std::size_t count) {
+        if (count > bytes_.size()) throw TornRecord();
+        if (count > 0) std::memcpy(to, bytes_.data(), count);
+        bytes_ = bytes_.subspan(count);
+    }
+
+    std::span<const std::byte> bytes_;
+};
+
+// The members of each type, for writing and for reading.
+template <class T, class U>
+concept Is = std::same_as<std::remove_const_t<T>, U>;
+
+void fields(auto &a, Is<FrameRange> auto &v) { a.all(v.lo, v.hi); }
+void fields(auto &a, Is<JournalPiece> auto &v) { a.all(v.from, v.at, v.frames); }
+void fields(auto &a, Is<FileSystem::Identity> auto &v) { a.all(v.device, v.inode, v.size, v.modifiedNs, v.kind); }
+void fields(auto &a, Is<AudioSampleEncoding> auto &v) { a.all(v.kind, v.bytes, v.validBits, v.bigEndian, v.unsigned8); }
+void fields(auto &a, Is<AudioFileFormat> auto &v) {
+    a.all(v.container, v.encoding, v.sampleRate, v.typeName, v.bitsDescription, v.fileExtension);
+}
+void fields(auto &a, Is<AudioFilePositionField> auto &v) { a.all(v.offset, v.index, v.from, v.kind, v.bigEndian); }
+void fields(auto &a, Is<AudioFileChunk> auto &v) { a.all(v.id, v.data, v.fields, v.sizeInFile); }
+void fields(auto &a, Is<AudioFileLoop> auto &v) { a.all(v.start, v.end); }
+void fields(auto &a, Is<FlacMetadataBlock> auto &v) { a.all(v.type, v.data); }
+void fields(auto &a, Is<AudioFileContents> auto &v) {
+    a.all(v.format, v.chunks, v.positions, v.loop, v.coreAudioSettings, v.flacMetadata, v.trailing);
+}
+void fields(auto &a, Is<JournalBase> auto &v) { a.all(v.path, v.identity, v.print, v.kept, v.keptIsLink, v.contents); }
+void fields(auto &a, Is<JournalState> auto &v) {
+    a.all(v.order, v.writtenAt, v.channels, v.sampleRate, v.pieces, v.markers, v.loop, v.slices, v.cursor, v.selection);
+}
+void fields(auto &a, Is<JournalSave> auto &v) { a.all(v.path, v.digest, v.order, v.pieces); }
+
+constexpr std::uint32_t mark = 0x4A76694B;  // "KivJ"
+
+struct Header {
+    JournalRecord kind;
+    std::uint64_t bytes;
+    std::uint64_t digest;
+};
+void fields(auto &a, Is<Header> auto &v) {
+    auto begin = mark;
+    a.all(begin, v.kind, v.bytes, v.digest);
+    if (begin != mark) throw TornRecord();
+}
+
+// Of what the header says as well, so that a record cannot be taken for one of another kind or length.
+ByteDigest digestOf(JournalRecord kind, std::uint64_t bytes) {
+    Writer writer;
+    writer.all(kind, bytes);
+    ByteDigest digest;
+    digest.add(writer.take());
+    return digest;
+}
+
+template <class T>
+Bytes record(JournalRecord kind, const T &value) {
+    Writer writer;
+    writer.value(value);
+    const Bytes own = writer.take();
+    Bytes whole = recordHeader(kind, own);
+    whole.insert(whole.end(), own.begin(), own.end());
+    return whole;
+}
+
+template <class T>
+T decoded(std::span<const std::byte> bytes) {
+    Reader reader(bytes);
+    T value;
+    reader.value(value);
+    return value;
+}
+
+constexpr std::size_t blockBytes = std::size_t(1) << 20;
+
+Bytes bytesAt(const ByteSource &source, std::int64_t at, std::uint64_t count) {
+    if (at > source.size() || count > std::uint64_t(source.size() - at)) throw TornRecord();
+    Bytes bytes((std::size_t(count)));
+    if (source.read(at, bytes) < bytes.size()) throw TornRecord();
+    return bytes;
+}
+
+void addPart(ByteDigest &digest, const ByteSource &source, std::int64_t at, std::uint64_t count) {
+    while (count > 0) {
+        const Bytes block = bytesAt(source, at, std::min<std::uint64_t>(count, blockBytes));
+        digest.add(block);
+        at += std::int64_t(block.size());
+        count -= block.size();
+    }
+}
+
+void requireWholeSamples(const ByteSource &source, std::int64_t at, const Header &header) {
+    ByteDigest digest = digestOf(header.kind, header.bytes);
+    addPart(digest, source, at, header.bytes);
+    if (digest.value() != header.digest) throw TornRecord();
+}
+
+// Takes in one record and goes behind it.
+void readRecord(JournalContents &found, const ByteSource &source, JournalCheck check) {
+    const auto header = decoded<Header>(bytesAt(source, found.whole, journalRecordHeader));
+    const std::int64_t at = found.whole + journalRecordHeader;
+    if (header.bytes > std::uint64_t(source.size() - at)) throw TornRecord();
+    if (header.kind == JournalRecord::samples) {
+        if (check == JournalCheck::samplesToo) requireWholeSamples(source, at, header);
+    } else {
+        const Bytes bytes = bytesAt(source, at, header.bytes);
+        ByteDigest digest = digestOf(header.kind, header.bytes);
+        digest.add(bytes);
+        if (digest.value() != header.digest) throw TornRecord();
+        if (header.kind == JournalRecord::base) found.base = decoded<JournalBase>(bytes);
+        if (header.kind == JournalRecord::state) found.state = decoded<JournalState>(bytes);
+        if (header.kind == JournalRecord::save) found.save = decoded<JournalSave>(bytes);
+    }
+    found.whole = at + std::int64_t(header.bytes);
+}
+
+}  // namespace
+
+Bytes recordHeader(JournalRecord kind, std::span<const std::byte> bytes) {
+    ByteDigest digest = digestOf(kind, bytes.size());
+    digest.add(bytes);
+    Writer writer;
+    writer.value(Header{kind, bytes.size(), digest.value()});
+    return writer.take();
+}
+
+Bytes encoded(const JournalBase &base) { return record(JournalRecord::base, base); }
+Bytes encoded(const JournalState &state) { return record(JournalRecord::state, state); }
+Bytes encoded(const JournalSave &save) { return record(JournalRecord::save, save); }
+
+JournalContents readJournal(const ByteSource &source, JournalCheck check) {
+    JournalContents found;
+    try {
+        while (found.whole < source.size()) readRecord(found, source, check);
+    } catch (const TornRecord &) {
+    }
+    return found;
+}
+
+std::uint64_t filePrint(const ByteSource &source) {
+    constexpr std::int64_t partBytes = 4096, parts = 64;
+    ByteDigest digest;
+    std::array<std::byte, partBytes> part;
+    const std::int64_t span = std::max<std::int64_t>(source.size() - partBytes, 0);
+    for (std::int64_t i = 0; i < parts; ++i)
+        digest.add(
+            std::span(part).first(source.read(span / (parts - 1) * i + (i == parts - 1 ? span % (parts - 1) : 0), part)));
+    return digest.value();
+}
+
+std::uint64_t fileDigest(const ByteSource &source) {
+    ByteDigest digest;
+    Bytes block(blockBytes);
+    std::int64_t at = 0;
+    for (std::size_t count; (count = source.read(at, block)) > 0; at += std::int64_t(count))
+        digest.add(std::span(block).first(count));
+    return digest.value();
+}
+
+}  // namespace kiv

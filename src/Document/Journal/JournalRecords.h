@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "Audio/Files/AudioFileContents.h"
+#include "Platform/FileSystem.h"
+#include "Support/ByteSource.h"
+
+// What stands in a document's journal: records one after the other, each with its length and a digest of all of it, so that
+// whatever a crash has torn is known for what it is and the last whole one counts. Values and functions on them; nothing here
+// touches files. Numbers stand as the machine has them: a journal never leaves it.
+namespace kiv {
+
+// Frames of a sound and where they are to be had.
+struct JournalPiece {
+    enum class From : std::int64_t {
+        base,     // the file that was read: `at` is a frame of it
+        journal,  // this journal: `at` is the byte at which the samples, as 32-bit floats, begin
+        nowhere,  // only in memory
+    };
+
+    From from = From::base;
+    std::int64_t at = 0;
+    std::int64_t frames = 0;
+    friend bool operator==(const JournalPiece &, const JournalPiece &) = default;
+};
+
+// The file that the sound was read from, and where else it is kept.
+struct JournalBase {
+    std::string path;
+    std::optional<FileSystem::Identity> identity;  // none: no piece may come from it
+    std::uint64_t print = 0;                       // of its bytes, see filePrint()
+    std::string kept;                              // a name in the journal's folder; empty: it is kept nowhere else
+    bool keptIsLink = false;                       // the same file by another name: whoever writes to one writes to both
+    std::optional<AudioFileContents> contents;     // without the samples; none where there is too much of it
+};
+
+// The document after an edit.
+struct JournalState {
+    std::uint64_t order = 0;     // grows with every state and save of a document
+    std::int64_t writtenAt = 0;  // milliseconds since 1970
+    std::int64_t channels = 1;
+    std::int64_t sampleRate = 44100;
+    std::vector<JournalPiece> pieces;
+    std::vector<std::int64_t> markers;
+    std::optional<FrameRange> loop;
+    std::vector<FrameRange> slices;
+    std::int64_t cursor = 0;
+    std::optional<FrameRange> selection;
+};
+
+// Says that a file with this digest is about to take its place at `path`: it then holds this sound, and with it all that was
+// done before in the order.
+struct JournalSave {
+    std::string path;
+    std::uint64_t digest = 0;
+    std::uint64_t order = 0;
+    std::vector<JournalPiece> pieces;
+};
+
+enum class JournalRecord : std::uint32_t { base = 1, samples, state, save };
+inline constexpr std::int64_t journalRecordHeader = 24;  // bytes before a record's own
+
+// What stands before a record's bytes.
+Bytes recordHeader(JournalRecord kind, std::span<const std::byte> bytes);
+// Whole records.
+Bytes encoded(const JournalBase &base);
+Bytes encoded(const JournalState &state);
+Bytes encoded(const JournalSave &save);
+
+// The last whole record of each kind; `whole` is the byte behind the last one. Samples are checked too where asked for, which
+// reads all of the journal; a record behind one that is torn does not count. Throws std::system_error when reading fails.
+struct JournalContents {
+    std::optional<JournalBase> base;
+    std::optional<JournalState> state;
+    std::optional<JournalSave> save;
+    std::int64_t whole = 0;
+};
+enum class JournalCheck { positions, samplesToo };
+JournalContents readJournal(const ByteSource &source, JournalCheck check);
+
+// A fingerprint of a file from some of its parts, the first and the last among them: quick for files of any size. Throws
+// std::system_error.
+std::uint64_t filePrint(const ByteSource &source);
+// The same of every byte.
+std::uint64_t fileDigest(const ByteSource &source);
+
+}  // namespace kiv

@@ -1,0 +1,250 @@
+#include "Document/Journal/JournalRecovery.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "Document/AudioFileReading.h"
+#include "Platform/InPlaceReplace.h"
+
+namespace kiv {
+namespace {
+
+using From = JournalPiece::From;
+
+bool comesFromBase(const JournalPiece &piece) { return piece.from == From::base; }
+
+bool needsBase(const JournalState &state) { return std::ranges::any_of(state.pieces, comesFromBase); }
+
+bool isSameFile(const FileSystem::Identity &a, const FileSystem::Identity &b) {
+    return a.inode == b.inode && a.size == b.size && a.modifiedNs == b.modifiedNs;
+}
+
+// Whether the file at the base's path is still the one that was read. In a folder that was mounted anew files have other
+// numbers, and times as coarse as that file system stores them; a file that was put back after a save had died has a new time.
+bool isStillThere(FileSystem &fileSystem, const JournalBase &base, Files::Recovery recovery) {
+    const auto now = fileSystem.identity(base.path);
+    if (!now || now->size != base.identity->size) return false;
+    if (now == base.identity) return true;
+    constexpr std::int64_t coarseNs = 2'000'000'000;
+    const bool isAsOld = std::abs(now->modifiedNs - base.identity->modifiedNs) <= coarseNs;
+    return (isAsOld || recovery == Files::Recovery::restored) && filePrint(*fileSystem.open(base.path)) == base.print;
+}
+
+// What cannot be looked at is not there.
+template <class Look>
+bool holds(Look look) {
+    try {
+        return look();
+    } catch (const std::system_error &) {
+        return false;
+    }
+}
+
+// Where the file that was read can still be read; nothing: nowhere.
+std::optional<std::string> findBase(const JournalFolder &folder, const JournalBase &base) {
+    FileSystem &fileSystem = folder.fileSystem;
+    const bool isThere = holds([&] {
+        const auto recovery = recoverInPlace(fileSystem, base.path);
+        return base.identity && isStillThere(fileSystem, base, recovery);
+    });
+    if (isThere) return base.path;
+    const std::string kept = folder.path + "/" + base.kept;
+    const bool isKept = holds([&] {
+        const auto now = base.identity && !base.kept.empty() ? fileSystem.identity(kept) : std::nullopt;
+        return now && (!base.keptIsLink || isSameFile(*now, *base.identity));
+    });
+    return isKept ? std::optional(kept) : std::nullopt;
+}
+
+// Whether the save that the journal tells of last has put its file in place.
+bool isSaved(const JournalFolder &folder, const std::optional<JournalSave> &save) {
+    return save && holds([&] { return fileDigest(*folder.fileSystem.open(save->path)) == save->digest; });
+}
+
+// The same frames, taken from the file as it was saved where that has them.
+std::vector<JournalPiece> afterSave(const std::vector<JournalPiece> &pieces, const std::vector<JournalPiece> &saved) {
+    std::vector<JournalPiece> result;
+    for (JournalPiece piece : pieces) {
+        if (piece.from != From::base) result.push_back(piece);
+        while (piece.from == From::base && piece.frames > 0) {
+            std::int64_t start = 0, nearest = piece.frames;
+            std::optional<JournalPiece> found;
+            for (const JournalPiece &each : saved) {
+                const std::int64_t into = piece.at - each.at;
+                if (each.from == From::base && into >= 0 && into < each.frames)
+                    found = {From::base, start + into, std::min(piece.frames, each.frames - into)};
+                else if (each.from == From::base && into < 0)
+                    nearest = std::min(nearest, -into);
+                start += each.frames;
+            }
+            result.push_back(found.value_or(JournalPiece{From::nowhere, 0, nearest}));
+            piece.at += result.back().frames;
+            piece.frames -= result.back().frames;
+        }
+    }
+    return result;
+}
+
+// What has been read of a journal, and which file its pieces come from.
+struct Found {
+    JournalContents contents;
+    std::string path;                 // of the document
+    std::optional<std::string> base;  // to be read
+    bool isFinished = false;          // a save had written all there is
+    bool isBaseAsItWas = false;
+    bool isLost = false;
+};
+
+void followSave(Found &found) {
+    const JournalSave &save = *found.contents.save;
+    found.isFinished = found.contents.state->order <= save.order;
+    found.contents.state->pieces = afterSave(found.contents.state->pieces, save.pieces);
+    found.path = save.path;
+    found.base = save.path;
+    found.isBaseAsItWas = true;
+}
+
+std::optional<Found> look(const JournalFolder &folder, const std::string &path, JournalCheck check) {
+    Found found;
+    found.contents = readJournal(*folder.fileSystem.open(path), check);
+    JournalContents &contents = found.contents;
+    if (!contents.base || !contents.state) return std::nullopt;
+    found.path = contents.base->path;
+    found.base = findBase(folder, *contents.base);
+    found.isBaseAsItWas = found.base == found.path;
+    if (!found.isBaseAsItWas && isSaved(folder, contents.save)) followSave(found);
+    const bool lacksSome = std::ranges::any_of(contents.state->pieces, [](auto &piece) { return piece.from == From::nowhere; });
+    const bool lacksBase = !found.base && (needsBase(*contents.state) || !contents.base->contents);
+    found.isLost = lacksSome || lacksBase;
+    return found;
+}
+
+AudioEditorBuffer readSamples(const ByteSource &journal, const JournalPiece &piece, const JournalState &state) {
+    SampleMemory samples{std::size_t(piece.frames * state.channels)};
+    const auto bytes = std::as_writable_bytes(std::span(samples.data(), samples.size()));
+    if (piece.at < 0 || journal.read(piece.at, bytes) < bytes.size()) throw AudioFileError::unreadable("the journal is torn");
+    return AudioEditorBuffer(std::move(samples), state.channels, state.sampleRate);
+}
+
+// Halves are joined, so that many pieces take no longer than they have to.
+AudioEditorBuffer joined(std::span<const AudioEditorBuffer> parts, const JournalState &state) {
+    if (parts.empty()) return AudioEditorBuffer(state.channels, state.sampleRate);
+    if (parts.size() == 1) return parts.front().atRate(state.sampleRate);
+    const std::size_t half = parts.size() / 2;
+    const AudioEditorBuffer first = joined(parts.first(half), state);
+    return first.replacing({first.frames(), first.frames()}, joined(parts.subspan(half), state));
+}
+
+AudioEditorBuffer assembled(const JournalState &state, const ByteSource &journal, const AudioEditorBuffer *base,
+                            const Progress &progress) {
+    std::vector<AudioEditorBuffer> parts;
+    for (const JournalPiece &piece : state.pieces) {
+        progress.throwIfCancelled();
+        const FrameRange range{piece.at, piece.at + piece.frames};
+        const bool isInBase =
+            base && comesFromBase(piece) && base->channels() == state.channels && base->clampedRange(range) == range;
+        if (!isInBase && piece.from != From::journal)
+            throw AudioFileError::unreadable("what was not edited is not there any more");
+        parts.push_back(isInBase ? base->part(range) : readSamples(journal, piece, state));
+    }
+    return joined(parts, state);
+}
+
+Snapshot snapshotOf(const JournalState &state, AudioEditorBuffer buffer) {
+    Snapshot snapshot;
+    snapshot.peaks.emplace(buffer);
+    snapshot.buffer = std::move(buffer);
+    snapshot.cursor = state.cursor;
+    snapshot.selection = state.selection;
+    snapshot.markers = state.markers;
+    snapshot.slices = state.slices;
+    snapshot.loop = state.loop;
+    return snapshot;
+}
+
+std::string keptName(const JournalFolder &folder, const AbandonedJournal &journal) {
+    const auto base = readJournal(*folder.fileSystem.open(journal.path), JournalCheck::positions).base;
+    return base ? base->kept : "";
+}
+
+// What a program has left that died while it took a journal away or wrote one anew.
+void clearRemains(const JournalFolder &folder, const std::vector<std::string> &names) {
+    for (const std::string &name : names) {
+        const std::string path = folder.path + "/" + name;
+        if (name.ends_with(newJournalEnding)) folder.fileSystem.removeAbandoned(path);
+        if (!name.starts_with(keptBeginning)) continue;
+        const std::size_t stemAt = std::string(keptBeginning).size();
+        const std::string stem = name.substr(stemAt, name.find('-', stemAt) - stemAt);
+        if (!folder.fileSystem.identity(folder.path + "/" + stem + journalEnding)) folder.fileSystem.remove(path);
+    }
+}
+
+// Nothing: it is held, or not worth asking about.
+std::optional<AbandonedJournal> take(const JournalFolder &folder, const std::string &name) {
+    AbandonedJournal journal;
+    journal.path = folder.path + "/" + name;
+    journal.held = folder.fileSystem.holdAbandoned(journal.path);
+    if (!journal.held) return std::nullopt;
+    const auto found = look(folder, journal.path, JournalCheck::positions);
+    if (!found || found->isFinished) return discardJournal(folder, journal), std::nullopt;
+    journal.document = found->path;
+    journal.writtenAt = found->contents.state->writtenAt;
+    using enum AbandonedJournal::Base;
+    journal.base = found->isLost ? lost : found->isBaseAsItWas ? asItWas : changed;
+    return journal;
+}
+
+}  // namespace
+
+std::vector<AbandonedJournal> findAbandonedJournals(const JournalFolder &folder) {
+    std::vector<AbandonedJournal> journals;
+    std::vector<std::string> names;
+    try {
+        names = folder.fileSystem.list(folder.path);
+        clearRemains(folder, names);
+    } catch (const std::system_error &) {
+    }
+    for (const std::string &name : names) try {
+            if (!name.ends_with(journalEnding)) continue;
+            if (auto journal = take(folder, name)) journals.push_back(std::move(*journal));
+        } catch (const std::exception &) {
+            // One that cannot be read now may be another time.
+        }
+    std::ranges::sort(journals, {}, &AbandonedJournal::document);
+    return journals;
+}
+
+RecoveredDocument recoverDocument(const JournalFolder &folder, const AbandonedJournal &journal, Files &files,
+                                  DecodedReader *decoders, Progress &progress) {
+    const auto found = look(folder, journal.path, JournalCheck::samplesToo);
+    if (!found || found->isLost) throw AudioFileError::unreadable("what was not edited is not there any more");
+    const JournalBase &base = *found->contents.base;
+    RecoveredDocument document;
+    document.path = found->path;
+    document.identity = base.identity;
+    if (found->base) {
+        auto file = readAudioFile(files, decoders, *found->base, progress);
+        document.base = std::exchange(file.contents.buffer, AudioEditorBuffer());
+        document.basePeaks.emplace(*document.base);
+        document.contents = std::move(file.contents);
+        if (found->isBaseAsItWas) document.identity = file.identity;
+    } else {
+        document.contents = *base.contents;
+    }
+    const JournalState &state = *found->contents.state;
+    document.contents.buffer = AudioEditorBuffer(state.channels, state.sampleRate);
+    const auto samples = folder.fileSystem.open(journal.path);
+    document.edited = snapshotOf(state, assembled(state, *samples, document.base ? &*document.base : nullptr, progress));
+    return document;
+}
+
+void discardJournal(const JournalFolder &folder, const AbandonedJournal &journal) noexcept {
+    try {
+        const std::string kept = keptName(folder, journal);
+        folder.fileSystem.remove(journal.path);
+        if (!kept.empty()) folder.fileSystem.remove(folder.path + "/" + kept);
+    } catch (...) {
+    }
+}
+
+}  // namespace kiv

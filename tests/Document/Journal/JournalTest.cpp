@@ -1,0 +1,442 @@
+#include <gmock/gmock.h>
+
+#include <random>
+
+#include "Document/DocumentWorld.h"
+#include "Document/Journal/JournalRecovery.h"
+#include "Editor/AudioEditorModel/AudioEditorSlices.h"
+
+namespace kiv {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using enum FakeFileSystem::Survival;
+
+constexpr const char *path = "/music/drum.wav";
+constexpr const char *folder = "/home/journals";
+
+// What a crash may not lose.
+struct Done {
+    explicit Done(const AudioEditorState &state)
+        : buffer(state.buffer),
+          markers(state.markerFrames),
+          loop(state.loopPoints),
+          slices(state.slices),
+          cursor(state.cursorFrame),
+          selection(state.selection) {}
+    AudioEditorBuffer buffer;
+    std::vector<std::int64_t> markers;
+    std::optional<FrameRange> loop;
+    std::vector<FrameRange> slices;
+    std::int64_t cursor;
+    std::optional<FrameRange> selection;
+    friend bool operator==(const Done &, const Done &) = default;
+    friend std::ostream &operator<<(std::ostream &out, const Done &done) {
+        const auto text = [](const std::optional<FrameRange> &range) {
+            return range ? std::to_string(range->lo) + "-" + std::to_string(range->hi) : "none";
+        };
+        return out << done.buffer.frames() << " frames, cursor " << done.cursor << ", selection " << text(done.selection)
+                   << ", loop " << text(done.loop) << ", markers " << testing::PrintToString(done.markers) << ", "
+                   << done.slices.size() << " slices";
+    }
+};
+
+// A program that can be killed: what it held is let go, what waited is never done, and the disk stays.
+struct MortalWorld {
+    FakeFileSystem disk;
+    JournalFolder journals{disk, folder};
+    std::unique_ptr<Files> files = makeFiles(disk);
+    FakeDefaults defaults;
+    Settings settings{defaults};
+    Clipboard clipboard;
+    ScriptedUi ui;
+    FakeJobs jobs;
+    std::unique_ptr<AudioDocument> document;
+
+    MortalWorld() { start(); }
+    void start() {
+        const DocumentServices services{*files, jobs, settings, clipboard, nullptr, nullptr, Peaks::kept, &journals};
+        document = std::make_unique<AudioDocument>(services, ui);
+    }
+    void kill() {
+        document.reset();
+        jobs = FakeJobs();
+        start();
+    }
+    AudioEditorModel &model() { return document->model(); }
+
+    void put(const std::string &bytes, const std::string &where = path) {
+        const auto view = std::as_bytes(std::span(bytes));
+        disk.put(where, {view.begin(), view.end()});
+    }
+    std::string onDisk() const {
+        const auto bytes = disk.bytes(path);
+        return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
+    }
+    void open(const std::string &bytes) {
+        put(bytes);
+        document->open(path, [](const std::string &error) { ASSERT_EQ(error, ""); });
+        jobs.runAll();
+    }
+    Done reverse(FrameRange range) {
+        model().select(range);
+        AudioEditorEdits::reverse(model());
+        jobs.runAll();
+        return Done(model().state());
+    }
+    void save() {
+        document->save();
+        jobs.runAll();
+    }
+    // Brings the only document back that was left behind; the error's text.
+    std::string restore() {
+        auto found = findAbandonedJournals(journals);
+        if (found.size() != 1) return std::to_string(found.size()) + " found";
+        std::string text = "never told";
+        document->restore(std::make_shared<AbandonedJournal>(std::move(found[0])), [&](auto &error) { text = error; });
+        jobs.runAll();
+        return text;
+    }
+};
+
+const std::string file = Wav::file(Wav::ramp(30'000), Wav::cue({100, 20'000}) + Wav::smpl(500, 999));
+
+void editAtRandom(AudioEditorModel &model, std::mt19937 &random) {
+    const std::int64_t frames = model.state().buffer.frames();
+    const auto frame = [&] { return std::int64_t(random() % std::uint64_t(frames)); };
+    const std::int64_t lo = frame();
+    model.select({lo, std::min(frames, lo + 1 + frame() / 4)});
+    using namespace AudioEditorEdits;
+    const std::vector<std::function<void()>> edits{
+        [&] { reverse(model); },
+        [&] { gain(model, -3); },
+        [&] { cut(model); },
+        [&] { copy(model), paste(model); },
+        [&] { paste(model); },
+        [&] { silence(model); },
+        [&] {
+            model.commitLoop(FrameRange{lo, lo + 50});
+        },
+        [&] {
+            model.commitSlices({{0, 10}, {lo, lo + 5}});
+        },
+        [&] { random() % 2 ? stereo(model) : mono(model, AudioEditorMonoSource::left); },
+        [&] { model.undo(); },
+        [&] { model.redo(); },
+    };
+    edits[random() % edits.size()]();
+}
+
+TEST(Journal, BringsBackTheDocumentAsItWasAfterItsLastEdit) {
+    MortalWorld world;
+    world.open(file);
+    world.journals.slackBytes = 200'000;  // so that it is written anew now and then
+    std::mt19937 random(5);
+    Done last(world.model().state());
+    for (int i = 0; i < 300; ++i) {
+        const std::int64_t version = world.model().state().contentVersion;
+        editAtRandom(world.model(), random);
+        world.jobs.runAll();
+        if (world.model().state().contentVersion != version) last = Done(world.model().state());
+        const bool isEdited = world.document->isEdited();
+        if (random() % 6 != 0) continue;
+        world.kill();
+        ASSERT_EQ(world.restore(), isEdited ? "" : "0 found") << i;
+        if (!isEdited) world.open(file), last = Done(world.model().state());
+        ASSERT_EQ(Done(world.model().state()), last) << "after edit " << i;
+        ASSERT_EQ(world.document->isEdited(), isEdited);
+        ASSERT_EQ(world.document->path(), path);
+    }
+    EXPECT_TRUE(world.onDisk() == file);
+    EXPECT_THAT(world.ui.errors, IsEmpty());
+    EXPECT_THAT(world.ui.notices, IsEmpty());
+}
+
+TEST(Journal, LeadsBackToTheFileByUndoing) {
+    MortalWorld world;
+    world.open(file);
+    const Done asRead(world.model().state());
+    world.reverse({5, 500});
+    world.kill();
+    ASSERT_EQ(world.restore(), "");
+    world.model().undo();
+    world.jobs.runAll();
+    EXPECT_TRUE(world.model().state().buffer == asRead.buffer && world.model().state().markerFrames == asRead.markers);
+    EXPECT_FALSE(world.document->isEdited());
+    EXPECT_THAT(world.disk.names(folder), IsEmpty());
+}
+
+TEST(Journal, GoesWhenNothingIsLeftToLose) {
+    const std::pair<const char *, std::function<void(MortalWorld &)>> ends[] = {
+        {"saved", [](auto &world) { world.save(); }},
+        {"undone", [](auto &world) { world.model().undo(); }},
+        {"given up", [](auto &world) { world.document->letGo(); }},
+        {"given up before it was written",
+         [](auto &world) {
+             AudioEditorEdits::silence(world.model());
+             world.document->letGo();
+         }},
+        {"reverted", [](auto &world) {
+             world.ui.answers = {"Revert"};
+             world.document->revert();
+         }}};
+    for (const auto &[name, end] : ends) {
+        MortalWorld world;
+        world.open(file);
+        world.reverse({5, 500});
+        EXPECT_THAT(world.disk.names(folder), SizeIs(2)) << "the journal, and what is kept of the file";
+        end(world);
+        world.jobs.runAll();
+        EXPECT_THAT(world.disk.names(folder), IsEmpty()) << name;
+    }
+}
+
+TEST(Journal, WritesOnlyWhatIsNewAndOnlyTheLastOfManyEdits) {
+    MortalWorld world;
+    world.journals.longestCopy = 0;
+    world.open(Wav::file(std::vector<int>(100'000, 3)));
+    world.reverse({0, 100});
+    const auto bytes = [&] { return world.disk.bytes(std::string(folder) + "/1.journal").size(); };
+    EXPECT_LT(bytes(), 1200u) << "100 samples and the marks";
+    const auto before = bytes();
+    world.model().undo(), world.model().redo();
+    world.jobs.runAll();
+    EXPECT_LT(bytes(), before + 350) << "samples that are there already";
+    const auto quiet = bytes();
+    for (int i = 0; i < 50; ++i) world.model().commitLoop(FrameRange{0, 10 + i});
+    EXPECT_EQ(world.jobs.waiting(), 1);
+    world.jobs.runAll();
+    EXPECT_LT(bytes(), quiet + 700) << "the first and the last";
+}
+
+// Cut off at every byte, or with a byte changed: then it holds what was done up to there.
+TEST(Journal, CountsUpToWhereItIsTorn) {
+    MortalWorld world;
+    world.open(file);
+    std::vector<Done> done{world.reverse({0, 40}), world.reverse({20, 70}), world.reverse({10, 60})};
+    world.kill();
+    const auto name = std::string(folder) + "/1.journal";
+    const auto whole = world.disk.bytes(name), base = world.disk.bytes(std::string(folder) + "/kept-1-1.wav");
+    std::set<std::size_t> found;
+    for (std::size_t i = whole.size() % 7; i < 2 * whole.size(); i += 7) {
+        MortalWorld torn;
+        torn.put(file);
+        auto bytes = whole;
+        i <= whole.size() ? bytes.resize(i) : void(bytes[i - whole.size()] ^= std::byte(4));
+        torn.disk.put(name, bytes);
+        torn.disk.put(std::string(folder) + "/kept-1-1.wav", base);
+        const std::string error = torn.restore();
+        // What is torn in the midst of samples shows only when they are read; what follows is then not to be trusted.
+        if (error == "0 found" || (i >= whole.size() && error.ends_with("not there any more."))) continue;
+        ASSERT_EQ(error, "") << i;
+        const auto which = std::ranges::find(done, Done(torn.model().state()));
+        ASSERT_NE(which, done.end()) << i;
+        found.insert(std::size_t(which - done.begin()));
+    }
+    EXPECT_THAT(found, ElementsAre(0, 1, 2));
+}
+
+TEST(Journal, OutlivesALossOfPowerAtAnyMoment) {
+    for (const auto survival : {nothing, everything, namesOnly, contentsOnly, anything})
+        for (int step = 1, isOver = 0; !isOver; ++step) {
+            MortalWorld world;
+            world.disk.makeFolder(folder);
+            world.open(file);
+            std::vector<Done> done{Done(world.model().state())};
+            std::size_t safe = 0;
+            world.disk.losePowerAt(step);
+            try {
+                for (int i = 0; i < 3; ++i) {
+                    world.model().select({i * 10, 100});
+                    AudioEditorEdits::reverse(world.model());
+                    done.emplace_back(world.model().state());
+                    world.jobs.runAll();
+                    if (!world.ui.notices.empty()) throw FakeFileSystem::PowerLost();
+                    safe = done.size() - 1;
+                }
+                isOver = 1;
+            } catch (const FakeFileSystem::PowerLost &) {
+            }
+            world.kill();
+            world.disk.restart(survival, unsigned(step));
+            const std::string error = world.restore();
+            const bool isNothingLeft = error == "0 found";
+            ASSERT_TRUE(error.empty() || (isNothingLeft && safe == 0)) << step << error;
+            if (isNothingLeft) continue;
+            const auto which = std::ranges::find(done, Done(world.model().state()));
+            ASSERT_GE(which - done.begin(), std::ptrdiff_t(safe)) << step;
+            ASSERT_NE(which, done.end()) << step;
+        }
+}
+
+// What another program does to the file after the edit, before or after the crash, and what the file system lets us keep.
+TEST(Journal, BringsBackWhatOtherProgramsHaveDoneAwayWith) {
+    using enum AbandonedJournal::Base;
+    struct Case {
+        const char *name;
+        bool copies, shares, links;
+        AbandonedJournal::Base replaced, writtenOver;
+    };
+    for (const auto &[name, copies, shares, links, replaced, writtenOver] :
+         {Case{"copied", true, false, false, changed, changed}, Case{"shared", false, true, false, changed, changed},
+          Case{"linked", false, false, true, changed, lost}, Case{"not kept", false, false, false, lost, lost}})
+        for (const char *how : {"removed", "folder removed", "replaced", "written over", "left alone"}) {
+            MortalWorld world;
+            if (!copies) world.journals.longestCopy = 0;
+            world.disk.allow(shares, links);
+            world.open(file);
+            const Done done = world.reverse({5, 500});
+            if (how == std::string("removed")) world.disk.remove(path);
+            if (how == std::string("folder removed")) world.disk.vanish("/music");
+            if (how == std::string("replaced")) world.put("another's");
+            if (how == std::string("written over")) {
+                world.put(file, "/music/drum.wav.other");
+                const std::string other = "another's";
+                world.disk.overwrite(path)->write(std::as_bytes(std::span(other)));
+            }
+            world.kill();
+            const auto expected = how == std::string("left alone")     ? asItWas
+                                  : how == std::string("written over") ? writtenOver
+                                                                       : replaced;
+            {
+                const auto found = findAbandonedJournals(world.journals);
+                ASSERT_THAT(found, SizeIs(1)) << name << " " << how;
+                EXPECT_EQ(int(found[0].base), int(expected)) << name << " " << how;
+            }
+            if (expected == lost) {
+                EXPECT_THAT(world.restore(), HasSubstr("not there any more")) << name << " " << how;
+                continue;
+            }
+            ASSERT_EQ(world.restore(), "") << name << " " << how;
+            EXPECT_TRUE(Done(world.model().state()) == done) << name << " " << how;
+            if (expected == asItWas || how == std::string("folder removed")) continue;
+            world.ui.answers = {"Save Anyway"};
+            world.save();
+            EXPECT_THAT(world.ui.asked, SizeIs(1)) << "the other program's file is not written over unasked: " << how;
+        }
+}
+
+TEST(Journal, TakesAllOfTheSoundWhenTheFileIsChangedWhileItIsEdited) {
+    MortalWorld world;
+    world.journals.longestCopy = 0;
+    world.open(file);
+    world.reverse({5, 500});
+    world.put("another's");
+    const Done done = world.reverse({50, 90});
+    world.kill();
+    ASSERT_EQ(world.restore(), "");
+    EXPECT_TRUE(Done(world.model().state()).buffer == done.buffer);
+    EXPECT_TRUE(world.document->isEdited());
+    EXPECT_EQ(world.document->contents()->positions.size(), 4u);
+}
+
+// Killed before any step of a save: either the file is as it was and the edit comes back, or the edit is in the file and
+// nothing is asked. What is edited while it is saved comes back once it has been journalled.
+TEST(Journal, KnowsASaveOfItsOwn) {
+    struct Outcome {
+        bool isOver, wasWritten;
+        std::string error;
+        AudioEditorBuffer now, last;
+    };
+    const auto killedAt = [](int step, bool isEditedMeanwhile, bool isKept) {
+        MortalWorld world;
+        if (!isKept) world.journals.longestCopy = 0;
+        world.open(file);
+        world.reverse({5, 500});
+        world.document->save();
+        world.model().select({2000, 2500});
+        if (isEditedMeanwhile) AudioEditorEdits::silence(world.model());
+        const AudioEditorBuffer last = world.model().state().buffer;
+        world.disk.losePowerAt(step);
+        world.jobs.runAll();
+        const bool isOver = world.disk.steps() < step, wasWritten = world.onDisk() != file;
+        world.kill();
+        world.disk.restart(everything);
+        const std::string error = world.restore();
+        return Outcome{isOver, wasWritten, error, world.model().state().buffer, last};
+    };
+    for (const auto &[meanwhile, isKept] : {std::pair(false, false), {false, true}, {true, false}, {true, true}}) {
+        int restored = 0, saved = 0;
+        for (int step = 1, isOver = 0; !isOver; ++step) {
+            const Outcome outcome = killedAt(step, meanwhile, isKept);
+            isOver = outcome.isOver;
+            const bool isNothingLeft = outcome.error == "0 found";
+            ++(isNothingLeft ? saved : restored);
+            if (isNothingLeft) {
+                ASSERT_TRUE(outcome.wasWritten) << step;
+                continue;
+            }
+            ASSERT_EQ(outcome.error, "") << step << " meanwhile " << meanwhile << " kept " << isKept;
+            ASSERT_EQ(outcome.now.sample(5, 0) * 32768, 500) << "the first edit: " << step;
+            ASSERT_TRUE(!isOver || outcome.now == outcome.last) << step;
+        }
+        EXPECT_GT(restored, 2);
+        EXPECT_GT(saved, 0);
+    }
+}
+
+TEST(Journal, IsLeftAloneWhileItsProgramLives) {
+    MortalWorld world;
+    world.open(file);
+    world.reverse({5, 500});
+    EXPECT_THAT(findAbandonedJournals(world.journals), IsEmpty());
+    world.kill();
+    const auto mine = findAbandonedJournals(world.journals);
+    EXPECT_THAT(mine, SizeIs(1));
+    EXPECT_THAT(findAbandonedJournals(world.journals), IsEmpty()) << "another program asks about it already";
+}
+
+TEST(Journal, ThatIsLeftForLaterIsFoundAgainAndOneDiscardedIsNot) {
+    MortalWorld world;
+    world.open(file);
+    world.reverse({5, 500});
+    world.kill();
+    EXPECT_THAT(findAbandonedJournals(world.journals), SizeIs(1));
+    const auto found = findAbandonedJournals(world.journals);
+    ASSERT_THAT(found, SizeIs(1));
+    EXPECT_EQ(found[0].document, path);
+    discardJournal(world.journals, found[0]);
+    EXPECT_THAT(world.disk.names(folder), IsEmpty());
+}
+
+TEST(Journal, ThatCannotBeWrittenIsToldOnceAndEditingGoesOn) {
+    const std::pair<std::errc, const char *> cases[] = {{std::errc::no_space_on_device, "No space left on device"},
+                                                        {std::errc::permission_denied, "Permission denied"},
+                                                        {std::errc::read_only_file_system, "Read-only file system"}};
+    for (const auto &[error, text] : cases) {
+        MortalWorld world;
+        world.open(file);
+        world.disk.failAt(1, error, FakeFileSystem::Lasting::on);
+        for (int i = 0; i < 5; ++i) world.reverse({i, 500});
+        EXPECT_THAT(world.ui.notices, ElementsAre(HasSubstr(text)));
+        EXPECT_TRUE(world.document->isEdited());
+        world.disk.heal();
+        world.save();
+        EXPECT_FALSE(world.onDisk() == file);
+    }
+}
+
+TEST(Journal, ThatWouldBecomeTooLargeKeepsWhatWasDoneBefore) {
+    MortalWorld world;
+    world.journals.mostBytes = 60'000;
+    world.open(file);
+    const Done done = world.reverse({5, 500});
+    world.reverse({0, 30'000});
+    EXPECT_THAT(world.ui.notices, ElementsAre(HasSubstr("The changes are too large")));
+    world.kill();
+    ASSERT_EQ(world.restore(), "");
+    EXPECT_TRUE(Done(world.model().state()) == done);
+}
+
+TEST(Journal, ClearsAwayWhatItsOwnDeathHasLeft) {
+    MortalWorld world;
+    for (const char *name : {"1.new", "kept-7-1.wav", "3.journal"}) world.disk.put(std::string(folder) + "/" + name, {});
+    EXPECT_THAT(findAbandonedJournals(world.journals), IsEmpty());
+    EXPECT_THAT(world.disk.names(folder), IsEmpty());
+}
+
+}  // namespace
+}  // namespace kiv
