@@ -73,7 +73,9 @@ void runSteps(StepContext &context, std::span<const NamedStep> steps) {
 void saveDocument(AudioDocument &document, const EditCall &call, CallUi &ui) {
     bool saved = false;
     const auto done = [&](bool ok) { saved = ok; };
-    if (call.out) {
+    if (call.format) {
+        document.saveAs(*call.out, *call.format, done);
+    } else if (call.out) {
         document.saveTo(*call.out, done);
     } else {
         document.save(done);
@@ -132,8 +134,7 @@ std::string edit(const EditCall &call, const DocumentServices &services) {
     if (call.saves) {
         saveDocument(document, call, ui);
         outcome.saved = call.out.value_or(call.file);
-        if (ui.leavesEqOut)
-            std::fprintf(stderr, "%s: the equalizer is not applied, so it was not saved\n", outcome.saved->c_str());
+        ui.tellIfEqIsLeftOut(*outcome.saved);
     }
     if (!call.saves && document.model().state().loopPoints && !document.model().state().canStoreLoop)
         ui.notices.push_back("This format cannot store a loop: it will not be saved");

@@ -53,6 +53,7 @@ bool canApplyLoopCrossfade(Document document) {
     return isEditable(document) && state(document).editLoopEnabled &&
            AudioEditorLoops::loopCrossfadeFrames(state(document)) > 0;
 }
+bool canSaveSelection(Document document) { return isFreeAndIdle(document) && state(document).selection; }
 bool canSaveSlices(Document document) {
     return isFreeAndIdle(document) && state(document).slicerEnabled && !state(document).slices.empty();
 }
@@ -71,6 +72,8 @@ namespace Painting = AudioEditorSpectralPainting;
 // clang-format off
 constexpr CommandAction actions[] = {
     {Command::save, canSave, [](AudioDocument &d) { d.save(); }},
+    {Command::saveAs, canSave, [](AudioDocument &d) { d.saveAs(); }},
+    {Command::saveSelection, canSaveSelection, [](AudioDocument &d) { d.saveSelection(); }},
     {Command::saveSlices, canSaveSlices, [](AudioDocument &d) { AudioEditorSlices::saveSlices(d.model()); }},
     {Command::revert, isFreeAndIdle, [](AudioDocument &d) { d.revert(); }},
 

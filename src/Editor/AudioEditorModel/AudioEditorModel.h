@@ -182,6 +182,8 @@ public:
     void cancelLoopMove();
     void undo();
     void redo();
+    // The sound as it was when the content had this version; nothing where no undo or redo would bring it back.
+    std::optional<AudioEditorBuffer> soundOfVersion(std::int64_t version) const;
     // As UndoHistory::keepOnly.
     void keepOnly(std::size_t undos, std::size_t redos) { history_.keepOnly(undos, redos); }
 
