@@ -157,7 +157,7 @@ def sticking(editor):
     assert editor.state()["selection"][0] != MARKS[1]
     editor.drag_over(403, 450)
     assert editor.state()["selection"][0] == MARKS[1], "where a selection begins sticks too"
-    editor.hold(450, 397)
+    editor.hold(480, 397)
     for key, sticks in (("keydown", False), ("keyup", True)):
         editor.desktop.do(key, "ctrl")
         editor.wait("Ctrl to act while the pointer rests", lambda s: (s["selection"][0] == MARKS[1]) == sticks)
