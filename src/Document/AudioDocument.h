@@ -118,6 +118,7 @@ private:
     struct Saving;
     enum class IfChanged { ask, overwrite };
 
+    void tellMissing();
     void expectShape();
     void startWork(Work kind, std::function<void(Progress &)> work, std::function<void(std::exception_ptr)> done);
     void load(const std::string &path, std::function<void(std::shared_ptr<Loaded>, const std::string &error)> done);

@@ -49,7 +49,7 @@ protected:
         };
         line(24, style_.font(17, QFont::DemiBold), colors[Role::dialogText], "Kiv Audio Editor");
         line(20, style_.font(13), colors.dialogDim, "Version " + QCoreApplication::applicationVersion());
-        line(20, style_.font(12), colors.dialogDim, "Free software under the GNU General Public License 3");
+        line(20, style_.font(12), colors.dialogDim, "Free software under the GNU General Public License 3 or later");
     }
 
     void keyPressEvent(QKeyEvent *event) override {

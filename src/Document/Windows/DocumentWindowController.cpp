@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <chrono>
 
+#include "Document/Windows/FolderPanel.h"
 #include "Editor/Views/AlertSheet.h"
 #include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/LevelSheet.h"
@@ -119,6 +120,16 @@ void DocumentWindowController::ask(const Question &question, std::function<void(
     showAlert(AlertTone::warning, question, [this, answer = std::move(answer)](std::size_t button) {
         --questionsOpen_;
         answer(button);
+    });
+}
+
+void DocumentWindowController::chooseFolder(const FolderChoice &choice,
+                                            std::function<void(const std::optional<std::string> &)> answer) {
+    ++questionsOpen_;
+    bringForward();
+    showFolderPanel(view_.get(), choice, [this, answer = std::move(answer)](const std::optional<std::string> &folder) {
+        --questionsOpen_;
+        answer(folder);
     });
 }
 

@@ -10,7 +10,7 @@ namespace kiv {
 
 namespace {
 
-constexpr int widest = 576;
+constexpr QSize most(10000, 10000);  // the message itself knows how wide it wants to be
 
 class MessageWindow : public QWidget {
 public:
@@ -28,7 +28,7 @@ public:
 
 private:
     void layOut(const ViewStyle &style) {
-        setFixedSize(sheet_.sizeFor(widest));
+        setFixedSize(sheet_.sizeFor(most));
         sheet_.resize(size());
         QPalette colors = palette();
         colors.setColor(QPalette::Window, style.color(AudioEditorThemeColor::dialogBg));

@@ -8,6 +8,7 @@
 
 #include "Editor/Surfaces/OverviewInput.h"
 #include "Editor/Surfaces/WheelInput.h"
+#include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/EventTools.h"
 #include "Editor/Views/OverviewPainter.h"
 #include "Editor/Views/PainterTools.h"
@@ -46,6 +47,8 @@ void OverviewView::refresh() {
     OverviewScene scene = overviewScene(parts_->model.state(), size, parts_->rms.revision());
     const Damage damage = overviewDamage(parts_->scene, scene);
     parts_->scene = std::move(scene);
+    const QString spoken = onScreen(spokenView(parts_->model.state()));
+    if (spoken != accessibleDescription()) setAccessibleDescription(spoken);
     const int left = parts_->scene.geometry.left;
     if (damage.everything) update();
     for (const PixelSpan &strip : damage.strips) update(toLogical({strip.lo + left, strip.hi + left}, height(), size.scale));

@@ -5,7 +5,6 @@
 #include <QWheelEvent>
 #include <cmath>
 
-#include "Editor/Surfaces/TimeEntry.h"
 #include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/DigitText.h"
 
@@ -69,7 +68,7 @@ void TopBar::makeControls() {
     for (int i = 0; i < topBarItemCount; ++i) {
         const auto item = Item(i);
         if (item == Item::position)
-            position_ = new ValueButton(style_, this);
+            position_ = new ValueReadout(style_, this);
         else
             buttons_[std::size_t(i)] = new Button(style_, item == Item::playStop ? ButtonKind::action : ButtonKind::bar, this);
     }
@@ -102,19 +101,10 @@ void TopBar::connectButtons() {
 void TopBar::connectPosition() {
     position_->setType(20, QFont::DemiBold);
     position_->setAccessibleName("Cursor");
-    position_->onEntered = [this](const std::string &typed) { return enterPosition(typed); };
-    position_->onLeft = [this] {
+    connectInfoField(*position_, model_, InfoField::cursor);
+    position_->inPlace().onLeft = [this] {
         if (onLeft) onLeft();
     };
-}
-
-bool TopBar::enterPosition(const std::string &typed) {
-    const AudioEditorState &state = model_.state();
-    const auto frame = parseTimeEntry(typed, state.timeUnit, state.buffer.sampleRate(), state.buffer.frames());
-    if (!frame) return false;
-    model_.placeCursor(*frame);
-    model_.revealFrame(double(model_.state().cursorFrame));
-    return true;
 }
 
 void TopBar::changed(const Changes &changes) {
@@ -130,7 +120,8 @@ void TopBar::refresh() {
     const TopBarScene scene = topBarScene(model_.state());
     if (scene == scene_) return;
     scene_ = scene;
-    position_->setValue(onScreen(scene.position));
+    position_->setValue(onScreen(scene.position), infoFieldFacts(model_.state(), InfoField::cursor));
+    position_->setToolTip(onScreen(infoFieldHelp(model_.state().timeUnit, InfoField::cursor)));
     Button &max = *button(Item::maxLevel), &zoom = *button(Item::verticalZoomValue);
     max.setLabelAndText("Max", onScreen(scene.maxLevel));
     max.setOver(scene.isOver);
@@ -161,7 +152,7 @@ int TopBar::positionWidth() const {
     const auto longest = format(state.timeUnit, double(state.buffer.frames()), state.buffer.sampleRate());
     const double width = digitTextWidth(style_.font(20, QFont::DemiBold), onScreen(longest));
     // The control reaches a little beyond its place, which is room for a long text too.
-    return std::max(int(std::lround(104 * style_.textFactor())), int(std::ceil(width)) - ValueButton::reach);
+    return std::max(int(std::lround(104 * style_.textFactor())), int(std::ceil(width)) - ValueReadout::reach);
 }
 
 TopBarMeasures TopBar::measures() const {
