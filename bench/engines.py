@@ -11,7 +11,7 @@ import subprocess
 import tempfile
 from pathlib import Path
 
-from speed import MINUTES, ROOT, compare, install_peers, make_sound
+from speed import MINUTES, ROOT, build, compare, install_peers, make_sound
 
 ENGINES = ROOT / "build/release/bench/engines/kiv_engines"
 KIV = ROOT / "build/release/kiv"
@@ -22,9 +22,7 @@ def main():
     parser.add_argument("--runs", type=int, default=5)
     options = parser.parse_args()
     install_peers()
-    for command in (["cmake", "--preset", "release"],
-                    ["cmake", "--build", "build/release", "-j2", "--target", "kiv", "kiv_engines"]):
-        subprocess.run(command, cwd=ROOT, check=True, stdout=subprocess.DEVNULL)
+    build("kiv", "kiv_engines")
     subprocess.run([ENGINES], check=True)
     words, filters = subprocess.run([ENGINES, "--words"], check=True, capture_output=True, text=True).stdout.splitlines()
     with tempfile.TemporaryDirectory(dir="/dev/shm", prefix="kiv-engines-") as name:

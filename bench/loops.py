@@ -10,15 +10,14 @@ so many of those with a loop of at least 50 ms) prints, for the hand-set loop an
   step    the jump at the joint over the usual difference between neighbouring samples (1: as any other)
   click   how far the highs (second difference) of the 2 ms about the joint stand above the loop's own, in dB (0: unheard)
 Then the same of proposals in noise, a chord and a vibrato, which have no hand-set loop."""
-import json
 import math
 import random
 import struct
-import subprocess
 import sys
 import tempfile
-import wave
 from pathlib import Path
+
+from sounds import told, write
 
 
 def chunks(data, start, end):
@@ -46,12 +45,8 @@ def soundfont_samples(path):
 
 def find_loops(kiv, samples, rate, folder):
     path = Path(folder, "sound.wav")
-    with wave.open(str(path), "wb") as file:
-        file.setnchannels(1)
-        file.setsampwidth(2)
-        file.setframerate(rate)
-        file.writeframes(struct.pack(f"<{len(samples)}h", *(max(-32768, min(32767, round(s * 32768))) for s in samples)))
-    return json.loads(subprocess.run([kiv, "loops", str(path), "--json"], check=True, capture_output=True).stdout)
+    write(path, samples, rate)
+    return told(kiv, "loops", path)
 
 
 def match(x, rate, start, end):

@@ -6,15 +6,13 @@
 Prints for each sensitivity and group of tempi the hits found (a slice's start, less the pre-roll, within 20 ms), missed and
 false ones, and how far off the found ones are. Each pattern holds kicks, snares and hats of its own levels in a room of noise
 at −60 dB; hats fall on eighths, the quietest 24 dB under the kicks."""
-import json
 import math
 import random
-import struct
-import subprocess
 import sys
 import tempfile
-import wave
 from pathlib import Path
+
+from sounds import told, write
 
 RATE = 44100
 
@@ -53,13 +51,8 @@ def pattern(bpm, bars=2):
 
 def slices(kiv, sound, sensitivity, folder):
     path = Path(folder, "drums.wav")
-    with wave.open(str(path), "wb") as file:
-        file.setnchannels(1)
-        file.setsampwidth(2)
-        file.setframerate(RATE)
-        file.writeframes(struct.pack(f"<{len(sound)}h", *(max(-32768, min(32767, round(s * 32767))) for s in sound)))
-    call = [kiv, "slices", str(path), f"sensitivity={sensitivity}", "preRollMs=0", "--json"]
-    return [start for start, _ in json.loads(subprocess.run(call, check=True, capture_output=True).stdout)]
+    write(path, sound, RATE)
+    return [start for start, _ in told(kiv, "slices", path, f"sensitivity={sensitivity}", "preRollMs=0")]
 
 
 def scored(starts, onsets):

@@ -29,10 +29,9 @@ def install_peers():
         subprocess.run(sudo + ["apt-get", "install", "-y", "-qq", "--no-install-recommends"] + missing, check=True)
 
 
-def build():
+def build(*targets):
     """The release build of what is timed; nothing is done when it stands."""
-    for command in (["cmake", "--preset", "release"],
-                    ["cmake", "--build", "build/release", "-j2", "--target", "kiv", "kiv-audio-editor", "kiv_edits"]):
+    for command in (["cmake", "--preset", "release"], ["cmake", "--build", "build/release", "-j2", "--target", *targets]):
         subprocess.run(command, cwd=ROOT, check=True, stdout=subprocess.DEVNULL)
 
 
@@ -188,7 +187,7 @@ def main():
     parser.add_argument("--no-window", action="store_true")
     options = parser.parse_args()
     install_peers()
-    build()
+    build("kiv", *([] if options.no_window else ["kiv-audio-editor", "kiv_edits"]))
     with tempfile.TemporaryDirectory(dir="/dev/shm", prefix="kiv-speed-") as name:
         folder = Path(name)
         ok = command_line(options.kiv, folder, options.runs)

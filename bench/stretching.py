@@ -14,6 +14,8 @@ from pathlib import Path
 
 import numpy as np
 
+from sounds import write
+
 ROOT = Path(__file__).resolve().parent.parent
 RATE = 44100
 BEAT = 0.25  # seconds between drum hits
@@ -64,12 +66,6 @@ def speech(folder):
 def read(path):
     with wave.open(str(path)) as file:
         return np.frombuffer(file.readframes(file.getnframes()), "<i2") / 32768, file.getframerate()
-
-
-def write(path, samples):
-    with wave.open(str(path), "wb") as file:
-        file.setnchannels(1), file.setsampwidth(2), file.setframerate(RATE)
-        file.writeframes((np.clip(samples, -1, 1) * 32767).astype("<i2").tobytes())
 
 
 def crossings(x):
@@ -147,7 +143,7 @@ def main():
         folder = Path(name)
         for sound, samples in (("tone", tone()), ("sweep", sweep()), ("speech", speech(folder)), ("drums", drums()), ("mix", mix())):
             source = folder / f"{sound}.wav"
-            write(source, samples)
+            write(source, samples, RATE)
             if options.pictures:
                 picture(source, options.pictures)
             for percent, semitones in CHANGES:

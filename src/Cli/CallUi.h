@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,17 @@ public:
     void chooseFolder(const FolderChoice &choice, std::function<void(const std::optional<std::string> &)> answer) override {
         answer(choice.folder);
     }
+    void chooseFile(const SavePanel &panel, std::function<void(const std::optional<SaveTarget> &)> answer) override {
+        error = panel.message;
+        answer(std::nullopt);
+    }
     void showError(const std::string &, const std::string &informative) override { error = informative; }
     void showNotice(NoticeKind, const std::string &text) override { notices.push_back(text); }
+
+    // Says on standard error that a file was saved without what the equalizer does.
+    void tellIfEqIsLeftOut(const std::string &file) const {
+        if (leavesEqOut) std::fprintf(stderr, "%s: the equalizer is not applied, so it was not saved\n", file.c_str());
+    }
 
     std::string error;
     std::vector<std::string> notices;

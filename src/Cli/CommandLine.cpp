@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <sstream>
 
+#include "Cli/SaveWords.h"
 #include "Cli/SliceWords.h"
 #include "Cli/Steps.h"
 
@@ -25,6 +26,7 @@ struct Parsed {
     InfoCall info;
     EditCall edit;
     std::string script, out;
+    std::vector<std::string> saveAs;
     bool noSave = false;
     LoopsCall loops;
     SlicesCall slices;
@@ -51,7 +53,11 @@ CLI::App *addEdit(CLI::App &app, Parsed &parsed) {
     edit->add_option("--script", parsed.script, "Read steps from a file first, one a line (\"-\": standard input)")
         ->check(namesAFile);
     CLI::Option *out = edit->add_option("-o", parsed.out, "Save there, in the file's own format")->check(namesAFile);
-    edit->add_flag("--no-save", parsed.noSave, "Do not save")->excludes(out);
+    CLI::Option *saveAs = edit->add_option("--save-as", parsed.saveAs, "Save there, in this format: " + saveFormatNames())
+                              ->option_text("FORMAT OUT")
+                              ->expected(2)
+                              ->excludes(out);
+    edit->add_flag("--no-save", parsed.noSave, "Do not save")->excludes(out)->excludes(saveAs);
     edit->footer("Steps:\n" + stepsHelp());
     return edit;
 }
@@ -137,6 +143,23 @@ SlicesCall slicesCall(const CLI::App &command, const SlicesCall &parsed, JsonLay
     return call;
 }
 
+Call editCall(const CLI::App &command, const Parsed &parsed) {
+    EditCall call{plain(parsed.edit.file),
+                  plain(parsed.edit.steps),
+                  given(command, "--script", parsed.script),
+                  given(command, "-o", parsed.out),
+                  std::nullopt,
+                  !parsed.noSave,
+                  parsed.flags.layout()};
+    if (parsed.saveAs.empty()) return call;
+    const std::string word = plain(parsed.saveAs[0]);
+    call.format = parseSaveFormat(word);
+    call.out = plain(parsed.saveAs[1]);
+    if (!call.format) return Answered{2, "--save-as: “" + word + "” is not one of: " + saveFormatNames()};
+    if (const std::string fault = namesAFile(*call.out); !fault.empty()) return Answered{2, "--save-as: " + fault};
+    return call;
+}
+
 }  // namespace
 
 Call parseCommandLine(int argc, const char *const *argv) {
@@ -171,8 +194,7 @@ Call parseCommandLine(int argc, const char *const *argv) {
     if (*spectrum) return SpectrumCall{plain(parsed.spectrum.file), plain(parsed.spectrum.out)};
     if (*response) return EqResponseCall{parsed.eqResponse.settings, parsed.eqResponse.rate, parsed.eqResponse.at, json};
     if (!*edit) return CommandsCall{json};
-    return EditCall{plain(parsed.edit.file),        plain(parsed.edit.steps), given(*edit, "--script", parsed.script),
-                    given(*edit, "-o", parsed.out), !parsed.noSave,           json};
+    return editCall(*edit, parsed);
 }
 
 }  // namespace kiv::Cli

@@ -5,6 +5,7 @@
 #include <variant>
 #include <vector>
 
+#include "Audio/Files/AudioSaveFormat.h"
 #include "Cli/JsonWriter.h"
 
 // The words of a call, as values.
@@ -21,8 +22,9 @@ struct InfoCall {
 struct EditCall {
     std::string file;
     std::vector<std::string> steps;
-    std::optional<std::string> script;  // "-": standard input
-    std::optional<std::string> out;     // nothing: over the file
+    std::optional<std::string> script;      // "-": standard input
+    std::optional<std::string> out;         // nothing: over the file
+    std::optional<AudioSaveFormat> format;  // of `out`; nothing: the file's own
     bool saves = true;
     JsonLayout json;
 };

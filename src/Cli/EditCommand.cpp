@@ -73,7 +73,9 @@ void runSteps(StepContext &context, std::span<const NamedStep> steps) {
 void saveDocument(AudioDocument &document, const EditCall &call, CallUi &ui) {
     bool saved = false;
     const auto done = [&](bool ok) { saved = ok; };
-    if (call.out) {
+    if (call.format) {
+        document.saveAs(*call.out, *call.format, done);
+    } else if (call.out) {
         document.saveTo(*call.out, done);
     } else {
         document.save(done);
@@ -89,6 +91,13 @@ void writeLoops(JsonWriter &json, const AudioEditorState &state) {
     writeProposals(json.key("loopCandidates"), AudioEditorLoops::loopCandidates(state));
     json.key("loopCrossfade").beginObject().field("frames", AudioEditorLoops::loopCrossfadeFrames(state));
     json.field("limited", AudioEditorLoops::loopCrossfadeLimited(state)).endObject();
+}
+
+// What the window would say, in its bars and panels too.
+std::vector<std::string> noticesOf(const AudioEditorState &state, std::vector<std::string> notices) {
+    for (const auto &said : {state.loopFindNotice, state.slicerNotice})
+        if (said) notices.push_back(*said);
+    return notices;
 }
 
 double peakOf(const AudioEditorBuffer &buffer) { return AudioEditorOps::peak(buffer, {0, buffer.frames()}); }
@@ -125,12 +134,11 @@ std::string edit(const EditCall &call, const DocumentServices &services) {
     if (call.saves) {
         saveDocument(document, call, ui);
         outcome.saved = call.out.value_or(call.file);
-        if (ui.leavesEqOut)
-            std::fprintf(stderr, "%s: the equalizer is not applied, so it was not saved\n", outcome.saved->c_str());
+        ui.tellIfEqIsLeftOut(*outcome.saved);
     }
     if (!call.saves && document.model().state().loopPoints && !document.model().state().canStoreLoop)
         ui.notices.push_back("This format cannot store a loop: it will not be saved");
-    outcome.notices = ui.notices;
+    outcome.notices = noticesOf(document.model().state(), ui.notices);
     return call.json ? asJson(outcome, *call.json) : "";
 }
 

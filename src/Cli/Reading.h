@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "Audio/Files/AudioFileCodec.h"
 #include "Document/AudioDocument.h"
 
 namespace kiv::Cli {

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "Cli/EqWords.h"
+#include "Cli/Interrupt.h"
 #include "Cli/Reading.h"
 #include "Cli/StepForms.h"
 #include "Document/CommandActions.h"
@@ -19,6 +20,18 @@ void loadToClipboard(StepContext &context, const Arguments &arguments) {
     const std::string &path = arguments[0].text;
     context.services.clipboard.buffer = readNow(context.services, path).buffer;
     context.services.clipboard.changed.notify(context.services.clipboard);
+}
+
+void saveSelectionNow(StepContext &context, const Arguments &arguments) {
+    AudioDocument &document = context.document;
+    if (!document.model().state().selection) return;
+    const std::string &out = arguments[0].text;
+    bool saved = false;
+    context.ui.leavesEqOut = false;
+    document.saveSelection(out, [&](bool ok) { saved = ok; });
+    Interrupt::throwIfRequested();
+    if (!saved) throw FileFailure(out, context.ui.error);
+    context.ui.tellIfEqIsLeftOut(out);
 }
 
 void stretchCleanly(StepContext &context, const Arguments &arguments) {
@@ -81,6 +94,7 @@ std::vector<StepForm> editSteps() {
         {"spectralClear", {}, [](StepContext &c, const Arguments &) { Painting::clear(c.document.model()); }},
         {"spectralReset", {}, [](StepContext &c, const Arguments &) { Painting::reset(c.document.model()); }},
         {"spectralMask", {cell("C0"), cell("C1"), cell("B0"), cell("B1"), maskDb}, multiplyMask},
+        {"saveSelection", {{"OUT"}}, saveSelectionNow},
         {"applyEq", {}, [](StepContext &c, const Arguments &) { c.document.applyEq(); }},
     };
     // clang-format on

@@ -36,7 +36,7 @@ struct World {
     ModuleDecoders decoders;
     ConsoleJobs jobs;
 
-    DocumentServices services() { return {*files, jobs, settings, clipboard, nullptr, &decoders}; }
+    DocumentServices services() { return {*files, jobs, settings, clipboard, nullptr, &decoders, Peaks::none}; }
 };
 
 struct Perform {

@@ -11,16 +11,19 @@ namespace kiv {
 
 struct AudioDocument::Loaded {
     AudioFileOnDisk file;
-    AudioEditorPeaks peaks;
+    std::optional<AudioEditorPeaks> peaks;
 };
 
 // A save's own copy of everything, so that edits may go on.
 struct AudioDocument::Saving {
     std::string path;
     std::optional<FileSystem::Identity> expected;  // of the file that is to be replaced; nothing: whatever is there
+    AudioFileContents onDisk;                      // what that file holds
     std::int64_t version = 0;
     AudioFileContents contents;
     std::vector<std::int64_t> markers;
+    std::optional<AudioSaveFormat> format;  // another than the file's own
+    std::vector<std::string> left;          // what that format has no place for
     std::optional<FrameRange> loop;
     std::optional<FileSystem::Identity> written;
 };
@@ -32,10 +35,25 @@ struct GoneFromDisk : ChangedOnDisk {};
 
 std::string quoted(const std::string &name) { return "“" + name + "”"; }
 
-AudioFileContents withLoop(AudioFileContents contents, std::optional<FrameRange> loop) {
-    if (contents.loop && !loop) return AudioFileCodec::removingLoop(std::move(contents));
+std::string nameOf(const std::string &path) { return path.substr(path.find_last_of('/') + 1); }
+
+// The contents to be written, in the format asked for, with the loop as it is now; what that format has no place for is named.
+AudioFileContents prepared(AudioFileContents contents, std::optional<FrameRange> loop, std::optional<AudioSaveFormat> format,
+                           std::vector<std::string> &left) {
+    if (contents.loop && !loop) contents = AudioFileCodec::removingLoop(std::move(contents));
+    if (format) {
+        auto conversion = AudioFileCodec::converted(std::move(contents), *format);
+        contents = std::move(conversion.contents);
+        left = std::move(conversion.left);
+    }
     if (!contents.loop && loop) return AudioFileCodec::addingLoop(std::move(contents), loop->lo, loop->hi);
     return contents;
+}
+
+std::string listed(const std::vector<std::string> &things) {
+    std::string text;
+    for (std::size_t i = 0; i < things.size(); ++i) text += (i == 0 ? "" : i + 1 == things.size() ? " and " : ", ") + things[i];
+    return text;
 }
 
 // The file as it stands on the disk, for the next save; the samples are the model's.
@@ -45,10 +63,11 @@ AudioFileContents asWritten(AudioFileContents contents) {
     return contents;
 }
 
-void requireAsExpected(Files &files, const std::string &path, const std::optional<FileSystem::Identity> &expected) {
+void requireAsExpected(Files &files, DecodedReader *decoders, const std::string &path,
+                       const std::optional<FileSystem::Identity> &expected, const AudioFileContents &onDisk) {
     const auto now = files.identity(path);
     if (expected && !now) throw GoneFromDisk();
-    if (expected && now != expected) throw ChangedOnDisk();
+    if (expected && now != expected && !holdsStill(files, decoders, path, onDisk)) throw ChangedOnDisk();
 }
 
 // After a save has succeeded its success is not to be lost again.
@@ -76,7 +95,7 @@ bool is(std::exception_ptr failure) {
 AudioDocument::AudioDocument(DocumentServices services, DocumentUi &ui)
     : services_(services),
       ui_(ui),
-      model_(services.settings, services.clipboard),
+      model_(services.settings, services.clipboard, services.peaks),
       edits_(model_, services.jobs),
       peaks_(model_, services.jobs),
       analyses_(model_, services.jobs),
@@ -111,7 +130,7 @@ AudioDocument::~AudioDocument() {
     stop();
 }
 
-std::string AudioDocument::name() const { return path_.substr(path_.find_last_of('/') + 1); }
+std::string AudioDocument::name() const { return nameOf(path_); }
 
 bool AudioDocument::isEdited() const { return contents_ && model_.state().contentVersion != savedVersion_; }
 
@@ -145,14 +164,15 @@ void AudioDocument::load(const std::string &path, std::function<void(std::shared
     const auto loaded = std::make_shared<Loaded>();
     startWork(
         Work::reading,
-        [&files = services_.files, decoders = services_.decoders, path, loaded](Progress &progress) {
+        [&files = services_.files, decoders = services_.decoders, measures = model_.keepsPeaks(), path,
+         loaded](Progress &progress) {
             loaded->file = readAudioFile(files, decoders, path, progress);
-            loaded->peaks = AudioEditorPeaks(loaded->file.contents.buffer);
+            if (measures) loaded->peaks.emplace(loaded->file.contents.buffer);
         },
         [this, loaded, done = std::move(done)](std::exception_ptr failure) {
             if (!failure) return done(loaded, {});
             observers.notify(*this);
-            done(nullptr, is<Cancelled>(failure) ? cancelledText : errorText(failure));
+            done(nullptr, wasCancelled(failure) ? cancelledText : errorText(failure));
         });
 }
 
@@ -163,6 +183,7 @@ void AudioDocument::install(Loaded loaded, Install how) {
     contents_ = std::move(loaded.file.contents);
     contents_->buffer = AudioEditorBuffer(buffer.channels(), buffer.sampleRate());
     identity_ = loaded.file.identity;
+    foundOnDisk_.reset();
     {
         const AudioEditorModel::Batch batch(model_);
         const auto give = how == Install::fresh ? &AudioEditorModel::load : &AudioEditorModel::reload;
@@ -246,82 +267,99 @@ void AudioDocument::confirmEqBeforeSaving(Saved what, std::function<void(bool go
 }
 
 void AudioDocument::save(std::function<void(bool)> done) {
-    confirmEqBeforeSaving(Saved::file, [this, done = std::move(done)](bool go) {
-        if (go) return requestSave(path_, IfChanged::ask, done);
-        if (done) done(false);
+    if (!contents_ || contents_->canSaveInPlace()) return confirmAndSave({path_, IfChanged::ask, std::move(done)});
+    if (!done) done = [](bool) {};
+    confirmEqAndEdits(Saved::file, [this, done = std::move(done)](bool go) {
+        if (!go) return done(false);
+        chooseFormat(contents_->format.typeName + " files can't be written: choose a format.", done);
     });
 }
 
 void AudioDocument::saveTo(const std::string &path, std::function<void(bool)> done) {
-    confirmEqBeforeSaving(Saved::file, [this, path, done = std::move(done)](bool go) {
-        if (go) return requestSave(path, IfChanged::overwrite, done);
-        if (done) done(false);
-    });
+    confirmAndSave({path, IfChanged::overwrite, std::move(done)});
 }
 
-void AudioDocument::requestSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done) {
-    if (!done) done = [](bool) {};
-    if (work_ != Work::none || waitingSave_) return done(false);
-    if (!isEditing()) return runSave(path, ifChanged, std::move(done));
-    waitingSave_ = [this, path, ifChanged, done = std::move(done)](bool go) {
-        go ? runSave(path, ifChanged, done) : done(false);
-    };
+void AudioDocument::confirmAndSave(SaveOrder order) {
+    if (!order.done) order.done = [](bool) {};
+    confirmEqBeforeSaving(Saved::file, [this, order](bool go) { go ? requestSave(order) : order.done(false); });
 }
 
-void AudioDocument::runSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done) {
-    if (isBusy()) return done(false);
+void AudioDocument::requestSave(SaveOrder order) {
+    if (work_ != Work::none || waitingSave_) return order.done(false);
+    if (!isEditing()) return runSave(order);
+    waitingSave_ = [this, order](bool go) { go ? runSave(order) : order.done(false); };
+}
+
+void AudioDocument::runSave(const SaveOrder &order) {
+    if (isBusy()) return order.done(false);
     const auto saving = std::make_shared<Saving>();
-    saving->path = path;
-    if (!contents_) return saveEnded(*saving, std::make_exception_ptr(AudioFileError::unreadable("nothing to save")), done);
+    saving->path = order.path;
+    if (!contents_) return saveEnded(*saving, std::make_exception_ptr(AudioFileError::unreadable("nothing to save")), order);
     const AudioEditorState &state = model_.state();
-    if (ifChanged == IfChanged::ask) saving->expected = identity_;
+    if (order.ifChanged == IfChanged::ask) {
+        saving->expected = identity_;
+        saving->onDisk = contentsOnDisk();
+    }
     saving->version = state.contentVersion;
     saving->contents = *contents_;
     saving->contents.buffer = state.buffer;
     saving->markers = state.markerFrames;
     saving->loop = state.loopPoints;
+    saving->format = order.format;
     startWork(
         Work::saving,
         [&files = services_.files, decoders = services_.decoders, saving](Progress &progress) {
             Saving &s = *saving;
-            requireAsExpected(files, s.path, s.expected);
-            s.contents = withLoop(withEditorPositions(std::move(s.contents), s.markers, s.loop), s.loop);
+            requireAsExpected(files, decoders, s.path, s.expected, s.onDisk);
+            s.onDisk = AudioFileContents();
+            s.contents = withEditorPositions(std::move(s.contents), s.markers, s.loop);
+            s.contents = prepared(std::move(s.contents), s.loop, s.format, s.left);
             writeAudioFile(files, decoders, s.path, s.contents, progress);
             s.written = identityIfKnown(files, s.path);
             s.contents = asWritten(std::move(s.contents));
         },
-        [this, saving, done](std::exception_ptr failure) { saveEnded(*saving, failure, done); });
+        [this, saving, order](std::exception_ptr failure) { saveEnded(*saving, failure, order); });
 }
 
-void AudioDocument::saveEnded(Saving &saving, std::exception_ptr failure, const std::function<void(bool)> &done) {
+void AudioDocument::saveEnded(Saving &saving, std::exception_ptr failure, const SaveOrder &order) {
     if (!failure) {
         path_ = saving.path;
         contents_ = std::move(saving.contents);
         AudioEditorLoops::setCanStoreLoop(model_, contents_->format.container != AudioContainer::coreAudio);
         identity_ = saving.written;
+        foundOnDisk_.reset();
         savedVersion_ = saving.version;
     }
     toldEdited_ = isEdited();
     const std::weak_ptr<int> alive = alive_;
     observers.notify(*this);
     if (alive.expired()) return;
-    if (failure && is<ChangedOnDisk>(failure)) return askOverChanges(saving.path, is<GoneFromDisk>(failure), done);
-    if (failure && !is<Cancelled>(failure)) ui_.showError(quoted(name()) + " could not be saved", errorText(failure));
-    if (!failure && saving.loop && !contents_->loop)
-        ui_.showNotice(NoticeKind::warning, "This file cannot store a loop: it was not saved");
-    done(!failure);
+    if (failure && is<ChangedOnDisk>(failure)) return askOverChanges(order, is<GoneFromDisk>(failure));
+    if (failure && !wasCancelled(failure))
+        ui_.showError(quoted(nameOf(saving.path)) + " could not be saved", errorText(failure));
+    if (!failure) tellWhatIsLeft(saving);
+    order.done(!failure);
 }
 
-void AudioDocument::askOverChanges(const std::string &path, bool isGone, std::function<void(bool)> done) {
+void AudioDocument::tellWhatIsLeft(const Saving &saving) {
+    const bool lacksLoop = saving.loop && !contents_->loop;
+    std::vector<std::string> left = saving.left;
+    if (left.empty() && !lacksLoop) return;
+    if (left.empty()) return ui_.showNotice(NoticeKind::warning, "This file cannot store a loop: it was not saved");
+    if (lacksLoop) left.push_back("the loop");
+    ui_.showNotice(NoticeKind::warning, contents_->format.typeName + " has no place for " + listed(left) + ": not saved");
+}
+
+void AudioDocument::askOverChanges(SaveOrder order, bool isGone) {
     const DocumentUi::Question question{
         quoted(name()) + (isGone ? " is no longer where it was" : " has been changed by another program"),
         isGone ? "It has been moved or deleted. Saving writes it anew in the old place."
                : "Saving replaces what the other program has written.",
         {"Cancel", "Save Anyway"}};
-    ui_.ask(question, whileAlive([this, path, done = std::move(done)](std::size_t button) {
+    order.ifChanged = IfChanged::overwrite;
+    ui_.ask(question, whileAlive([this, order](std::size_t button) {
                 enum : std::size_t { cancel, saveAnyway };
-                if (button != saveAnyway) return done(false);
-                runSave(path, IfChanged::overwrite, done);
+                button == saveAnyway ? runSave(order) : order.done(false);
             }));
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "Audio/Files/AudioFileCodec.h"
+#include "Audio/Files/AudioFileConversion.h"
 #include "Audio/Playback/PlaybackEngine.h"
 #include "Document/DocumentUi.h"
 #include "Document/FolderAccess.h"
@@ -33,6 +33,7 @@ struct DocumentServices {
     Clipboard &clipboard;
     PlaybackEngine *playback = nullptr;  // none: nothing is played
     DecodedReader *decoders = nullptr;   // none: only WAV and AIFF are read
+    Peaks peaks = Peaks::kept;           // none: for work without a view
 };
 
 // One open sound file: reads it, owns its model, plays it and saves it over itself. Main thread only; reading and writing run
@@ -78,9 +79,20 @@ public:
 
     // Saves over the file, after asking whether a pending equalizer is to be applied first, and after asking when another
     // program has changed or removed it meanwhile, or elsewhere in the file's own format, where the document then lives; a
-    // failure is shown, and `done` is told false, as it is when the user has cancelled.
+    // failure is shown, and `done` is told false, as it is when the user has cancelled. A file that cannot be written in its
+    // own format is saved elsewhere, as the user chooses.
     void save(std::function<void(bool)> done = {});
     void saveTo(const std::string &path, std::function<void(bool)> done);
+    // Saves where, and in what format, the user chooses or is said here; the document then lives there. Undoing goes on as if
+    // nothing had been. What the format cannot store is told.
+    void saveAs(std::function<void(bool)> done = {});
+    void saveAs(const std::string &path, const AudioSaveFormat &format, std::function<void(bool)> done);
+    // Saves the selection alone, in the file's own format or as WAV, where the user chooses or is said here.
+    void saveSelection(std::function<void(bool)> done = {});
+    void saveSelection(const std::string &path, std::function<void(bool)> done);
+    // Looks whether another program has changed the file since it was read or written: to be called when the window gets the
+    // focus. Without edits it is read again; with edits the user is asked, once for each change.
+    void checkDisk();
     // Reads the file again, after asking when there are edits.
     void revert();
     // Tells whether the document may go: at once when it has no edits, else as the user decides (save, discard, cancel). Waits
@@ -117,6 +129,14 @@ private:
     struct Loaded;
     struct Saving;
     enum class IfChanged { ask, overwrite };
+    // What is to be saved where.
+    struct SaveOrder {
+        std::string path;
+        IfChanged ifChanged = IfChanged::ask;
+        std::function<void(bool)> done;
+        std::optional<AudioSaveFormat> format = {};  // none: the file's own
+    };
+    using OnTarget = std::function<void(const std::optional<DocumentUi::SaveTarget> &)>;
 
     void tellMissing();
     void expectShape();
@@ -125,14 +145,26 @@ private:
     enum class Install { fresh, again };
     void install(Loaded loaded, Install how);
     void readAgain();
-    void requestSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done);
-    void runSave(const std::string &path, IfChanged ifChanged, std::function<void(bool)> done);
+    void confirmAndSave(SaveOrder order);
+    void requestSave(SaveOrder order);
+    void runSave(const SaveOrder &order);
+    void chooseFormat(const std::string &message, std::function<void(bool)> done);
+    void chooseTarget(const DocumentUi::SavePanel &panel, OnTarget chosen);
+    void considerTarget(const DocumentUi::SavePanel &panel, const DocumentUi::SaveTarget &target,
+                        std::optional<FileSystem::Identity> there, OnTarget chosen);
+    bool isOwnFile(const std::string &path, const std::optional<FileSystem::Identity> &there) const;
+    void confirmEqAndEdits(Saved what, std::function<void(bool go)> then);
+    void writeSelection(const std::string &path, std::function<void(bool)> done);
+    AudioFileContents contentsOnDisk() const;
+    void compareWithDisk(const FileSystem::Identity &now);
+    void changedOnDisk();
     EqTargets eqTargets() const { return {eq_.settings(), model_.state().eqEnabled}; }
     void updateEq();
     void feedAnalyzer();
     void editEnded(bool committed);
-    void saveEnded(Saving &saving, std::exception_ptr failure, const std::function<void(bool)> &done);
-    void askOverChanges(const std::string &path, bool isGone, std::function<void(bool)> done);
+    void saveEnded(Saving &saving, std::exception_ptr failure, const SaveOrder &order);
+    void tellWhatIsLeft(const Saving &saving);
+    void askOverChanges(SaveOrder order, bool isGone);
     void considerClosing();
     void closeAnswered(std::size_t button);
     void tellClosers(bool mayGo);
@@ -164,6 +196,9 @@ private:
     std::string path_;
     std::optional<AudioFileContents> contents_;
     std::optional<FileSystem::Identity> identity_;  // of the file as last read or written
+    // What was last found on the disk instead, and told of: nothing, that there is nothing, or another file.
+    std::optional<std::optional<FileSystem::Identity>> foundOnDisk_;
+    bool looksAtDisk_ = false;
     Work work_ = Work::none;
     std::shared_ptr<Progress> progress_;
     std::function<void(bool go)> waitingSave_;        // for an edit to end

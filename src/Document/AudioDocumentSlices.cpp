@@ -21,16 +21,6 @@ std::string folderOf(const std::string &path) {
     return slash == path.npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
 }
 
-bool wasCancelled(std::exception_ptr failure) {
-    try {
-        std::rethrow_exception(failure);
-    } catch (const Cancelled &) {
-        return true;
-    } catch (...) {
-        return false;
-    }
-}
-
 std::string inFolder(const std::string &folder, const std::string &name) { return folder == "." ? name : folder + "/" + name; }
 
 }  // namespace

@@ -50,6 +50,36 @@ std::unique_ptr<ByteSource> opened(Files &files, const std::string &path) {
     return source;
 }
 
+// Takes the bytes that a file is expected to hold.
+class ComparingSink : public ByteSink {
+public:
+    struct Different {};
+
+    explicit ComparingSink(const ByteSource &source) : source_(source) {}
+    void write(std::span<const std::byte> bytes) override {
+        found_.resize(bytes.size());
+        const bool isThere = source_.read(at_, found_) == bytes.size();
+        if (!isThere || !std::equal(bytes.begin(), bytes.end(), found_.begin())) throw Different();
+        at_ += std::int64_t(bytes.size());
+    }
+
+private:
+    const ByteSource &source_;
+    std::int64_t at_ = 0;
+    Bytes found_;
+};
+
+bool isImage(const ByteSource &source, const AudioFileCodec::AudioFileImage &image) {
+    if (source.size() != image.size()) return false;
+    try {
+        ComparingSink sink(source);
+        image.writeTo(sink);
+        return true;
+    } catch (const ComparingSink::Different &) {
+        return false;
+    }
+}
+
 [[noreturn]] void refuse(const ByteSource &source) {
     AudioFileCodec::throwIfUnsupported(source);
     throw AudioFileError::unsupported(describe(source));
@@ -86,6 +116,20 @@ std::optional<AudioEditorBuffer> audioFileShape(Files &files, DecodedReader *dec
     return AudioEditorBuffer(sound->format().channels, sound->format().sampleRate);
 }
 
+bool holdsStill(Files &files, DecodedReader *decoders, const std::string &path, const AudioFileContents &contents) {
+    try {
+        const auto source = opened(files, path);
+        if (contents.format.container != AudioContainer::coreAudio)
+            return isImage(*source, AudioFileCodec::nativeImage(contents));
+        Progress unwatched;
+        const auto found = decoders ? readDecoded(*decoders, *source, path, unwatched) : std::nullopt;
+        return found && found->format == contents.format && found->flacMetadata == contents.flacMetadata &&
+               found->buffer == contents.buffer;
+    } catch (const std::exception &) {
+        return false;
+    }
+}
+
 std::string errorText(std::exception_ptr failure) {
     try {
         std::rethrow_exception(failure);
@@ -95,6 +139,16 @@ std::string errorText(std::exception_ptr failure) {
         return error.what();
     } catch (...) {
         return "An unknown error occurred.";
+    }
+}
+
+bool wasCancelled(std::exception_ptr failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const Cancelled &) {
+        return true;
+    } catch (...) {
+        return false;
     }
 }
 

@@ -30,7 +30,12 @@ AudioFileCodec::AudioFileSummary summarizeAudioFile(Files &files, DecodedReader 
 // for a file of no known kind. Blocks, and throws, as the others do, but puts nothing back.
 std::optional<AudioEditorBuffer> audioFileShape(Files &files, DecodedReader *decoders, const std::string &path);
 
+// Whether the file at a path holds what these contents do, sample for sample and chunk for chunk, whatever its time says. False
+// also when it cannot be read. Blocks, as the others do.
+bool holdsStill(Files &files, DecodedReader *decoders, const std::string &path, const AudioFileContents &contents);
+
 // What the user is told of a failed reading or writing: one line.
 std::string errorText(std::exception_ptr failure);
+bool wasCancelled(std::exception_ptr failure);
 
 }  // namespace kiv

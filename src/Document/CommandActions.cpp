@@ -51,6 +51,7 @@ bool canFindLoop(Document document) { return canEdit(document) && !state(documen
 bool canApplyLoopCrossfade(Document document) {
     return isFree(document) && state(document).editLoopEnabled && AudioEditorLoops::loopCrossfadeFrames(state(document)) > 0;
 }
+bool canSaveSelection(Document document) { return isFreeAndIdle(document) && state(document).selection; }
 bool canSaveSlices(Document document) {
     return isFreeAndIdle(document) && state(document).slicerEnabled && !state(document).slices.empty();
 }
@@ -61,6 +62,8 @@ namespace Edits = AudioEditorEdits;
 // clang-format off
 constexpr CommandAction actions[] = {
     {Command::save, canSave, [](AudioDocument &d) { d.save(); }},
+    {Command::saveAs, canSave, [](AudioDocument &d) { d.saveAs(); }},
+    {Command::saveSelection, canSaveSelection, [](AudioDocument &d) { d.saveSelection(); }},
     {Command::saveSlices, canSaveSlices, [](AudioDocument &d) { AudioEditorSlices::saveSlices(d.model()); }},
     {Command::revert, isFreeAndIdle, [](AudioDocument &d) { d.revert(); }},
 

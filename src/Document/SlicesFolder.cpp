@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include "Audio/Files/AudioFileCodec.h"
+#include "Audio/Files/AudioFileConversion.h"
 #include "Document/AudioExtensions.h"
 #include "Document/AudioFileWriting.h"
 #include "Editor/AudioEditorCore/AudioEditorOps.h"
@@ -21,27 +21,9 @@ bool isAudioFileName(const std::string &name) {
     return std::ranges::find(openableExtensions, extension) != openableExtensions.end();
 }
 
-// What slices of a file that we do not write are written as: with 16 bits, or 24 where it has more.
-AudioFileFormat wavFormat(const AudioFileContents &source) {
-    AudioFileFormat format;
-    const std::string bits = source.decodedSetting(bitDepthKey);
-    const bool isDeep = !bits.empty() && std::stoi(bits) > 16;
-    format.encoding = isDeep ? AudioSampleEncoding{.bytes = 3, .validBits = 24} : AudioSampleEncoding{};
-    format.sampleRate = source.format.sampleRate;
-    format.bitsDescription = format.encoding->description();
-    return format;
-}
-
 AudioFileContents sliceContents(const SlicesToSave &saving, FrameRange slice) {
     const AudioEditorBuffer sound = AudioEditorOps::slice(saving.contents.buffer, slice);
-    AudioFileContents bare =
-        AudioFileCodec::bareContents(AudioEditorOps::sliceFaded(sound, saving.fadeIn, saving.fadeOut), saving.contents);
-    bare.coreAudioSettings = saving.contents.coreAudioSettings;  // say how the file's own format is written
-    if (saving.contents.canSaveInPlace()) return bare;
-    bare.format = wavFormat(saving.contents);
-    bare.coreAudioSettings.reset();
-    bare.chunks.clear();
-    return bare;
+    return AudioFileCodec::partContents(AudioEditorOps::sliceFaded(sound, saving.fadeIn, saving.fadeOut), saving.contents);
 }
 
 }  // namespace

@@ -28,29 +28,30 @@ TEST(CommandActions, AreEnabledWhereTheyCanAct) {
     } cases[] = {
         {"nothing open", "", [](DocumentWorld &) {}, ""},
         {"as opened", stereoFile, [](DocumentWorld &) {},
-         "save revert selectAll playStop loop goToStart goToEnd " + edits + " mono timeStretch " + view +
+         "save saveAs revert selectAll playStop loop goToStart goToEnd " + edits + " mono timeStretch " + view +
              " toggleTimeUnit followPlayhead slicer editLoop findLoop"},
         {"mono", monoFile, [](DocumentWorld &) {},
-         "save revert selectAll playStop loop goToStart goToEnd " + edits + " stereo timeStretch " + view +
+         "save saveAs revert selectAll playStop loop goToStart goToEnd " + edits + " stereo timeStretch " + view +
              " toggleTimeUnit followPlayhead slicer editLoop findLoop"},
         {"no sound in it", Wav::file({}), [](DocumentWorld &) {},
-         "save revert loop goToStart goToEnd stereo verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead"},
+         "save saveAs revert loop goToStart goToEnd stereo verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead"},
         {"a selection", stereoFile,
          [](DocumentWorld &w) {
              w.model.select({10, 20});
          },
-         "save revert cut copy delete selectAll selectNone playStop loop goToStart goToEnd " + edits +
+         "save saveAs saveSelection revert cut copy delete selectAll selectNone playStop loop goToStart goToEnd " + edits +
              " trim mono timeStretch zoomIn zoomSelection verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead slicer "
              "editLoop findLoop"},
         {"everything selected", stereoFile, [](DocumentWorld &w) { w.model.selectAll(); },
-         "save revert copy selectAll selectNone playStop loop goToStart goToEnd " + edits +
+         "save saveAs saveSelection revert copy selectAll selectNone playStop loop goToStart goToEnd " + edits +
              " mono timeStretch zoomIn zoomSelection verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead slicer "
              "editLoop findLoop"},
         {"one frame selected", stereoFile,
          [](DocumentWorld &w) {
              w.model.select({10, 11});
          },
-         "save revert cut copy delete selectAll selectNone playStop loop goToStart goToEnd gain normalize fadeIn fadeOut "
+         "save saveAs saveSelection revert cut copy delete selectAll selectNone playStop loop goToStart goToEnd gain normalize "
+         "fadeIn fadeOut "
          "silence"
          " trim mono zoomIn zoomSelection verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead slicer editLoop "
          "findLoop"},
@@ -63,14 +64,14 @@ TEST(CommandActions, AreEnabledWhereTheyCanAct) {
              AudioEditorEdits::copy(w.model);
              w.model.selectNone();
          },
-         "save revert undo redo paste selectAll playStop loop goToStart goToEnd " + edits + " stereo timeStretch " + view +
-             " toggleTimeUnit followPlayhead slicer editLoop findLoop"},
+         "save saveAs revert undo redo paste selectAll playStop loop goToStart goToEnd " + edits + " stereo timeStretch " +
+             view + " toggleTimeUnit followPlayhead slicer editLoop findLoop"},
         {"zoomed to the limits", stereoFile,
          [](DocumentWorld &w) {
              w.model.setView({1000, 500});
              w.model.setVerticalZoomDb(36);
          },
-         "save revert selectAll playStop loop goToStart goToEnd " + edits +
+         "save saveAs revert selectAll playStop loop goToStart goToEnd " + edits +
              " mono timeStretch zoomOut zoomFit verticalZoomOut verticalZoomReset toggleTimeUnit followPlayhead slicer "
              "editLoop findLoop"},
         {"a dialog open", stereoFile, [](DocumentWorld &w) { w.model.openDialog(Dialog::gain); }, "playStop " + view},

@@ -27,6 +27,14 @@ public:
         answers.pop_front();
         press(button);
     }
+    // An empty path: the panel is cancelled.
+    void chooseFile(const SavePanel &panel, std::function<void(const std::optional<SaveTarget> &)> answer) override {
+        panels.push_back(panel);
+        if (targets.empty()) return;
+        const SaveTarget target = targets.front();
+        targets.pop_front();
+        answer(target.path.empty() ? std::nullopt : std::optional(target));
+    }
     void showError(const std::string &message, const std::string &informative) override {
         errors.push_back(message + ": " + informative);
     }
@@ -40,6 +48,8 @@ public:
     }
 
     std::deque<std::string> answers;
+    std::deque<SaveTarget> targets;
+    std::vector<SavePanel> panels;
     std::vector<Question> asked;
     std::vector<std::string> errors, notices;
     std::function<void(std::size_t)> open;

@@ -20,25 +20,6 @@ constexpr std::size_t mostMarkers = 65535;
 
 using MarkerIds = std::set<std::uint16_t>;
 
-struct AiffComment {
-    std::size_t offset = 0, length = 0;  // the last one's length may reach past the payload
-    std::uint16_t marker = 0;            // 0: on none
-};
-
-// The comments of a "COMT" payload: as many as it says, or as are there.
-std::vector<AiffComment> commentsIn(std::span<const std::byte> payload) {
-    constexpr std::size_t marker = 4, textLength = 6, text = 8;
-    std::vector<AiffComment> comments;
-    if (payload.size() < 2) return comments;
-    const std::size_t count = u16At(payload, 0, order);
-    for (std::size_t at = 2; comments.size() < count && at < payload.size() && payload.size() - at >= text;) {
-        const std::size_t length = u16At(payload, at + textLength, order);
-        comments.push_back({at, text + length + length % 2, u16At(payload, at + marker, order)});
-        at += comments.back().length;
-    }
-    return comments;
-}
-
 void setCount(AudioFileChunk &chunk, std::size_t count) { putWord(std::span(chunk.data), 0, order, std::uint16_t(count)); }
 
 // A loop of an "INST" chunk that is switched on.
@@ -114,7 +95,7 @@ void removeMarkers(AudioFileChunk &mark, const std::set<std::uint32_t> &position
 }
 
 void removeComments(AudioFileChunk &comt, const MarkerIds &ids) {
-    const std::vector<AiffComment> comments = commentsIn(comt.data);
+    const std::vector<AiffComment> comments = aiffComments(comt.data);
     const auto isGone = [&](const AiffComment &comment) { return ids.contains(comment.marker); };
     const auto gone = std::count_if(comments.begin(), comments.end(), isGone);
     if (gone == 0) return;
@@ -134,7 +115,7 @@ void markUsed(UsedIds &used, const AudioFileChunk &chunk) {
     if (chunk.id == "MARK")
         for (const AiffMarker &marker : aiffMarkers(chunk.data)) used.set(marker.id);
     if (chunk.id == "COMT")
-        for (const AiffComment &comment : commentsIn(chunk.data)) used.set(comment.marker);
+        for (const AiffComment &comment : aiffComments(chunk.data)) used.set(comment.marker);
     if (chunk.id == "INST" && chunk.data.size() >= InstChunk::size)
         for (const std::size_t at : {sustainLoop, releaseLoop})
             for (const std::size_t slot : {beginMarker, endMarker}) used.set(u16At(chunk.data, at + slot, order));
@@ -153,16 +134,6 @@ std::optional<std::array<std::uint16_t, 2>> freeMarkerIds(const AudioFileContent
     return ids;
 }
 
-// The position is left to its field.
-Bytes markerRecord(std::uint16_t id, std::string_view name) {
-    Bytes record(7);
-    putWord(std::span(record), 0, order, id);
-    record[6] = std::byte(name.size());
-    append(record, name);
-    record.resize(record.size() + record.size() % 2);
-    return record;
-}
-
 void insertMarker(AudioFileChunk &mark, std::size_t offset, const Bytes &record, std::int64_t index) {
     openGap(mark, offset, record.size());
     std::copy(record.begin(), record.end(), mark.data.begin() + std::ptrdiff_t(offset));
@@ -176,8 +147,8 @@ bool addMarkers(AudioFileContents &contents, AudioFileLoop loop, std::array<std:
     if (markers.size() + 2 > mostMarkers) return false;
     const std::size_t end = markers.empty() ? 2 : markers.back().offset + markers.back().length;
     mark.data.resize(std::max(mark.data.size(), end));
-    insertMarker(mark, end, markerRecord(ids[1], "Loop End"), loop.end);
-    insertMarker(mark, end, markerRecord(ids[0], "Loop Start"), loop.start);
+    insertMarker(mark, end, aiffMarkerRecord(ids[1], "Loop End"), loop.end);
+    insertMarker(mark, end, aiffMarkerRecord(ids[0], "Loop Start"), loop.start);
     setCount(mark, markers.size() + 2);
     return true;
 }

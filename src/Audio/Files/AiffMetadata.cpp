@@ -1,5 +1,7 @@
 #include "Audio/Files/AiffMetadata.h"
 
+#include <algorithm>
+
 #include "Audio/Files/ByteFields.h"
 #include "Audio/Files/LoopChunks.h"
 #include "Audio/Files/PositionTable.h"
@@ -32,6 +34,32 @@ std::vector<AiffMarker> aiffMarkers(std::span<const std::byte> payload) {
         at += length;
     }
     return markers;
+}
+
+Bytes aiffMarkerRecord(std::uint16_t id, std::string_view name) {
+    constexpr std::size_t longest = 255;
+    std::size_t length = std::min(name.size(), longest);
+    while (length < name.size() && length > 0 && (name[length] & 0xC0) == 0x80) --length;
+    Bytes record(7);
+    putWord(std::span(record), 0, order, id);
+    record[6] = std::byte(length);
+    append(record, name.substr(0, length));
+    record.resize(record.size() + record.size() % 2);
+    return record;
+}
+
+std::vector<AiffComment> aiffComments(std::span<const std::byte> payload) {
+    constexpr std::size_t marker = 4, textLength = 6, text = 8;
+    std::vector<AiffComment> comments;
+    if (payload.size() < 2) return comments;
+    const std::size_t count = u16At(payload, 0, order);
+    for (std::size_t at = 2; comments.size() < count && at < payload.size() && payload.size() - at >= text;) {
+        const std::size_t length = u16At(payload, at + textLength, order), left = payload.size() - at - text;
+        comments.push_back({at, text + length + length % 2, u16At(payload, at + marker, order),
+                            payload.subspan(at + text, std::min(length, left))});
+        at += comments.back().length;
+    }
+    return comments;
 }
 
 void collectAiffPositions(AudioFileContents &contents, std::int64_t frames) {

@@ -76,6 +76,8 @@ struct AudioFileLoop {
 };
 
 struct FlacMetadataBlock {
+    static constexpr int application = 2, tags = 4, picture = 6;  // the types that are kept
+
     int type = 0;
     Bytes data;
     friend bool operator==(const FlacMetadataBlock &, const FlacMetadataBlock &) = default;

@@ -7,7 +7,7 @@
 namespace kiv {
 namespace {
 
-constexpr int application = 2, vorbisComment = 4, picture = 6;
+using Block = FlacMetadataBlock;
 
 // Behind an ID3 tag that some programs put there.
 std::int64_t markAt(const SourceReader &reader) {
@@ -38,7 +38,7 @@ std::vector<FlacMetadataBlock> readFlacMetadata(const SourceReader &reader) {
         const std::int64_t size = word & 0xFFFFFF;
         const int type = int(word >> 24 & 0x7F);
         if (size > reader.size() - at) break;
-        if (type == application || type == vorbisComment || type == picture) blocks.push_back({type, reader.bytes(at, size)});
+        if (type == Block::application || type == Block::tags || type == Block::picture) blocks.push_back({type, reader.bytes(at, size)});
         isLast = word >> 31 != 0;
         at += size;
     }

@@ -29,7 +29,10 @@ void removePositions(AudioFileContents &contents, const std::vector<std::uint32_
 AudioFileChunk &chunkOrNew(AudioFileContents &contents, std::string_view id, Bytes payload) {
     const auto found = std::find_if(contents.chunks.begin(), contents.chunks.end(),
                                     [&](const AudioFileChunk &chunk) { return chunk.id == id; });
-    if (found != contents.chunks.end()) return *found;
+    return found != contents.chunks.end() ? *found : addChunk(contents, id, std::move(payload));
+}
+
+AudioFileChunk &addChunk(AudioFileContents &contents, std::string_view id, Bytes payload) {
     const auto size = std::int64_t(payload.size());
     contents.chunks.push_back({.id = std::string(id), .data = std::move(payload), .fields = {}, .sizeInFile = size});
     return contents.chunks.back();

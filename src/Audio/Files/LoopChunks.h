@@ -29,6 +29,7 @@ std::vector<std::uint32_t> removeAiffLoop(AudioFileContents &contents);
 
 // The first chunk of an id, made at the end of the file with this payload when there is none.
 AudioFileChunk &chunkOrNew(AudioFileContents &contents, std::string_view id, Bytes payload);
+AudioFileChunk &addChunk(AudioFileContents &contents, std::string_view id, Bytes payload);  // whether there is one or not
 
 // Opens a gap of zeros in a chunk's payload, or cuts a part out, with the fields behind moving along and those inside a cut
 // gone.

@@ -15,13 +15,17 @@ inline constexpr std::size_t header = 4;
 inline constexpr std::size_t record = 24;
 // Inside a record two places for the position, each u32; 0 in the second means that the first holds it.
 inline constexpr std::size_t position = 4, sampleOffset = 20;
+inline constexpr std::size_t chunkId = 8;  // inside a record: of the chunk that the position is counted in
 }  // namespace CueChunk
 
 // The layout of a "smpl" chunk: a header, then loop records, then whatever the sampler keeps there.
 namespace SmplChunk {
+inline constexpr std::size_t note = 12;       // u32: the key on which it sounds as it is
+inline constexpr std::size_t fraction = 16;   // u32: how far above that key, in semitones of 2³²
 inline constexpr std::size_t loopCount = 28;  // u32
 inline constexpr std::size_t header = 36;
 inline constexpr std::size_t record = 24;
+inline constexpr std::size_t recordType = 4;   // u32 inside a record: 0 forward, 1 forth and back
 inline constexpr std::size_t recordStart = 8;  // u32 inside a record: the loop's first frame
 inline constexpr std::size_t recordEnd = 12;   // u32 inside a record: the loop's last frame
 

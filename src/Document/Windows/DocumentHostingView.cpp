@@ -123,6 +123,7 @@ void DocumentHostingView::resizeEvent(QResizeEvent *) { layOut(); }
 void DocumentHostingView::closeEvent(QCloseEvent *event) { event->setAccepted(!onClosing || onClosing()); }
 
 void DocumentHostingView::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && onActivated) onActivated();
     if (event->type() == QEvent::ApplicationFontChange) style_.setDesktopFont(QApplication::font());
     QWidget::changeEvent(event);
 }

@@ -41,8 +41,9 @@ public:
     bool isSoundComplete() const;
 
     std::function<void(const std::vector<std::string> &paths)> onDropped;
-    std::function<bool()> onClosing;  // whether the window may close now
-    std::function<void()> onStop;     // Esc, when nothing of the window's own was there to end
+    std::function<bool()> onClosing;    // whether the window may close now
+    std::function<void()> onStop;       // Esc, when nothing of the window's own was there to end
+    std::function<void()> onActivated;  // the window has got the focus
     std::function<void()> onQuit;
 
 protected:

@@ -44,6 +44,9 @@ DocumentWindowController::DocumentWindowController(const WindowServices &service
     view_->onClosing = [this] { return mayClose(); };
     // A long edit can be cancelled in no other way; playback can be stopped in two.
     view_->onStop = [this] { document_->isPlaying() && !document_->isEditing() ? document_->stop() : document_->cancelWork(); };
+    view_->onActivated = [this] {
+        if (questionsOpen_ == 0 && !isWaiting(EditorCommand::revert)) document_->checkDisk();
+    };
     documentChanges_ = document_->observers.add([this](const AudioDocument &) { documentChanged(); });
     modelChanges_ = document_->model().observers.add([this](const Changes &changes) {
         if (changes.contains(Change::dialog)) dialogChanged();

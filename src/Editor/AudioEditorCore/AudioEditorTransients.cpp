@@ -43,10 +43,11 @@ public:
         return hits;
     }
 
-    // The frame where a hit's attack begins, behind that of the hit before.
-    std::int64_t attack(std::int64_t hit, std::int64_t previous) const {
+    // The frame where a hit's attack begins, behind that of the hit before; nothing where that one is the sound's last frame.
+    std::optional<std::int64_t> attack(std::int64_t hit, std::int64_t previous) const {
         const std::int64_t lo = std::max((hit - 2) * Energy::hop, previous + 1);
         const std::int64_t hi = std::min(buffer_.frames(), (hit + attackHops_) * Energy::hop);
+        if (lo >= hi) return std::nullopt;
         const std::vector<float> levels = framePeaks({lo, hi});
         const auto peak = std::max_element(levels.begin(), levels.end());
         const double threshold = std::min(0.5 * *peak, std::max(4 * std::sqrt(hops_.before(hit)), 0.05 * *peak));
@@ -114,7 +115,9 @@ std::vector<FrameRange> transients(const AudioEditorBuffer &buffer, const Energy
     std::vector<FrameRange> slices;
     std::int64_t attack = -1;
     for (std::size_t i = 0; i < hits.size(); ++i) {
-        attack = finder.attack(hits[i], attack);
+        const auto begun = finder.attack(hits[i], attack);
+        if (!begun) continue;
+        attack = *begun;
         std::int64_t start = std::max<std::int64_t>(attack - preRoll, 0);
         if (!slices.empty()) {
             start = std::max(start, slices.back().lo + 1);

@@ -17,7 +17,8 @@ std::optional<FrameRange> clampedRange(std::optional<FrameRange> range, const Au
 
 }  // namespace
 
-AudioEditorModel::AudioEditorModel(Settings &settings, Clipboard &clipboard) : settings_(settings), clipboard_(clipboard) {
+AudioEditorModel::AudioEditorModel(Settings &settings, Clipboard &clipboard, Peaks peaks)
+    : settings_(settings), clipboard_(clipboard), peaks_(peaks) {
     state_.monoSource = monoSourceFromText(settings.get(Setting::monoSource)).value_or(AudioEditorMonoSource::mix);
     state_.gainDb = settings.get(Setting::gainDb);
     state_.normalizeDb = settings.get(Setting::normalizeDb);
@@ -47,7 +48,7 @@ void AudioEditorModel::flush() {
 void AudioEditorModel::expect(AudioEditorBuffer empty) {
     if (state_.generation > 0) return;
     state_.buffer = std::move(empty);
-    state_.peaks = AudioEditorPeaks(state_.buffer);
+    if (keepsPeaks()) state_.peaks = AudioEditorPeaks(state_.buffer);
     tell(Change::audio);
 }
 
@@ -73,11 +74,16 @@ void AudioEditorModel::reload(AudioEditorBuffer buffer, std::vector<std::int64_t
     if (state_.slicerEnabled) AudioEditorSlices::setSlicerEnabled(*this, true);
 }
 
+void AudioEditorModel::takePeaks(Content &content) {
+    if (!keepsPeaks()) return;
+    state_.peaks = content.peaks ? std::move(*content.peaks)
+                                 : AudioEditorPeaks::carried(content.buffer, state_.buffer, std::move(state_.peaks));
+}
+
 // Everything else that belongs to the new sound is set by now, for the owner is told here.
 void AudioEditorModel::install(Content content) {
     const Batch batch(*this);
-    state_.peaks = content.peaks ? std::move(*content.peaks)
-                                 : AudioEditorPeaks::carried(content.buffer, state_.buffer, std::move(state_.peaks));
+    takePeaks(content);
     const AudioEditorBuffer before = std::exchange(state_.buffer, std::move(content.buffer));
     ++state_.generation;
     if (!state_.peaks.isExact())

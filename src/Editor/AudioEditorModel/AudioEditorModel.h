@@ -58,6 +58,9 @@ struct LoopPress {
     friend bool operator==(const LoopPress &, const LoopPress &) = default;
 };
 
+// Whether a model keeps the peaks of its sound: views draw from them, and without one nobody reads them.
+enum class Peaks { kept, none };
+
 // One buffer shared by all documents of the running program.
 struct Clipboard {
     std::optional<AudioEditorBuffer> buffer;
@@ -109,8 +112,9 @@ struct AudioEditorState : AudioEditorLoopState, AudioEditorSlicerState, AudioEdi
 // owner through the on… callbacks, any of which may be absent.
 class AudioEditorModel {
 public:
-    AudioEditorModel(Settings &settings, Clipboard &clipboard);
+    AudioEditorModel(Settings &settings, Clipboard &clipboard, Peaks peaks = Peaks::kept);
 
+    bool keepsPeaks() const { return peaks_ == Peaks::kept; }  // without, those of the state are none
     const AudioEditorState &state() const { return state_; }
     Clipboard &clipboard() { return clipboard_; }
     const Clipboard &clipboard() const { return clipboard_; }
@@ -178,6 +182,8 @@ public:
     void cancelLoopMove();
     void undo();
     void redo();
+    // The sound as it was when the content had this version; nothing where no undo or redo would bring it back.
+    std::optional<AudioEditorBuffer> soundOfVersion(std::int64_t version) const;
     // As UndoHistory::keepOnly.
     void keepOnly(std::size_t undos, std::size_t redos) { history_.keepOnly(undos, redos); }
 
@@ -264,6 +270,7 @@ private:
     void tell(Change change);
     void flush();
     void install(Content content);
+    void takePeaks(Content &content);
     Snapshot currentSnapshot(bool withBuffer) const;
     void pushHistory(Snapshot snapshot);
     Snapshot counterpart(const Snapshot &taken);
@@ -280,6 +287,7 @@ private:
 
     Settings &settings_;
     Clipboard &clipboard_;
+    const Peaks peaks_;
     AudioEditorState state_;
     UndoHistory history_;
     AudioEditorLengthChange lengthChange_;

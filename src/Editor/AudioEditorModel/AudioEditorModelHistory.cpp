@@ -126,6 +126,12 @@ void AudioEditorModel::endMoves() {
     AudioEditorSlices::endSliceMove(*this);
 }
 
+std::optional<AudioEditorBuffer> AudioEditorModel::soundOfVersion(std::int64_t version) const {
+    if (state_.contentVersion == version) return state_.buffer;
+    const AudioEditorBuffer *sound = history_.soundOf(version, state_.buffer);
+    return sound ? std::optional(*sound) : std::nullopt;
+}
+
 void AudioEditorModel::undo() {
     const Batch batch(*this);
     endMoves();

@@ -42,6 +42,7 @@ struct Detection {
                     AudioEditorSlicer::grid(buffer.frames(), s.sliceDivisions, s.sliceGridOffset, s.sliceGridLengthPercent);
                 return;
             case Mode::stripSilence:
+                if (!hasPeaks()) peaks = AudioEditorPeaks(buffer);
                 if (!peaks.isExact()) peaks.takeTail(peaks.measuredTail(buffer));
                 slices = AudioEditorSlicer::detect(buffer, peaks, s.sliceThresholdDb, s.sliceMinSilenceMs);
                 return;
@@ -53,6 +54,7 @@ struct Detection {
                 return;
         }
     }
+    bool hasPeaks() const { return peaks.blocks() > 0; }
     // Whether it would be felt on the main thread.
     bool isLong() const {
         const std::int64_t samples = buffer.frames() * buffer.channels();
@@ -60,7 +62,7 @@ struct Detection {
             case Mode::grid:
                 return false;
             case Mode::stripSilence:
-                return !peaks.isExact() && samples > quickSamples;
+                return (!hasPeaks() || !peaks.isExact()) && samples > quickSamples;
             case Mode::transients:
                 return (energy ? buffer.frames() / 8 : samples) > quickSamples;
         }

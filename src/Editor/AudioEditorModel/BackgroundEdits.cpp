@@ -13,12 +13,14 @@ struct Edit {
     EditPlan plan;
     AudioEditorBuffer before;
     AudioEditorPeaks peaks;
+    bool measuresPeaks = true;
     std::int64_t generation = 0;
     std::optional<EditOutcome> outcome;
 
     void carryOut(Progress &progress) {
         outcome = plan.carryOut(progress);
-        if (outcome && !outcome->peaks) outcome->peaks.emplace(outcome->buffer, before, std::move(peaks), &progress);
+        if (outcome && !outcome->peaks && measuresPeaks)
+            outcome->peaks.emplace(outcome->buffer, before, std::move(peaks), &progress);
         plan.carryOut = nullptr;
         before = AudioEditorBuffer();
     }
@@ -51,9 +53,11 @@ void BackgroundEdits::cancel() {
 void BackgroundEdits::start(EditPlan plan) {
     if (isRunning()) return;
     const auto progress = progress_ = std::make_shared<Progress>();
-    progress->expectStages(withPeaks(plan.stages));
+    const bool measuresPeaks = model_.keepsPeaks();
+    progress->expectStages(measuresPeaks ? withPeaks(plan.stages) : plan.stages);
     const AudioEditorState &state = model_.state();
-    const auto edit = std::make_shared<Edit>(Edit{std::move(plan), state.buffer, state.peaks, state.generation, {}});
+    const auto edit =
+        std::make_shared<Edit>(Edit{std::move(plan), state.buffer, state.peaks, measuresPeaks, state.generation, {}});
     changed.notify(*this);
     const auto done = [this, edit, progress, alive = std::weak_ptr<int>(alive_)](std::exception_ptr failure) {
         if (alive.expired() || progress != progress_) return;

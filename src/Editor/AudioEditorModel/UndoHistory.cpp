@@ -42,6 +42,18 @@ void UndoHistory::letGo() {
     shorten(redo_, redosKept_);
 }
 
+// A step without a sound has that of the next newer one.
+const AudioEditorBuffer *UndoHistory::soundOf(std::int64_t version, const AudioEditorBuffer &present) const {
+    for (const std::vector<Step> *stack : {&undo_, &redo_}) {
+        const AudioEditorBuffer *sound = &present;
+        for (auto step = stack->rbegin(); step != stack->rend(); ++step) {
+            if (step->snapshot.buffer) sound = &*step->snapshot.buffer;
+            if (step->snapshot.version == version) return sound;
+        }
+    }
+    return nullptr;
+}
+
 void UndoHistory::clear() {
     undo_.clear();
     redo_.clear();

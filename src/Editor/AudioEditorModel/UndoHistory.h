@@ -49,6 +49,9 @@ public:
     // Says that from here on at most so many undos and redos will be asked for, as a script knows: the sounds that only more
     // of them would bring back are let go. The stacks keep their depths and count the sounds as if they were still there.
     void keepOnly(std::size_t undos, std::size_t redos);
+    // The sound of a version that a step keeps, `present` being the one that no step keeps because it is there; null where no
+    // step does.
+    const AudioEditorBuffer *soundOf(std::int64_t version, const AudioEditorBuffer &present) const;
     std::size_t undoDepth() const { return undo_.size(); }
     std::size_t redoDepth() const { return redo_.size(); }
     void clear();

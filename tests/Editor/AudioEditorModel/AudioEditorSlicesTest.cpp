@@ -1,6 +1,7 @@
 #include "Editor/AudioEditorModel/AudioEditorSlices.h"
 
 #include "Editor/AudioEditorModel/BackgroundAnalyses.h"
+#include "Editor/AudioEditorModel/BackgroundEdits.h"
 #include "Editor/AudioEditorModel/ModelFixture.h"
 #include "Platform/Fake/FakeJobs.h"
 
@@ -131,6 +132,27 @@ TEST_F(SlicesTest, aLongSoundIsLookedAtAsAJobAndWithTheLatestSettings) {
     model.undo();
     jobs.runAll();
     EXPECT_NEAR(double(state().slices[0].lo), 10'000, 8) << "of the sound as it is";
+}
+
+TEST_F(SlicesTest, withoutKeptPeaksAreTheSameAndOnlyTheyMeasureThem) {
+    FakeJobs jobs;
+    AudioEditorModel bare(settings, clipboard, Peaks::none);
+    const BackgroundEdits edits(bare, jobs);
+    loadHits(5'000'000);
+    bare.load(buffer(), {}, std::nullopt);
+    for (AudioEditorModel *each : {&model, &bare}) {
+        AudioEditorEdits::gain(*each, -3);
+        jobs.runAll();
+        each->select({0, 12'345});
+        AudioEditorEdits::deleteSelection(*each);
+        each->undo();
+        each->redo();
+        detect(*each, Mode::stripSilence);
+    }
+    EXPECT_EQ(bare.state().buffer, buffer());
+    EXPECT_EQ(bare.state().slices, state().slices);
+    EXPECT_EQ(state().slices.size(), 250u);
+    EXPECT_EQ(bare.state().peaks, AudioEditorPeaks());
 }
 
 }  // namespace

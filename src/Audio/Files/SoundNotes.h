@@ -1,0 +1,61 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Audio/Files/AudioFileContents.h"
+
+// What a file says of its sound besides the samples, in the terms of no format, so that it can go from one to another. Loop and
+// positions stay where they are in the contents: a note names them by their index.
+namespace kiv {
+
+struct SoundNotes {
+    struct Marker {
+        std::uint32_t index = 0;  // into positions
+        std::string name;
+    };
+    struct Instrument {
+        int note = 60;                    // the key on which it sounds as it is, 0 … 127
+        int detune = 0;                   // cents that playing it is to be raised by, −50 … 50
+        int lowNote = 0, highNote = 127;  // the keys that play it
+        int lowVelocity = 1, highVelocity = 127;
+        int gainDb = 0;
+    };
+
+    std::vector<Marker> markers;  // all positions but the loop's, in their order
+    std::optional<Instrument> instrument;
+    bool alternates = false;                                 // the loop is played forth and back
+    std::vector<std::pair<std::string, std::string>> texts;  // "TITLE", …: UTF-8, one key perhaps several times
+    Bytes id3;                                               // a whole ID3 tag
+    std::vector<std::string> others;  // what else there is, as the user is told of it: “bext”, pictures
+
+    // The texts of a key, in their order.
+    std::vector<std::string> textsOf(std::string_view key) const;
+};
+
+// A key of texts, and what WAV and AIFF call it; empty where they have no place for it.
+struct TextKey {
+    const char *key, *info, *aiff;
+};
+std::span<const TextKey> textKeys();
+
+SoundNotes wavNotes(const AudioFileContents &contents);
+SoundNotes aiffNotes(const AudioFileContents &contents);
+SoundNotes flacNotes(const AudioFileContents &contents);
+SoundNotes soundNotes(const AudioFileContents &contents);  // by container; a decoded file's are FLAC's or none
+
+// Append notes to contents as the format writes them, and return what it has no place for, as the user is told of it. The loop
+// of the contents, which names positions that no chunk holds yet, gets its chunks; it is gone where it cannot be held.
+std::vector<std::string> putWavNotes(AudioFileContents &contents, const SoundNotes &notes);
+std::vector<std::string> putAiffNotes(AudioFileContents &contents, const SoundNotes &notes);
+std::vector<std::string> putFlacNotes(AudioFileContents &contents, const SoundNotes &notes);
+
+// Bytes of a file as UTF-8 without zeros at the end: those that are no UTF-8 are taken for Latin-1.
+std::string noteText(std::span<const std::byte> bytes);
+// A chunk's name for the user.
+std::string quotedId(const std::string &id);
+
+}  // namespace kiv

@@ -1,0 +1,171 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Audio/Files/AudioFileConversion.h"
+#include "Audio/Files/FileBytes.h"
+
+// Saving in another format: what goes along, what is said to be left, and that the editor finds its positions again.
+namespace kiv {
+namespace {
+
+using namespace fileBytes;
+using AudioFileCodec::converted;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Container = AudioSaveFormat::Container;
+
+Bytes label(unsigned cue, std::string_view name) { return chunk("labl", le32(cue) + text(name) + zeros(1)); }
+
+// Two named markers, the second a region of 5 frames, an alternating loop on D sharp 25 cents up, texts, and what only WAV has.
+Bytes richWav() {
+    Bytes smplChunk = smpl({{10, 39}});
+    putWord(std::span(smplChunk), 12, std::endian::little, 63u);
+    putWord(std::span(smplChunk), 16, std::endian::little, 0x40000000u);
+    putWord(std::span(smplChunk), 40, std::endian::little, 1u);
+    return wavOf(100, chunk("cue ", cues({{7, 50, 50}, {3, 20, 20}})) + chunk("smpl", smplChunk) +
+                          chunk("LIST", text("adtl") + label(3, "verse") + label(7, "odd") + ltxt(3, 5)) +
+                          chunk("LIST", text("INFO") + chunk("INAM", text("Song") + zeros(1)) + chunk("ICMT", hex("E9 00")) +
+                                            chunk("IENG", text("Me") + zeros(1))) +
+                          chunk("bext", zeros(3)) + chunk("PEAK", zeros(2)) + chunk("id3 ", text("ID3")));
+}
+
+Bytes richAiff() {
+    return aiffOf(100, beChunk("MARK", be16(3) + marker(5, 30, "verse") + marker(1, 10, "s") + marker(2, 40, "e")) +
+                           beChunk("INST", hex("3E E7 10 60 01 7F 0006") + be16(2) + be16(1) + be16(2) + zeros(6)) +
+                           beChunk("NAME", text("Song")) + beChunk("COMT", be16(1) + comment(0, "hm")) +
+                           beChunk("MIDI", zeros(2)));
+}
+
+TEST(Conversion, KeepsAllThatSaysTheSameInTheOtherFormat) {
+    const auto aiff = converted(read(richWav()), {Container::aiff, 24});
+    EXPECT_THAT(aiff.left, ElementsAre("“IENG”", "“bext”"));
+    const Bytes loopMarkers = marker(4, 10, "Loop Start") + marker(5, 40, "Loop End");
+    EXPECT_EQ(
+        show(written(aiff.contents)),
+        show(form("AIFF", beChunk("COMM", comm({.frames = 100, .bits = 24})) + ssnd(zeros(300)) +
+                              beChunk("MARK", be16(5) + marker(1, 50, "odd") + marker(2, 20, "verse") +
+                                                  marker(3, 25, "verse End") + loopMarkers) +
+                              beChunk("INST", hex("3F E7 00 7F 01 7F 0000") + be16(2) + be16(4) + be16(5) + zeros(6)) +
+                              beChunk("NAME", text("Song")) + beChunk("ANNO", hex("C3A9")) + beChunk("ID3 ", text("ID3")))));
+    const auto wav = converted(read(richAiff()), {Container::wav, 16});
+    EXPECT_THAT(wav.left, ElementsAre("“MIDI”"));
+    Bytes smplChunk = smpl({{10, 39}});
+    putWord(std::span(smplChunk), 12, std::endian::little, 62u);
+    putWord(std::span(smplChunk), 16, std::endian::little, 0x40000000u);
+    putWord(std::span(smplChunk), 40, std::endian::little, 1u);
+    EXPECT_EQ(show(written(wav.contents)),
+              show(wavOf(100, chunk("cue ", cues({{1, 30, 30}})) + chunk("LIST", text("adtl") + label(1, "verse")) +
+                                  chunk("smpl", smplChunk) + chunk("inst", hex("3E E7 06 10 60 01 7F")) +
+                                  chunk("LIST", text("INFO") + chunk("INAM", text("Song") + zeros(1)) +
+                                                    chunk("ICMT", text("hm") + zeros(1))))));
+}
+
+TEST(Conversion, WithinAFormatChangesOnlyWhatSaysWhatTheSamplesAre) {
+    const Bytes around = chunk("bext", zeros(3)) + chunk("cue ", cues({{1, 5, 5}}));
+    const auto wav = converted(read(riff("WAVE", around + chunk("fmt ", extensible({}, 12, 4)) + chunk("data", le16(0x1230)) +
+                                                     chunk("smpl", smpl({{0, 0}})))),
+                               {Container::wav, 32, true});
+    EXPECT_EQ(show(written(wav.contents)),
+              show(riff("WAVE", chunk("bext", zeros(3)) + chunk("cue ", cues({{1, 1, 1}})) +
+                                    chunk("fmt ", fmt({.tag = 3, .bits = 32})) + chunk("data", le32(0x3E118000)) +
+                                    chunk("smpl", smpl({{0, 0}})))));
+    EXPECT_THAT(wav.left, IsEmpty());
+    const Bytes markers = beChunk("MARK", be16(1) + marker(1, 1, "x"));
+    const Bytes aifc =
+        form("AIFC", beChunk("FVER", be32(0xA2805140)) + markers +
+                         beChunk("COMM", compressed({.frames = 1, .rate = extended(22050.4)}, "sowt")) + ssnd(le16(0x1234)));
+    EXPECT_EQ(show(written(converted(read(aifc), {Container::aiff, 8}).contents)),
+              show(form("AIFF",
+                        markers + beChunk("COMM", comm({.frames = 1, .bits = 8, .rate = extended(22050)})) + ssnd(hex("12")))));
+}
+
+TEST(Conversion, ToFlacTakesTheTextsAndBackAgain) {
+    auto flac = converted(read(richWav()), {Container::flac, 24});
+    EXPECT_THAT(flac.left, ElementsAre("markers", "“IENG”", "“bext”", "the instrument’s settings", "“ID3”"));
+    EXPECT_EQ(flac.contents.format.bitsDescription, "24-bit");
+    EXPECT_THAT(editorPositions(flac.contents).markers, ElementsAre(50, 20, 25)) << "as the editor goes on showing them";
+    EXPECT_FALSE(flac.contents.loop);
+    ASSERT_EQ(flac.contents.flacMetadata.size(), 1u);
+    const auto flac16 = converted(flac.contents, {Container::flac, 16});
+    EXPECT_EQ(flac16.contents.flacMetadata, flac.contents.flacMetadata);
+    flac.contents.flacMetadata.push_back({FlacMetadataBlock::picture, {}});
+    const auto wav = converted(flac.contents, {Container::wav, 8});
+    EXPECT_THAT(wav.left, ElementsAre("pictures"));
+    const Bytes fmt8 = chunk("fmt ", fmt({.bits = 8})), data = chunk("data", Bytes(100, std::byte{128}));
+    EXPECT_EQ(show(written(wav.contents)),
+              show(riff("WAVE", fmt8 + data + chunk("cue ", cues({{1, 50, 50}, {2, 20, 20}, {3, 25, 25}})) +
+                                    chunk("LIST", text("INFO") + chunk("INAM", text("Song") + zeros(1)) +
+                                                      chunk("ICMT", hex("C3A9 00"))))));
+}
+
+// Whatever the formats, and however often, the editor's markers keep their number and order.
+TEST(Conversion, KeepsTheOrderOfThePositions) {
+    const AudioSaveFormat formats[] = {
+        {Container::wav, 8}, {Container::wav, 32, true}, {Container::aiff, 16}, {Container::flac, 24}, {Container::aiff, 32}};
+    for (const Bytes &file : {richWav(), richAiff()})
+        for (const AudioSaveFormat &first : formats)
+            for (const AudioSaveFormat &second : formats) {
+                const AudioFileContents before = read(file);
+                auto contents = converted(converted(before, first).contents, second).contents;
+                EXPECT_EQ(editorPositions(contents).markers, editorPositions(before).markers);
+                const bool holdsLoop = contents.loop.has_value();
+                EXPECT_EQ(holdsLoop, first.container != Container::flac && second.container != Container::flac);
+                if (second.container == Container::flac) continue;
+                const auto again = editorPositions(read(written(contents)));
+                EXPECT_EQ(again.loop, editorPositions(contents).loop);
+                EXPECT_THAT(again.markers, testing::UnorderedElementsAreArray(editorPositions(before).markers));
+                EXPECT_TRUE(second.matches(contents.format));
+                EXPECT_EQ(written(converted(contents, second).contents), written(contents));
+            }
+}
+
+TEST(Conversion, TellsOfSpeakersThatAreNotTheUsualOnes) {
+    const std::pair<unsigned, unsigned> usual[] = {{1, 4}, {2, 3}, {2, 0}}, unusual[] = {{1, 1}, {2, 0x600}, {6, 0x3F}};
+    const auto left = [](std::pair<unsigned, unsigned> row) {
+        const Bytes format = extensible({.channels = row.first}, 16, row.second);
+        return converted(read(riff("WAVE", chunk("fmt ", format) + chunk("data", zeros(12)))), {Container::wav, 24}).left;
+    };
+    for (const auto &row : usual) EXPECT_THAT(left(row), IsEmpty()) << row.first;
+    for (const auto &row : unusual) EXPECT_THAT(left(row), ElementsAre("which speaker each channel is for"));
+}
+
+TEST(Conversion, ProposesTheFormatThatComesNearest) {
+    const auto wavFile = [](unsigned tag, unsigned bits) {
+        return read(riff("WAVE", chunk("fmt ", fmt({.tag = tag, .bits = bits})) + chunk("data", {})));
+    };
+    const auto decoded = [](const char *identifier, const char *bits, const char *description) {
+        AudioFileContents contents;
+        contents.format = {.container = AudioContainer::coreAudio, .encoding = {}, .bitsDescription = description};
+        contents.coreAudioSettings = {{formatIdentifierKey, identifier}, {bitDepthKey, bits}};
+        return contents;
+    };
+    const Comm twelve{.bits = 12};
+    const std::pair<AudioFileContents, AudioSaveFormat> rows[] = {
+        {wavFile(1, 8), {Container::wav, 8}},
+        {wavFile(1, 20), {Container::wav, 24}},
+        {wavFile(3, 64), {Container::wav, 32, true}},
+        {read(form("AIFF", beChunk("COMM", comm(twelve)))), {Container::aiff, 16}},
+        {read(form("AIFC", beChunk("COMM", compressed({}, "fl32")))), {Container::wav, 32, true}},
+        {decoded("flac", "16", "16-bit"), {Container::flac, 16}},
+        {decoded("flac", "20", "20-bit"), {Container::flac, 24}},
+        {decoded("flac", "32", "32-bit"), {Container::wav, 32}},
+        {decoded("lpcm", "32", "32-bit float"), {Container::wav, 32, true}},
+        {decoded(".mp3", "0", ""), {Container::wav, 24}},
+        {decoded("alac", "16", "16-bit"), {Container::wav, 16}},
+    };
+    for (const auto &[contents, format] : rows) EXPECT_EQ(AudioFileCodec::nearestSaveFormat(contents), format);
+}
+
+TEST(PartOfASound, OfAFileThatIsNotWrittenIsAWavFile) {
+    const std::pair<const char *, unsigned> rows[] = {{"0", 16}, {"16", 16}, {"20", 24}};
+    for (const auto &[depth, bits] : rows) {
+        AudioFileContents contents;
+        contents.format.container = AudioContainer::coreAudio;
+        contents.coreAudioSettings = {{formatIdentifierKey, ".mp3"}, {bitDepthKey, depth}};
+        const auto part = AudioFileCodec::partContents({std::vector<float>{0}, 1, 44100}, contents);
+        EXPECT_EQ(show(written(part)), show(riff("WAVE", chunk("fmt ", fmt({.bits = bits})) + chunk("data", zeros(bits / 8)))));
+    }
+}
+
+}  // namespace
+}  // namespace kiv

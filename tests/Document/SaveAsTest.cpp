@@ -1,0 +1,265 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Document/CommandActions.h"
+#include "Document/DocumentWorld.h"
+
+namespace kiv {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+using Container = AudioSaveFormat::Container;
+
+constexpr AudioSaveFormat wav16{Container::wav, 16}, wav24{Container::wav, 24}, aiff16{Container::aiff, 16};
+const std::string markedFile =
+    Wav::file(Wav::ramp(1000), Wav::cue({100, 900}) + Wav::smpl(200, 299) + Wav::chunk("abcd", "odd"));
+
+struct SaveAsWorld : DocumentWorld {
+    explicit SaveAsWorld(const std::string &bytes = markedFile) { open(bytes); }
+
+    // What became of the command, with everything that it started.
+    void saveAs(std::deque<DocumentUi::SaveTarget> targets, std::deque<std::string> answers = {}) {
+        ui.targets = std::move(targets);
+        ui.answers = std::move(answers);
+        perform(EditorCommand::saveAs, *document);
+        jobs.runAll();
+    }
+    // A fresh document on what was written.
+    std::unique_ptr<AudioDocument> reopened(const std::string &where) {
+        auto fresh = std::make_unique<AudioDocument>(DocumentServices{*files, jobs, settings, clipboard}, ui);
+        fresh->open(where, [](const std::string &error) { EXPECT_EQ(error, ""); });
+        jobs.runAll();
+        return fresh;
+    }
+};
+
+TEST(SaveAs, MovesTheDocumentToTheNewFileAndFormatAndKeepsItsHistory) {
+    SaveAsWorld world;
+    world.model.select({0, 50});
+    AudioEditorEdits::deleteSelection(world.model);
+    world.saveAs({{"/music/drum.aiff", AudioSaveFormat{Container::aiff, 24}}});
+    ASSERT_EQ(world.ui.panels.size(), 1u);
+    EXPECT_EQ(world.ui.panels[0].title, "Save As");
+    EXPECT_EQ(world.ui.panels[0].message, "");
+    EXPECT_EQ(world.ui.panels[0].path, world.path);
+    EXPECT_EQ(world.ui.panels[0].format, wav16);
+    EXPECT_THAT(world.ui.asked, IsEmpty());
+    EXPECT_THAT(world.ui.notices, ElementsAre("AIFF has no place for “abcd”: not saved"));
+    EXPECT_TRUE(world.onDisk() == markedFile);
+    EXPECT_EQ(world.document->name(), "drum.aiff");
+    EXPECT_EQ(world.document->format()->bitsDescription, "24-bit");
+    EXPECT_FALSE(world.document->isEdited());
+    world.model.undo();
+    EXPECT_TRUE(world.document->isEdited());
+    EXPECT_TRUE(world.save()) << "in the new format from now on";
+    const auto fresh = world.reopened("/music/drum.aiff");
+    EXPECT_EQ(fresh->format()->typeName, "AIFF");
+    EXPECT_THAT(fresh->model().state().markerFrames, ElementsAre(100, 900));
+    EXPECT_EQ(fresh->model().state().loopPoints, (FrameRange{200, 300}));
+    EXPECT_EQ(fresh->model().state().buffer, world.model.state().buffer);
+}
+
+// FLAC stores neither; the editor goes on showing both, and a format that has a place for them gets them.
+TEST(SaveAs, KeepsMarkersAndLoopInTheEditorWhereTheFormatCannot) {
+    SaveAsWorld world;
+    world.saveAs({{"/music/drum.flac", AudioSaveFormat{Container::flac, 16}}});
+    EXPECT_THAT(world.ui.errors, ElementsAre(HasSubstr("“drum.flac” could not be saved"))) << "nobody reads it back here";
+    EXPECT_EQ(world.document->name(), "drum.wav");
+}
+
+TEST(SaveAs, AsksBeforeItReplacesAnotherFileAndComesBackWithWhatWasTyped) {
+    const struct {
+        DocumentUi::SaveTarget target;
+        std::deque<std::string> answers;
+        std::string name;
+        std::size_t asked, panels;
+    } rows[] = {
+        {{"/music/other.wav", wav24}, {"Replace"}, "other.wav", 1, 1},
+        {{"/music/other.wav", wav24}, {"Cancel"}, "drum.wav", 1, 2},
+        {{DocumentWorld::path, wav24}, {"Replace"}, "drum.wav", 1, 1},
+        {{DocumentWorld::path, wav16}, {}, "drum.wav", 0, 1},
+        {{"/music/new.wav", wav16}, {}, "new.wav", 0, 1},
+    };
+    for (const auto &row : rows) {
+        SaveAsWorld world;
+        const auto other = std::as_bytes(std::span("other"));
+        world.disk.put("/music/other.wav", {other.begin(), other.end()});
+        AudioEditorEdits::reverse(world.model);
+        world.saveAs({row.target}, row.answers);
+        EXPECT_EQ(world.document->name(), row.name);
+        EXPECT_EQ(world.ui.asked.size(), row.asked) << row.target.path;
+        ASSERT_EQ(world.ui.panels.size(), row.panels);
+        const bool isSaved = row.panels == 1;
+        EXPECT_EQ(world.document->isEdited(), !isSaved);
+        EXPECT_EQ(world.onDisk("/music/other.wav").size() != 6, row.name == "other.wav");
+        if (row.asked == 1) {
+            EXPECT_EQ(world.ui.asked[0].buttons.front(), "Cancel") << "Enter replaces nothing";
+        }
+        if (isSaved) continue;
+        EXPECT_EQ(world.ui.panels[1].path, row.target.path);
+        EXPECT_EQ(world.ui.panels[1].format, row.target.format);
+        EXPECT_EQ(world.ui.panels[1].title, "Save As");
+    }
+}
+
+TEST(SaveAs, FailingOrCancelledLeavesEverything) {
+    SaveAsWorld world;
+    AudioEditorEdits::reverse(world.model);
+    world.saveAs({{"", {}}});
+    EXPECT_THAT(world.ui.errors, IsEmpty());
+    world.disk.failAt(1, std::errc::no_space_on_device, FakeFileSystem::Lasting::on);
+    world.saveAs({{"/music/drum.aiff", aiff16}});
+    EXPECT_THAT(world.ui.errors, ElementsAre(HasSubstr("“drum.aiff” could not be saved")));
+    world.disk.heal();
+    EXPECT_EQ(world.document->name(), "drum.wav");
+    EXPECT_EQ(world.document->format()->typeName, "WAV");
+    EXPECT_TRUE(world.document->isEdited());
+    EXPECT_TRUE(world.model.canUndo());
+    EXPECT_TRUE(world.onDisk() == markedFile);
+    EXPECT_FALSE(world.disk.identity("/music/drum.aiff"));
+}
+
+TEST(SaveAs, OverTheOwnFileMindsWhatAnotherProgramHasWrittenThere) {
+    for (const char *answer : {"Cancel", "Save Anyway"}) {
+        SaveAsWorld world;
+        world.put(Wav::file({7}));
+        world.saveAs({{world.path, wav16}}, {answer});
+        ASSERT_EQ(world.ui.asked.size(), 1u);
+        EXPECT_EQ(world.ui.asked[0].message, "“drum.wav” has been changed by another program");
+        EXPECT_EQ(world.onDisk() == markedFile, answer == std::string("Save Anyway"));
+    }
+}
+
+// A decoder of one kind of file, of silence.
+class SilentDecoder : public DecodedReader {
+public:
+    std::unique_ptr<DecodedSound> open(const ByteSource &) override { return std::make_unique<Sound>(); }
+
+private:
+    class Sound : public DecodedSound {
+        const DecodedFormat &format() const override { return format_; }
+        std::int64_t read(std::span<float> out) override {
+            const std::int64_t count = std::exchange(left_, 0);
+            std::fill_n(out.begin(), count, 0.0f);
+            return count;
+        }
+        std::int64_t read(std::span<std::int32_t>) override { return 0; }
+        std::optional<std::int64_t> countFrames() override { return 500; }
+        DecodedFormat format_{.typeName = "MP3", .identifier = ".mp3", .sampleRate = 8000};
+        std::int64_t left_ = 500;
+    };
+};
+
+struct DecodedWorld : SaveAsWorld {
+    DecodedWorld() : SaveAsWorld("ID3") {
+        document = std::make_unique<AudioDocument>(DocumentServices{*files, jobs, settings, clipboard, nullptr, &decoder}, ui);
+        const auto bytes = std::as_bytes(std::span("ID3"));
+        disk.put("/music/talk.mp3", {bytes.begin(), bytes.end()});
+        document->open("/music/talk.mp3", [](const std::string &error) { EXPECT_EQ(error, ""); });
+        jobs.runAll();
+    }
+    SilentDecoder decoder;
+};
+
+TEST(Saving, AFileThatCannotBeWrittenIsSavedElsewhere) {
+    DecodedWorld world;
+    world.ui.targets = {{"/music/talk.wav", wav24}};
+    EXPECT_TRUE(world.save());
+    ASSERT_EQ(world.ui.panels.size(), 1u);
+    EXPECT_EQ(world.ui.panels[0].title, "Save As");
+    EXPECT_EQ(world.ui.panels[0].message, "MP3 files can't be written: choose a format.");
+    EXPECT_EQ(world.ui.panels[0].path, "/music/talk.wav");
+    EXPECT_EQ(world.ui.panels[0].format, wav24);
+    EXPECT_EQ(world.document->format()->bitsDescription, "24-bit");
+    EXPECT_TRUE(world.save());
+    EXPECT_EQ(world.ui.panels.size(), 1u) << "now it can";
+}
+
+TEST(SaveSelection, WritesTheSelectionAloneAndStaysWhereItIs) {
+    SaveAsWorld world;
+    world.model.select({10, 12});
+    world.ui.targets = {{"/music/part.wav", {}}};
+    perform(EditorCommand::saveSelection, *world.document);
+    world.jobs.runAll();
+    ASSERT_EQ(world.ui.panels.size(), 1u);
+    EXPECT_EQ(world.ui.panels[0].title, "Save Selection As");
+    EXPECT_EQ(world.ui.panels[0].message, "");
+    EXPECT_EQ(world.ui.panels[0].path, "/music/drum-selection.wav");
+    EXPECT_FALSE(world.ui.panels[0].format);
+    EXPECT_TRUE(world.onDisk("/music/part.wav") == Wav::file({11, 12}));
+    EXPECT_EQ(world.document->name(), "drum.wav");
+    EXPECT_THAT(world.ui.notices, ElementsAre("The selection is saved as “part.wav”"));
+    world.model.selectNone();
+    EXPECT_FALSE(isEnabled(EditorCommand::saveSelection, *world.document));
+
+    DecodedWorld decoded;
+    decoded.document->model().select({0, 3});
+    decoded.ui.targets = {{"/music/part.wav", {}}};
+    perform(EditorCommand::saveSelection, *decoded.document);
+    decoded.jobs.runAll();
+    EXPECT_EQ(decoded.ui.panels[0].message, "MP3 files can't be written: the selection is saved as WAV.");
+    EXPECT_EQ(decoded.ui.panels[0].path, "/music/talk-selection.wav");
+    EXPECT_TRUE(decoded.onDisk("/music/part.wav") == Wav::file({0, 0, 0}));
+}
+
+TEST(SaveSelection, AsksAboutTheEqualizerInItsOwnWords) {
+    SaveAsWorld world(Wav::file(std::vector<int>(1000, 8000)));
+    EqSettings quieter;
+    quieter.gainDb = -6;
+    world.document->eq().setSettings(quieter);
+    world.model.setEqEnabled(true);
+    world.model.select({10, 12});
+    world.ui.answers = {"Apply EQ to Selection and Save"};
+    world.ui.targets = {{"/music/part.wav", {}}};
+    world.document->saveSelection();
+    world.jobs.runAll();
+    ASSERT_EQ(world.ui.asked.size(), 1u);
+    EXPECT_TRUE(world.onDisk("/music/part.wav") == Wav::file({4009, 4009}));
+}
+
+TEST(CheckDisk, ReadsAgainWithoutEditsAndAsksOnceWithThem) {
+    const std::string foreign = Wav::file({7, 8, 9});
+    enum class Change { none, time, bytes, gone };
+    const struct {
+        Change change;
+        bool edits;
+        const char *answer;
+        std::size_t asked, notices;
+        bool reads;
+    } rows[] = {
+        {Change::none, true, nullptr, 0, 0, false},   {Change::time, true, nullptr, 0, 0, false},
+        {Change::time, false, nullptr, 0, 0, false},  {Change::bytes, false, nullptr, 0, 1, true},
+        {Change::bytes, true, "Cancel", 1, 0, false}, {Change::bytes, true, "Read Again", 1, 0, true},
+        {Change::gone, false, nullptr, 0, 1, false},  {Change::gone, true, nullptr, 0, 1, false},
+    };
+    for (const auto &row : rows) {
+        SaveAsWorld world;
+        world.model.select({0, 2});
+        if (row.edits) AudioEditorEdits::reverse(world.model);
+        if (row.change == Change::time) world.put(markedFile);
+        if (row.change == Change::bytes) world.put(foreign);
+        if (row.change == Change::gone) world.disk.vanish(world.path);
+        if (row.answer) world.ui.answers = {row.answer};
+        for (int i = 0; i < 3; ++i) {
+            world.document->checkDisk();
+            world.jobs.runAll();
+        }
+        EXPECT_EQ(world.ui.asked.size(), row.asked);
+        EXPECT_EQ(world.ui.notices.size(), row.notices);
+        EXPECT_EQ(world.model.state().buffer.frames(), row.reads ? 3 : 1000);
+        EXPECT_EQ(world.model.state().selection, (FrameRange{0, 2})) << "the view stays";
+        EXPECT_EQ(world.document->isEdited(), row.edits && !row.reads);
+        if (row.asked) {
+            EXPECT_EQ(world.ui.asked[0].buttons.front(), "Cancel") << "Enter loses no edits";
+        }
+        if (row.change != Change::time) continue;
+        EXPECT_TRUE(world.save());
+        EXPECT_THAT(world.ui.asked, IsEmpty()) << "nobody has changed anything";
+    }
+}
+
+}  // namespace
+}  // namespace kiv
