@@ -202,7 +202,7 @@ void AudioDocument::install(Loaded loaded, Install how) {
 void AudioDocument::tellMissing() {
     const AudioEditorBuffer &buffer = model_.state().buffer;
     const auto seconds = [&](std::int64_t frames) {
-        return format(AudioEditorTimeUnit::seconds, double(frames), buffer.sampleRate());
+        return kiv::format(AudioEditorTimeUnit::seconds, double(frames), buffer.sampleRate());
     };
     ui_.showNotice(NoticeKind::warning, quoted(name()) + " ends early: " + seconds(buffer.frames()) + " of " +
                                             seconds(buffer.frames() + contents_->missingFrames) + " are there.");

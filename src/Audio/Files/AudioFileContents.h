@@ -98,7 +98,7 @@ struct AudioFileContents {
     std::optional<std::map<std::string, std::string>> coreAudioSettings;
     std::vector<FlacMetadataBlock> flacMetadata;
     std::int64_t missingFrames = 0;  // that the file says it has, and does not hold: it has been cut off
-    Bytes trailing;  // what stands behind the last chunk and is none; written back as it is
+    Bytes trailing;                  // what stands behind the last chunk and is none; written back as it is
 
     // Whether it can be written back in its own format with nothing lost. Of decoded files only FLAC can.
     bool canSaveInPlace() const;

@@ -15,8 +15,8 @@ namespace kiv {
 // carried together, their headers and pad bytes included.
 struct RawChunk {
     std::string id;
-    std::int64_t start = 0;  // of the payload
-    std::int64_t size = 0;   // of the payload, without the pad byte
+    std::int64_t start = 0;    // of the payload
+    std::int64_t size = 0;     // of the payload, without the pad byte
     std::int64_t missing = 0;  // bytes that it says it has and the file does not hold
 };
 

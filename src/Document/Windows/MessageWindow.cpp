@@ -17,7 +17,7 @@ public:
     MessageWindow(ViewStyle &style, const std::string &message, const std::string &informative)
         : sheet_(
               style, AlertTone::error, {message, informative, {"OK"}}, [this](std::size_t) { close(); }, this) {
-        setWindowTitle("Kiv Audio Editor");
+        setWindowTitle(onScreen("Kiv Audio Editor"));
         setAttribute(Qt::WA_DeleteOnClose);
         setAccessibleName(onScreen(message));
         sheet_.setInWindow();

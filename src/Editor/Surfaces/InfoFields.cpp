@@ -104,8 +104,9 @@ void connectInfoField(ValueInput &input, AudioEditorModel &model, InfoField fiel
 
 std::string infoFieldHelp(AudioEditorTimeUnit unit, InfoField field) {
     const std::string word = unit == AudioEditorTimeUnit::seconds ? " ms" : " smp";
-    return "Click to type. Scroll or drag up / down = " + std::to_string(step) + word + ", with ⇧ = " + std::to_string(smallStep) +
-           word + "; double-click = " + (isAtEnd(field) ? "end" : "start") + " of the sound.";
+    return "Click to type. Scroll or drag up / down = " + std::to_string(step) + word +
+           ", with ⇧ = " + std::to_string(smallStep) + word + "; double-click = " + (isAtEnd(field) ? "end" : "start") +
+           " of the sound.";
 }
 
 }  // namespace kiv

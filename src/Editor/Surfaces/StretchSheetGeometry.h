@@ -8,8 +8,8 @@
 
 namespace kiv {
 
-// Where the controls of the Pitch / Time dialog stand in its body: mode and numbers in a row, each under its label, that goes on
-// in a second one where it finds no room.
+// Where the controls of the Pitch / Time dialog stand in its body: mode and numbers in a row, each under its label, that goes
+// on in a second one where it finds no room.
 class StretchSheetGeometry {
 public:
     // The widths of the controls that are as wide as their texts.

@@ -27,8 +27,8 @@ enum class Sideways { isNothing, choosesText };
 
 inline constexpr double stepPixels = 8;
 
-// What pointer, wheel and keys do to a number, however it is shown. The pointer of a drag is hidden and stays put: the view takes
-// it back whenever it has gone far, so that no edge of the screen ends the drag. Places are in logical pixels.
+// What pointer, wheel and keys do to a number, however it is shown. The pointer of a drag is hidden and stays put: the view
+// takes it back whenever it has gone far, so that no edge of the screen ends the drag. Places are in logical pixels.
 class ValueInput {
 public:
     // Dragging up so many pixels is a step, as is a notch of the wheel.

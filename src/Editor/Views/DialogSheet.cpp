@@ -38,7 +38,12 @@ DialogSheet::DialogSheet(AudioEditorModel &model, Dialog dialog, const Words &wo
 }
 
 void DialogSheet::confirm() {
-    if (isReadable()) AudioEditorEdits::confirmDialog(model_);
+    if (isReadable_) AudioEditorEdits::confirmDialog(model_);
+}
+
+void DialogSheet::setOrder(const QList<QWidget *> &tabs, const QList<QWidget *> &read) {
+    setTabRing(tabs + QList<QWidget *>{apply_, cancel_});
+    readInOrder(read + QList<QWidget *>{cancel_, apply_});
 }
 
 QString DialogSheet::stepHelp(const std::string &step, const std::string &smallStep, const std::string &reset) {
@@ -70,8 +75,10 @@ QSize DialogSheet::sizeFor(const QSize &room) const {
     return {width, geometryFor(width, distancesFor(width, room.height())).height};
 }
 
-void DialogSheet::layOut() {
-    apply_->setEnabled(isReadable());
+void DialogSheet::layOut(const std::string &target, bool isReadable) {
+    target_ = target;
+    isReadable_ = isReadable;
+    apply_->setEnabled(isReadable);
     const DialogSheetGeometry geometry = geometryNow();
     placeBody(toRect(geometry.body), distancesFor(width(), height()));
     placeButtons({apply_, cancel_}, padding, width() - padding, geometry.buttonsTop);
@@ -95,7 +102,7 @@ void DialogSheet::paintEvent(QPaintEvent *event) {
     const DialogSheetGeometry geometry = geometryNow();
     const QRectF title = toRect(geometry.title);
     paintDigitText(painter, title, Qt::AlignLeft, style().font(15, QFont::DemiBold), toColor(colors[Role::dialogText]), title_);
-    paintDigitText(painter, title, Qt::AlignRight, style().font(13), toColor(colors.dialogDim), onScreen(target()));
+    paintDigitText(painter, title, Qt::AlignRight, style().font(13), toColor(colors.dialogDim), onScreen(target_));
     paintBody(painter);
     paintNote(&painter, toRect(geometry.note));
 }

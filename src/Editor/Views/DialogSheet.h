@@ -6,8 +6,8 @@
 
 namespace kiv {
 
-// An edit dialog as a sheet: its title and what it acts on at the top, at the foot a text and the buttons. Those that derive from
-// it say what stands between.
+// An edit dialog as a sheet: its title and what it acts on at the top, at the foot a text and the buttons. Those that derive
+// from it say what stands between.
 class DialogSheet : public Sheet {
 public:
     struct Words {
@@ -23,9 +23,6 @@ public:
 protected:
     // The model has changed while the dialog is open.
     virtual void refresh() = 0;
-    virtual std::string target() const = 0;
-    // Whether what is typed can be read, without which nothing is confirmed.
-    virtual bool isReadable() const { return true; }
     virtual int wishedWidth() const = 0;
     virtual int bodyHeight(int width, const DialogSheetDistances &distances) const = 0;
     virtual void placeBody(const QRect &body, const DialogSheetDistances &distances) = 0;
@@ -34,9 +31,11 @@ protected:
     virtual int paintNote(QPainter *painter, const QRectF &row) const = 0;
 
     AudioEditorModel &model() const { return model_; }
-    // To be called by refresh() and the constructor, once all is known that the calls above tell.
-    void layOut();
-    QList<QWidget *> footButtons() const { return {apply_, cancel_}; }
+    // At the end of refresh(), which the constructor calls first: what it acts on, and whether what is typed can be read, without
+    // which nothing is confirmed.
+    void layOut(const std::string &target, bool isReadable = true);
+    // The order of the Tab key and that in which it is read to those who cannot see it: the body's controls, then the buttons.
+    void setOrder(const QList<QWidget *> &tabs, const QList<QWidget *> &read);
     // "Scroll or drag up / down = 5 %, with ⇧ = 1 %; double-click = 100 %."
     static QString stepHelp(const std::string &step, const std::string &smallStep, const std::string &reset);
     DialogSheetMeasures measures() const;
@@ -50,7 +49,7 @@ protected:
     int paintWords(QPainter *painter, QRectF row, const std::vector<Word> &words) const;
 
     void paintEvent(QPaintEvent *event) final;
-    void resizeEvent(QResizeEvent *) final { layOut(); }
+    void resizeEvent(QResizeEvent *) final { layOut(target_, isReadable_); }
 
 private:
     const DialogSheetDistances &distancesFor(int width, int height) const;
@@ -60,6 +59,8 @@ private:
     AudioEditorModel &model_;
     Dialog dialog_;
     QString title_;
+    std::string target_;
+    bool isReadable_ = true;
     Button *apply_, *cancel_;
     Subscription modelChanges_;
 };

@@ -6,6 +6,7 @@
 #include <QPalette>
 #include <cmath>
 
+#include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/FieldPainter.h"
 #include "Editor/Views/Menu.h"
 
@@ -125,8 +126,8 @@ void Field::keyPressEvent(QKeyEvent *event) {
 void Field::contextMenuEvent(QContextMenuEvent *event) {
     auto *menu = new Menu(style_, this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    const auto add = [&](const QString &text, bool isEnabled, auto act) {
-        menu->addAction(text, this, act)->setEnabled(isEnabled);
+    const auto add = [&](const char *text, bool isEnabled, auto act) {
+        menu->addAction(onScreen(text), this, act)->setEnabled(isEnabled);
     };
     add("Cut", hasSelectedText(), [this] { cut(); });
     add("Copy", hasSelectedText(), [this] { copy(); });

@@ -23,7 +23,7 @@ constexpr std::pair<InfoField, const char *> fieldNames[] = {
 }  // namespace
 
 InfoLine::InfoLine(AudioEditorModel &model, ViewStyle &style, QWidget *parent) : QWidget(parent), model_(model), style_(style) {
-    setAccessibleName("Information");
+    setAccessibleName(onScreen("Information"));
     makeValues();
     modelChanges_ = model.observers.add([this](const Changes &changes) {
         if (changes.containsAny({Change::audio, Change::cursor, Change::selection, Change::timeUnit})) refresh();
@@ -35,7 +35,7 @@ InfoLine::InfoLine(AudioEditorModel &model, ViewStyle &style, QWidget *parent) :
 void InfoLine::makeValues() {
     for (const auto &[field, name] : fieldNames) {
         auto *value = values_[field] = new ValueReadout(style_, this);
-        value->setAccessibleName(name);
+        value->setAccessibleName(onScreen(name));
         connectInfoField(*value, model_, field);
         value->inPlace().onLeft = [this] {
             if (onLeft) onLeft();

@@ -30,8 +30,7 @@ LevelSheet::LevelSheet(AudioEditorModel &model, Dialog dialog, ViewStyle &style,
       field_(new Field(style, FieldContent::number, this)) {
     field_->setUnit(onScreen("dB"));
     field_->setType(15, QFont::DemiBold);
-    setTabRing(QList<QWidget *>{field_, slider_} + footButtons());
-    readInOrder({slider_, field_});
+    setOrder({field_, slider_}, {slider_, field_});
     for (QWidget *control : {static_cast<QWidget *>(slider_), static_cast<QWidget *>(field_)}) {
         control->setAccessibleName(accessibleName());
         control->setToolTip(stepHelp(withoutSign(levelStepDb), withoutSign(levelSmallStepDb), "0 dB"));
@@ -88,7 +87,7 @@ void LevelSheet::refresh() {
     field_->setReadable(scene_.isReadable);
     setAccessibleDescription(
         onScreen(scene_.target + ". Peak " + scene_.peakBefore + " → " + scene_.peakAfter + " " + scene_.note));
-    layOut();
+    layOut(scene_.target, scene_.isReadable);
 }
 
 void LevelSheet::takeFocus() {

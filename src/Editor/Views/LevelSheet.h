@@ -20,8 +20,6 @@ public:
 
 protected:
     void refresh() override;
-    std::string target() const override { return scene_.target; }
-    bool isReadable() const override { return scene_.isReadable; }
     int wishedWidth() const override;
     int bodyHeight(int width, const DialogSheetDistances &distances) const override;
     void placeBody(const QRect &body, const DialogSheetDistances &distances) override;

@@ -108,7 +108,6 @@ MonoSheet::MonoSheet(AudioEditorModel &model, ViewStyle &style, QWidget *parent)
         auto *tile = tiles_[std::size_t(source)] = new Tile(source, style, this);
         connect(tile, &QPushButton::pressed, this, [this, source] { choose(source); });
     }
-    readInOrder({tiles_[0], tiles_[1], tiles_[2]});
     refresh();
 }
 
@@ -117,8 +116,8 @@ void MonoSheet::refresh() {
     setAccessibleDescription(onScreen(scene_.target));
     QPushButton *chosen = tiles_[std::size_t(scene_.chosen)];
     chosen->setChecked(true);
-    setTabRing(QList<QWidget *>{chosen} + footButtons());
-    layOut();
+    setOrder({chosen}, {tiles_[0], tiles_[1], tiles_[2]});
+    layOut(scene_.target);
 }
 
 void MonoSheet::choose(AudioEditorMonoSource source) {

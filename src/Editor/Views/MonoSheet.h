@@ -17,7 +17,6 @@ public:
 
 protected:
     void refresh() override;
-    std::string target() const override { return scene_.target; }
     int wishedWidth() const override;
     int bodyHeight(int width, const DialogSheetDistances &distances) const override;
     void placeBody(const QRect &body, const DialogSheetDistances &distances) override;

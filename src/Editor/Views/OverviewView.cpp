@@ -34,7 +34,7 @@ OverviewView::OverviewView(AudioEditorModel &model, ViewStyle &style, WaveformRm
     setFocusPolicy(Qt::TabFocus);
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setAccessibleName("Overview");
+    setAccessibleName(onScreen("Overview"));
     parts_->modelChanges = model.observers.add([this](const Changes &) { refresh(); });
     parts_->rmsChanges = rms.completed.add([this](const WaveformRms &) { refresh(); });
     parts_->styleChanges = style.changed.add([this](const ViewStyle &) { update(); });

@@ -25,9 +25,6 @@ StretchSheet::StretchSheet(AudioEditorModel &model, ViewStyle &style, QWidget *p
     segments_->button(0)->setToolTip(onScreen("Keeps the sound's own waves: for all material"));
     segments_->button(1)->setToolTip(onScreen("Repeats grains of a fixed length, as early samplers did"));
     for (const StretchNumber &number : stretchNumbers) makeField(number);
-    QList<QWidget *> seen{segments_};
-    for (Field *each : fields_) seen.append(each);
-    readInOrder(seen << auto_);
     connect(auto_, &QPushButton::clicked, this, [this] {
         typing_.reset();
         findStretchCycle(this->model());
@@ -93,16 +90,17 @@ void StretchSheet::refresh() {
         shown.setReadable(typing_ != number.field || scene_.isReadable);
     }
     auto_->setVisible(scene_.isCyclic);
-    showTabRing();
+    showOrder();
     setAccessibleDescription(onScreen(scene_.target + ". Length " + scene_.lengthBefore + " → " + scene_.lengthAfter));
     if (wasCyclic != scene_.isCyclic && onSizeChanged) onSizeChanged();
-    layOut();
+    layOut(scene_.target, scene_.isReadable);
 }
 
-void StretchSheet::showTabRing() {
-    QList<QWidget *> ring{segments_->button(segments_->chosen())};
-    for (Field *each : fields_) ring.append(each);
-    setTabRing((ring << auto_) + footButtons());
+void StretchSheet::showOrder() {
+    QList<QWidget *> numbers;
+    for (Field *each : fields_) numbers.append(each);
+    numbers.append(auto_);
+    setOrder(QList<QWidget *>{segments_->button(segments_->chosen())} + numbers, QList<QWidget *>{segments_} + numbers);
 }
 
 void StretchSheet::takeFocus() {
@@ -119,9 +117,7 @@ bool StretchSheet::takeKey(const KeyPress &press) {
     return true;
 }
 
-StretchSheetGeometry::Widths StretchSheet::widths() const {
-    return {segments_->sizeHint().width(), auto_->sizeHint().width()};
-}
+StretchSheetGeometry::Widths StretchSheet::widths() const { return {segments_->sizeHint().width(), auto_->sizeHint().width()}; }
 
 StretchSheetGeometry StretchSheet::controls(int top, int width, const DialogSheetDistances &distances) const {
     return {model().state().stretch.mode, top, width, widths(), measures(), distances};

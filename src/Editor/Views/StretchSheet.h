@@ -23,8 +23,6 @@ public:
 
 protected:
     void refresh() override;
-    std::string target() const override { return scene_.target; }
-    bool isReadable() const override { return scene_.isReadable; }
     int wishedWidth() const override;
     int bodyHeight(int width, const DialogSheetDistances &distances) const override;
     void placeBody(const QRect &body, const DialogSheetDistances &distances) override;
@@ -34,7 +32,7 @@ protected:
 private:
     void makeField(const StretchNumber &number);
     void connectInput(StretchField field);
-    void showTabRing();
+    void showOrder();
     void typeInto(StretchField field, const QString &typed, bool typedAhead);
     void endTyping(StretchField field);
     StretchSheetGeometry controls(int top, int width, const DialogSheetDistances &distances) const;

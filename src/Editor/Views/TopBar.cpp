@@ -86,9 +86,9 @@ void TopBar::connectButtons() {
             refreshCommands();  // the click has turned the button over, whatever the command did
         });
     }
-    setAccessibleName("Controls");
-    button(Item::maxLevel)->setAccessibleName("Max");
-    button(Item::maxLevel)->setToolTip("Highest level heard while playing. Click to reset.");
+    setAccessibleName(onScreen("Controls"));
+    button(Item::maxLevel)->setAccessibleName(onScreen("Max"));
+    button(Item::maxLevel)->setToolTip(onScreen("Highest level heard while playing. Click to reset."));
     button(Item::maxLevel)->setHasDigits(true);
     connect(button(Item::maxLevel), &QPushButton::clicked, this, [this] { model_.setMaxLevel({}); });
     button(Item::verticalZoomValue)->setAccessibleName(titleText(Command::verticalZoomReset));
@@ -100,7 +100,7 @@ void TopBar::connectButtons() {
 
 void TopBar::connectPosition() {
     position_->setType(20, QFont::DemiBold);
-    position_->setAccessibleName("Cursor");
+    position_->setAccessibleName(onScreen("Cursor"));
     connectInfoField(*position_, model_, InfoField::cursor);
     position_->inPlace().onLeft = [this] {
         if (onLeft) onLeft();
@@ -123,10 +123,10 @@ void TopBar::refresh() {
     position_->setValue(onScreen(scene.position), infoFieldFacts(model_.state(), InfoField::cursor));
     position_->setToolTip(onScreen(infoFieldHelp(model_.state().timeUnit, InfoField::cursor)));
     Button &max = *button(Item::maxLevel), &zoom = *button(Item::verticalZoomValue);
-    max.setLabelAndText("Max", onScreen(scene.maxLevel));
+    max.setLabelAndText(onScreen("Max"), onScreen(scene.maxLevel));
     max.setOver(scene.isOver);
     zoom.setLabelAndText({}, onScreen(scene.verticalZoom));
-    zoom.setToolTip(tipText("Reset vertical zoom (now " + onScreen(scene.verticalZoom) + ")",
+    zoom.setToolTip(tipText(onScreen("Reset vertical zoom (now " + scene.verticalZoom + ")"),
                             target_.shortcutText(Command::verticalZoomReset)));
     max.setAccessibleDescription(onScreen(scene.maxLevel) + ". " + max.toolTip());
     zoom.setAccessibleDescription(onScreen(scene.verticalZoom) + ". " + zoom.toolTip());
@@ -165,7 +165,7 @@ TopBarMeasures TopBar::measures() const {
             measures.wordedWidths[std::size_t(int(row.item) - int(Item::slicer))] =
                 widthOf({}, titleText(row.command), row.icon);
     measures.positionWidth = positionWidth();
-    measures.maxLevelWidth = std::max(106, widthOf("Max", "−88.8 dB", ""));
+    measures.maxLevelWidth = std::max(106, widthOf(onScreen("Max"), "−88.8 dB", ""));
     measures.verticalValueWidth = std::max(60, widthOf({}, "−88 dB", "") - 4);
     measures.barHeight = barHeight();
     measures.buttonHeight = style_.grown(28);

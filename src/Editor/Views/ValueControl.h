@@ -12,8 +12,7 @@ namespace kiv {
 // by keys, typed over, and put back to its default by a double-click.
 class ValueControl : public QWidget, public Adjustable {
 public:
-    ValueControl(ViewStyle &style, QWidget *parent, double pixelsPerStep = stepPixels,
-                 Stepping stepping = Stepping::whole);
+    ValueControl(ViewStyle &style, QWidget *parent, double pixelsPerStep = stepPixels, Stepping stepping = Stepping::whole);
 
     ValueInput &input() { return input_; }
     InPlaceField &inPlace() { return inPlace_; }

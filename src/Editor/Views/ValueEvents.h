@@ -2,7 +2,6 @@
 
 #include <QObject>
 #include <QPoint>
-#include <QPointer>
 
 #include "Editor/Surfaces/ValueInput.h"
 
@@ -12,8 +11,8 @@ class QWidget;
 
 namespace kiv {
 
-// Hands the events of a widget that shows a number on to its input, with the pointer of a drag hidden and put back. Esc ends the
-// drag, whoever has the keyboard.
+// Hands the events of a widget that shows a number on to its input, with the pointer of a drag hidden and put back. Esc ends
+// the drag, whoever has the keyboard.
 class ValueEvents : public QObject {
 public:
     ValueEvents(QWidget &control, ValueInput &input) : control_(control), input_(input) {}

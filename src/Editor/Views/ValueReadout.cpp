@@ -1,5 +1,6 @@
 #include "Editor/Views/ValueReadout.h"
 
+#include <QEvent>
 #include <QPainter>
 #include <cmath>
 
@@ -55,6 +56,13 @@ void ValueReadout::openField(const QString &typed) {
     field->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     field->setGeometry(fieldPlace());
     inPlace().open(field, value_, typed);
+}
+
+// The second of two quick clicks goes to the field that the first one has opened. One that comes here comes after that has closed.
+bool ValueReadout::event(QEvent *event) {
+    if (event->type() != QEvent::MouseButtonDblClick) return ValueControl::event(event);
+    clicked();
+    return true;
 }
 
 void ValueReadout::paintEvent(QPaintEvent *) {

@@ -28,6 +28,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void openField(const QString &typed) override;
     void clicked() override { openField({}); }
+    bool event(QEvent *event) override;
 
 private:
     QRect fieldPlace() const;

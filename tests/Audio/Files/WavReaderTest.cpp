@@ -126,8 +126,15 @@ TEST(WavReader, TellsHowMuchIsMissing) {
     const struct {
         std::uint32_t declared;
         std::int64_t missing;
-    } rows[] = {{200, 0},        {0, 0},          {1000, 400},     {0x70000000, 0x38000000 - 100},
-                {0x7F000000, 0}, {0x7FFFF000, 0}, {0xC0000000, 0x60000000 - 100}, {0xFFFFFFFF, 0}, {0xFFFFFFD8, 0}};
+    } rows[] = {{200, 0},
+                {0, 0},
+                {1000, 400},
+                {0x70000000, 0x38000000 - 100},
+                {0x7F000000, 0},
+                {0x7FFFF000, 0},
+                {0xC0000000, 0x60000000 - 100},
+                {0xFFFFFFFF, 0},
+                {0xFFFFFFD8, 0}};
     for (const auto &[declared, missing] : rows) {
         Bytes file = wavOf(100, {});
         putWord(std::span(file), file.size() - 204, std::endian::little, declared);

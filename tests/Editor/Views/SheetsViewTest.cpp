@@ -84,7 +84,10 @@ TEST_F(SheetsViewTest, AreWhollyUsableInTheSmallestWindow) {
         {"mono", [&]() -> Sheet & { return mono(); }},
         {"clean", [&]() -> Sheet & { return setStretchMode(model, StretchMode::clean), stretch(); }},
         {"cyclic", [&]() -> Sheet & { return setStretchMode(model, StretchMode::s950), stretch(); }},
-        {"long", [&]() -> Sheet & { return alert({name, name + name + name, {"Save Anyway", "Save As…", "Cancel"}}); }},
+        {"long",
+         [&]() -> Sheet & {
+             return alert({name, name + name + name, {"Save Anyway", "Save As…", "Cancel"}});
+         }},
         {"EQ", [&]() -> Sheet & {
              return alert({"The EQ is not applied",
                            "What you hear through the EQ is not in the audio yet. Apply it to the selection before saving?",

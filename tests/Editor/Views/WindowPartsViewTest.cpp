@@ -161,9 +161,15 @@ TEST_F(InfoLineViewTest, PlacesAreTypedScrolledDraggedAndReset) {
     EXPECT_EQ(position->valueText(), "1.519 s");
     drag(position, {20, 15}, {20, 31});
     EXPECT_EQ(position->valueText(), "1.499 s");
-    click(position);
-    pointer(position->inPlace().field(), QEvent::MouseButtonDblClick, {8, 8});
+    const auto clickTwice = [&](ValueReadout *readout) {
+        click(readout);
+        pointer(readout->inPlace().field(), QEvent::MouseButtonDblClick, {8, 8});
+    };
+    clickTwice(position);
     EXPECT_EQ(state().cursorFrame, 0) << "two quick clicks are no typing";
+    pointer(position, QEvent::MouseButtonDblClick, {8, 8});
+    EXPECT_TRUE(position->inPlace().isOpen()) << "one that comes after the field has closed opens it again";
+    position->inPlace().close();
 
     model.select({22050, 44100});
     typeInto(length, "1 s", Qt::Key_Enter);
@@ -178,7 +184,7 @@ TEST_F(InfoLineViewTest, PlacesAreTypedScrolledDraggedAndReset) {
     model.toggleTimeUnit();
     wheel(length, 1);
     EXPECT_EQ(state().selection, (FrameRange{22050, 65719}));
-    for (ValueReadout *readout : {start, length}) pointer(readout, QEvent::MouseButtonDblClick, {8, 8});
+    for (ValueReadout *readout : {start, length}) clickTwice(readout);
     EXPECT_EQ(state().selection, (FrameRange{0, 88200}));
 }
 
