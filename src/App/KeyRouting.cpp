@@ -29,7 +29,7 @@ bool belongsToText(const KeyPress &press, TextFocus text) {
 }
 
 // A number begun anywhere goes to the sheet's field, and letters may be the sheet's own keys. What no sheet wants is kept from
-// its controls: with Alt or Super a line edit would still type it.
+// its controls.
 KeyRoute routeWithSheet(std::optional<EditorCommand> match, const KeyPress &press, const KeyContext &context) {
     const bool acts = match && actsUnderSheets(*match) && (*match == EditorCommand::playStop || !beginsNumber(press));
     if (acts) return press.isRepeat && !repeats(*match) ? KeyRoute(KeyPath::swallow) : PerformCommand{*match};
@@ -51,7 +51,9 @@ KeyRoute route(const KeyPress &press, const KeyContext &context, const ShortcutS
     if (context.takesNumbers && beginsNumber(press)) return KeyPath::focus;
     const std::optional<EditorCommand> match = store.match(shortcuts);
     if (context.hasSheet) return routeWithSheet(match, press, context);
-    if (!match) return KeyPath::focus;
+    // With Alt or Super a line edit would still type it.
+    const bool wouldType = context.text != TextFocus::none && press.modifiers & (Shortcut::option | Shortcut::control);
+    if (!match) return wouldType && press.namedKey.empty() ? KeyPath::swallow : KeyPath::focus;
     if (press.isRepeat && !repeats(*match)) return KeyPath::swallow;
     return PerformCommand{*match};
 }

@@ -24,7 +24,7 @@ bool isQuitFree(const ShortcutStore &shortcuts) { return !shortcuts.match({Short
 
 void addQuit(Menu &menu, const ShortcutStore &shortcuts, std::function<void()> quit) {
     menu.addSeparator();
-    QAction *action = menu.addAction("Quit", &menu, std::move(quit));
+    QAction *action = menu.addAction(onScreen("Quit"), &menu, std::move(quit));
     QObject::connect(&menu, &QMenu::aboutToShow, &menu, [&menu, &shortcuts, action] {
         menu.setShortcutText(action, isQuitFree(shortcuts) ? onScreen("⌘Q") : QString());
     });
@@ -41,8 +41,8 @@ void fillMainMenu(MenuBar &bar, CommandTarget &target, const ShortcutStore &shor
         QObject::connect(menu, &QMenu::aboutToShow, menu, [menu, &target] { refreshCommands(*menu, target); });
         if (group == EditorCommandGroup::file) addQuit(*menu, shortcuts, actions.quit);
     }
-    Menu *help = bar.addOwnMenu("Help");
-    help->addAction("About", help, std::move(actions.about));
+    Menu *help = bar.addOwnMenu(onScreen("Help"));
+    help->addAction(onScreen("About"), help, std::move(actions.about));
 }
 
 }  // namespace kiv

@@ -201,8 +201,19 @@ void AudioDocument::install(Loaded loaded, Install how) {
     }
     toldEdited_ = isEdited();
     observers.notify(*this);
+    if (contents_->missingFrames > 0) tellMissing();
     if (loaded.file.recovery == Files::Recovery::restored)
         ui_.showNotice(NoticeKind::information, "A save had been interrupted: " + quoted(name()) + " is as it was before.");
+}
+
+// The file was cut off, in a copy that ended early perhaps: what is there is all there is to be saved.
+void AudioDocument::tellMissing() {
+    const AudioEditorBuffer &buffer = model_.state().buffer;
+    const auto seconds = [&](std::int64_t frames) {
+        return kiv::format(AudioEditorTimeUnit::seconds, double(frames), buffer.sampleRate());
+    };
+    ui_.showNotice(NoticeKind::warning, quoted(name()) + " ends early: " + seconds(buffer.frames()) + " of " +
+                                            seconds(buffer.frames() + contents_->missingFrames) + " are there.");
 }
 
 // So that the window shows the file's lanes while it is being read; what comes too late is not needed any more.

@@ -152,6 +152,7 @@ private:
     };
     using OnTarget = std::function<void(const std::optional<DocumentUi::SaveTarget> &)>;
 
+    void tellMissing();
     void expectShape();
     void startWork(Work kind, std::function<void(Progress &)> work, std::function<void(std::exception_ptr)> done);
     void load(const std::string &path, std::function<void(std::shared_ptr<Loaded>, const std::string &error)> done);

@@ -122,6 +122,14 @@ TEST(Opening, TellsOfAFileThatWasPutBack) {
     EXPECT_THAT(world.ui.notices, ElementsAre("A save had been interrupted: “drum.wav” is as it was before."));
 }
 
+TEST(Opening, TellsOfAFileThatEndsEarly) {
+    DocumentWorld world;
+    std::string bytes = Wav::file(Wav::ramp(8000));
+    bytes.resize(bytes.size() - 8000);
+    EXPECT_EQ(world.open(bytes), "");
+    EXPECT_THAT(world.ui.notices, ElementsAre("“drum.wav” ends early: 0.500 s of 1.000 s are there."));
+}
+
 TEST(Saving, WritesAnUntouchedFileBackAsItWas) {
     for (const std::string &bytes : {plainFile, fullFile}) {
         DocumentWorld world;

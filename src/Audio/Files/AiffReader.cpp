@@ -108,6 +108,8 @@ NativeFile readAiff(const SourceReader &reader, AudioContainer container) {
 
     AudioFileContents contents;
     contents.format = described(format, container);
+    const bool isKnown = !isLeftOpen(format.frames * format.encoding.bytes * format.channels);
+    contents.missingFrames = isKnown ? format.frames - audio.frames : 0;
     contents.chunks = readChunks(reader, scan);
     contents.trailing = reader.bytes(scan.end, reader.size() - scan.end);
     collectAiffPositions(contents, audio.frames);

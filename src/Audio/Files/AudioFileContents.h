@@ -134,6 +134,7 @@ struct AudioFileContents {
     std::optional<std::map<std::string, std::string>> coreAudioSettings;
     std::vector<FlacMetadataBlock> flacMetadata;
     std::optional<SampleWrapping> wrapping;  // decoded files that can be written back all the same
+    std::int64_t missingFrames = 0;          // that the file says it has, and does not hold: it has been cut off
     Bytes trailing;                          // what stands behind the last chunk and is none; written back as it is
 
     // Whether it can be written back in its own format with nothing lost. Of decoded files FLAC can, and those with a wrapping

@@ -68,12 +68,13 @@ private:
         if (isFull() && !isAudio && !isFormat) return addToRun(at, next);
         if (isAudio) scan_.audio = scan_.chunks.size();
         hasFormat_ = hasFormat_ || isFormat;
-        scan_.chunks.push_back({id, at + headerSize, size});
+        const std::int64_t missing = isLeftOpen(declaredSize) ? 0 : declaredSize - size;
+        scan_.chunks.push_back({id, at + headerSize, size, missing});
         return next;
     }
 
     std::int64_t addToRun(std::int64_t at, std::int64_t next) {
-        if (!scan_.chunks.back().id.empty()) scan_.chunks.push_back({{}, at, 0});
+        if (!scan_.chunks.back().id.empty()) scan_.chunks.push_back({{}, at, 0, 0});
         RawChunk &run = scan_.chunks.back();
         run.size = std::min(next, reader_.size()) - run.start;
         return next;
@@ -88,6 +89,11 @@ private:
 };
 
 }  // namespace
+
+// They leave about as much as 31 or 32 bits can say.
+bool isLeftOpen(std::int64_t declaredBytes) {
+    return declaredBytes == 0 || (declaredBytes >= 0x7F000000 && declaredBytes <= 0x80000000) || declaredBytes >= 0xFFFFF000;
+}
 
 const RawChunk *ChunkScan::first(std::string_view id) const {
     const auto found = std::find_if(chunks.begin(), chunks.end(), [&](const RawChunk &chunk) { return chunk.id == id; });

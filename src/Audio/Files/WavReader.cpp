@@ -94,10 +94,11 @@ NativeFile readWav(const SourceReader &reader) {
     const WavFormat format = readFormat(reader, scan.first("fmt "));
     const RawChunk *audio = scan.audioChunk();
     if (!audio) throw AudioFileError::unreadable("no audio data");
-    const std::int64_t frames = audio->size / (format.encoding.bytes * format.channels);
+    const std::int64_t frameSize = format.encoding.bytes * format.channels, frames = audio->size / frameSize;
 
     AudioFileContents contents;
     contents.format = described(format);
+    contents.missingFrames = (audio->size + audio->missing) / frameSize - frames;
     contents.chunks = readChunks(reader, scan);
     contents.trailing = reader.bytes(scan.end, reader.size() - scan.end);
     collectWavPositions(contents, frames);

@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include "Editor/Views/Button.h"
+#include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/Icons.h"
 
@@ -24,14 +25,14 @@ constexpr int iconToTitle = 12, betweenLines = 4, linesToButton = 28;
 class AboutWindow : public QWidget {
 public:
     explicit AboutWindow(ViewStyle &style) : style_(style), ok_(new Button(style, ButtonKind::sheetDefault, this)) {
-        setWindowTitle("Kiv Audio Editor");
+        setWindowTitle(onScreen("Kiv Audio Editor"));
         setAttribute(Qt::WA_DeleteOnClose);
-        ok_->setLabelAndText({}, "OK");
+        ok_->setLabelAndText({}, onScreen("OK"));
         layOut();
         styleChanges_ = style.changed.add([this](const ViewStyle &) { layOut(); });
         ok_->setFocus();
         connect(ok_, &QPushButton::clicked, this, [this] { close(); });
-        setAccessibleName("Kiv Audio Editor " + QCoreApplication::applicationVersion());
+        setAccessibleName(onScreen("Kiv Audio Editor") + " " + QCoreApplication::applicationVersion());
     }
 
 protected:
@@ -47,9 +48,9 @@ protected:
             painter.drawText(QRect(0, y, width(), style_.grown(height)), Qt::AlignCenter | Qt::TextDontClip, text);
             y += style_.grown(height) + betweenLines;
         };
-        line(24, style_.font(17, QFont::DemiBold), colors[Role::dialogText], "Kiv Audio Editor");
-        line(20, style_.font(13), colors.dialogDim, "Version " + QCoreApplication::applicationVersion());
-        line(20, style_.font(12), colors.dialogDim, "Free software under the GNU General Public License 3");
+        line(24, style_.font(17, QFont::DemiBold), colors[Role::dialogText], onScreen("Kiv Audio Editor"));
+        line(20, style_.font(13), colors.dialogDim, onScreen("Version") + " " + QCoreApplication::applicationVersion());
+        line(20, style_.font(12), colors.dialogDim, onScreen("Free software under the GNU General Public License 3 or later"));
     }
 
     void keyPressEvent(QKeyEvent *event) override {

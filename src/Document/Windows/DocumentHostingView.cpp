@@ -111,7 +111,7 @@ void DocumentHostingView::layOut() {
     infoLine_->setGeometry(toRect(layout.infoLine));
     busyLine_->setGeometry(0, layout.topBar.bottom(), width(), BusyLine::thickness);
     notice_->placeOver(toRect(layout.waveform));
-    sheets_->setRoom(layout.topBar.bottom(), width());
+    sheets_->setRoom(rect().adjusted(0, layout.topBar.bottom(), 0, 0));
     ring_->refresh();
     QPalette colors = palette();
     colors.setColor(QPalette::Window, style_.color(AudioEditorThemeColor::topbarBg));

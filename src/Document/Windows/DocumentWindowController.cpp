@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <chrono>
 
+#include "Document/Windows/FolderPanel.h"
 #include "Document/Windows/SavePanelWindow.h"
 #include "Editor/Views/AlertSheet.h"
 #include "Editor/Views/CrispPainting.h"
@@ -155,6 +156,16 @@ void DocumentWindowController::chooseFile(const SavePanel &panel,
     const SavePanelServices services{services_.document.files, services_.document.jobs, services_.document.settings,
                                      services_.style};
     (new SavePanelWindow(services, asked, answered, view_.get()))->open();
+}
+
+void DocumentWindowController::chooseFolder(const FolderChoice &choice,
+                                            std::function<void(const std::optional<std::string> &)> answer) {
+    ++questionsOpen_;
+    bringForward();
+    showFolderPanel(view_.get(), choice, [this, answer = std::move(answer)](const std::optional<std::string> &folder) {
+        --questionsOpen_;
+        answer(folder);
+    });
 }
 
 void DocumentWindowController::showError(const std::string &message, const std::string &informative) {

@@ -55,6 +55,7 @@ public:
 
     void ask(const Question &question, std::function<void(std::size_t)> answer) override;
     void chooseFile(const SavePanel &panel, std::function<void(const std::optional<SaveTarget> &)> answer) override;
+    void chooseFolder(const FolderChoice &choice, std::function<void(const std::optional<std::string> &)> answer) override;
     void showError(const std::string &message, const std::string &informative) override;
     void showNotice(NoticeKind kind, const std::string &text) override;
 

@@ -47,7 +47,7 @@ class DropWindowController::Window : public QWidget, public KeyWindow, public Co
 public:
     Window(ViewStyle &style, ShortcutStore &shortcuts)
         : style_(style), shortcuts_(shortcuts), button_(new Button(style, ButtonKind::action, this)), ring_(style, this) {
-        setWindowTitle("Kiv Audio Editor");
+        setWindowTitle(onScreen("Kiv Audio Editor"));
         setAcceptDrops(true);
         setAttribute(Qt::WA_OpaquePaintEvent);
         connect(button_, &QPushButton::clicked, this, [this] { perform(EditorCommand::open); });
@@ -139,7 +139,7 @@ private:
 
     void layOut() {
         const QString shortcut = shortcutText(EditorCommand::open);
-        button_->setLabelAndText({}, shortcut.isEmpty() ? QString("Choose a file") : "Choose a file (" + shortcut + ")");
+        button_->setLabelAndText({}, tipText(onScreen("Choose a file"), shortcut));
         const Lines lines(style_);
         setFixedSize(windowWidth, lines.windowHeight());
         const int wide = button_->sizeHint().width() + 16;

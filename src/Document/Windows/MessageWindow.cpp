@@ -10,7 +10,7 @@ namespace kiv {
 
 namespace {
 
-constexpr int widest = 576;
+constexpr QSize most(10000, 10000);  // the message itself knows how wide it wants to be
 
 class MessageWindow : public QWidget {
 public:
@@ -19,7 +19,7 @@ public:
         : answer_(std::move(answer)),
           sheet_(
               style, tone, question, [this](std::size_t button) { answered(button); }, this) {
-        setWindowTitle("Kiv Audio Editor");
+        setWindowTitle(onScreen("Kiv Audio Editor"));
         setAttribute(Qt::WA_DeleteOnClose);
         setAccessibleName(onScreen(question.message));
         sheet_.setInWindow();
@@ -41,7 +41,7 @@ private:
     }
 
     void layOut(const ViewStyle &style) {
-        setFixedSize(sheet_.sizeFor(widest));
+        setFixedSize(sheet_.sizeFor(most));
         sheet_.resize(size());
         QPalette colors = palette();
         colors.setColor(QPalette::Window, style.color(AudioEditorThemeColor::dialogBg));

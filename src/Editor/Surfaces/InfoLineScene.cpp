@@ -135,30 +135,4 @@ std::vector<PlacedInfoText> placedInfoTexts(const InfoLineScene &scene, int widt
     return placed;
 }
 
-std::int64_t infoFieldValue(const AudioEditorState &state, InfoField field) {
-    if (!state.selection) return state.cursorFrame;
-    switch (field) {
-        case InfoField::cursor:
-            return state.cursorFrame;
-        case InfoField::selectionStart:
-            return state.selection->lo;
-        case InfoField::selectionEnd:
-            return state.selection->hi;
-        case InfoField::selectionLength:
-            return state.selection->count();
-    }
-    return 0;
-}
-
-void setInfoField(AudioEditorModel &model, InfoField field, std::int64_t frames) {
-    const std::optional<FrameRange> selection = model.state().selection;
-    if (field == InfoField::cursor || !selection) return model.placeCursor(frames);
-    const std::int64_t lo = field == InfoField::selectionStart ? frames : selection->lo;
-    const std::int64_t hi = field == InfoField::selectionEnd      ? frames
-                            : field == InfoField::selectionLength ? selection->lo + frames
-                                                                  : selection->hi;
-    // An edge moved past the other one turns the selection round instead of losing it.
-    model.select({std::min(lo, hi), std::max(lo, hi)});
-}
-
 }  // namespace kiv

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
+#include "Editor/Surfaces/InfoFields.h"
 #include "Editor/Surfaces/WaveformHover.h"
 
 namespace kiv {
@@ -18,9 +19,6 @@ struct FileFacts {
 
     friend bool operator==(const FileFacts &, const FileFacts &) = default;
 };
-
-// The values that turn into a field when clicked.
-enum class InfoField { cursor, selectionStart, selectionEnd, selectionLength };
 
 struct InfoText {
     std::string text;
@@ -62,9 +60,5 @@ struct PlacedInfoText {
 // Where the texts that find room stand in a line of the given width. `measure` gives a text's width.
 std::vector<PlacedInfoText> placedInfoTexts(const InfoLineScene &scene, int width,
                                             const std::function<int(const InfoText &)> &measure);
-
-// The frame or length that a field shows, and what setting it does. Values are clamped as the model clamps them.
-std::int64_t infoFieldValue(const AudioEditorState &state, InfoField field);
-void setInfoField(AudioEditorModel &model, InfoField field, std::int64_t frames);
 
 }  // namespace kiv

@@ -47,12 +47,17 @@ MonoSheetScene monoSheetScene(const AudioEditorState &state) {
     return {
         .target = "Whole file · " + std::to_string(channels) + (channels == 1 ? " channel" : " channels"),
         .chosen = state.monoSource,
-        .note = state.monoSource == AudioEditorMonoSource::mix ? "Mean of all channels" : "",
+        .note = state.monoSource == AudioEditorMonoSource::mix ? tileHelp(state.monoSource) : "",
     };
 }
 
 std::string tileLabel(AudioEditorMonoSource source) {
     return source == AudioEditorMonoSource::left ? "Left" : source == AudioEditorMonoSource::right ? "Right" : "Mix";
+}
+
+std::string tileHelp(AudioEditorMonoSource source) {
+    if (source == AudioEditorMonoSource::mix) return "Mean of all channels";
+    return source == AudioEditorMonoSource::left ? "Keeps the left channel" : "Keeps the right channel";
 }
 
 std::optional<AudioEditorMonoSource> sourceForKey(char key) {

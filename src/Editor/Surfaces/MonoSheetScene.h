@@ -20,6 +20,7 @@ struct MonoSheetScene {
 
 MonoSheetScene monoSheetScene(const AudioEditorState &state);
 std::string tileLabel(AudioEditorMonoSource source);  // "Left", whose first letter is its key
+std::string tileHelp(AudioEditorMonoSource source);
 std::optional<AudioEditorMonoSource> sourceForKey(char key);
 // The neighbour `step` places on; the ends stay.
 AudioEditorMonoSource neighbour(AudioEditorMonoSource source, int step);

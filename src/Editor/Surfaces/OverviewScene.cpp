@@ -38,4 +38,12 @@ Damage overviewDamage(const OverviewScene &before, const OverviewScene &now) {
     return damage;
 }
 
+std::string spokenView(const AudioEditorState &state) {
+    const double half = visibleFrames(state.view, state.buffer.frames()) / 2;
+    const auto time = [&](double frame) {
+        return format(state.timeUnit, std::clamp(frame, 0.0, double(state.buffer.frames())), state.buffer.sampleRate());
+    };
+    return "In view " + time(state.view.centerFrame - half) + " – " + time(state.view.centerFrame + half);
+}
+
 }  // namespace kiv

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "Editor/Surfaces/OverviewGeometry.h"
 #include "Editor/Surfaces/ViewMarks.h"
@@ -20,5 +21,8 @@ struct OverviewScene {
 OverviewScene overviewScene(const AudioEditorState &state, ViewSize size, std::int64_t powersRevision);
 // In columns of the strip.
 Damage overviewDamage(const OverviewScene &before, const OverviewScene &now);
+
+// The part in view in words, for a screen reader: "In view 0.000 s – 7.385 s".
+std::string spokenView(const AudioEditorState &state);
 
 }  // namespace kiv

@@ -7,45 +7,55 @@ namespace kiv {
 
 namespace {
 
-constexpr int padding = 16;
+constexpr int padding = DialogSheetGeometry::padding;
 constexpr int cleanWidth = 480, cyclicWidth = 640;
-constexpr int underTitle = 14, underLabel = 4, betweenRows = 16, betweenLines = 8;
 constexpr int betweenFields = 8, besideSegments = 16;
 constexpr int sharedBorder = 1;
 
+int scaled(int length, const DialogSheetMeasures &measures) { return int(std::lround(length * measures.textFactor)); }
+
+int beforeField(StretchField field) { return field == StretchField::time ? besideSegments : betweenFields; }
+
+// With the button that belongs to it.
+int widthOf(const StretchNumber &number, const StretchSheetGeometry::Widths &widths, const DialogSheetMeasures &measures) {
+    const int button = number.field == StretchField::cycle ? widths.autoButton - sharedBorder : 0;
+    return scaled(number.width, measures) + button;
+}
+
 }  // namespace
 
-StretchSheetGeometry::StretchSheetGeometry(StretchMode mode, int mostWidth, const StretchSheetMeasures &measures)
-    : measures_(measures) {
-    const auto scaled = [&](int length) { return int(std::lround(length * measures.textFactor)); };
-    width_ = std::min(scaled(mode == StretchMode::clean ? cleanWidth : cyclicWidth), mostWidth);
-    title_ = {padding, padding, width_ - 2 * padding, measures.titleHeight};
-    x_ = padding;
-    y_ = title_.bottom() + underTitle + measures.labelHeight + underLabel;
-    segments_ = place(measures.segmentsWidth, 0);
+// Segments keep the size of their words while the fields shrink with the type: the row itself has the last word.
+int StretchSheetGeometry::wishedWidth(StretchMode mode, const Widths &widths, const DialogSheetMeasures &measures) {
+    int row = widths.segments;
+    for (const StretchNumber &number : stretchNumbers)
+        if (isShown(number.field, mode)) row += beforeField(number.field) + widthOf(number, widths, measures);
+    return std::max(scaled(mode == StretchMode::clean ? cleanWidth : cyclicWidth, measures), row + 2 * padding);
+}
+
+StretchSheetGeometry::StretchSheetGeometry(StretchMode mode, int top, int width, const Widths &widths,
+                                           const DialogSheetMeasures &measures, const DialogSheetDistances &distances)
+    : measures_(measures),
+      distances_(distances),
+      right_(padding + width),
+      x_(padding),
+      y_(top + measures.labelHeight + distances.underLabel),
+      segments_(place(widths.segments, 0)) {
     for (const StretchNumber &number : stretchNumbers) {
         if (!isShown(number.field, mode)) continue;
-        const bool hasButton = number.field == StretchField::cycle;
-        const int before = number.field == StretchField::time ? besideSegments : betweenFields;
-        Box box = place(scaled(number.width) + (hasButton ? measures.autoWidth - sharedBorder : 0), before);
-        if (hasButton) {
-            autoButton_ = {box.right() - measures.autoWidth, box.y, measures.autoWidth, box.height};
-            box.width = scaled(number.width);
+        Box box = place(widthOf(number, widths, measures), beforeField(number.field));
+        if (number.field == StretchField::cycle) {
+            autoButton_ = {box.right() - widths.autoButton, box.y, widths.autoButton, box.height};
+            box.width -= widths.autoButton - sharedBorder;
         }
         fields_[std::size_t(number.field)] = box;
     }
-    const int below = y_ + measures.controlHeight + betweenRows;
-    const bool wraps = padding + measures.lengthWidth + betweenFields + measures.buttonsWidth + padding > width_;
-    length_ = {padding, below, measures.lengthWidth, wraps ? measures.labelHeight : measures.controlHeight};
-    buttonsTop_ = wraps ? length_.bottom() + betweenLines : below;
-    height_ = buttonsTop_ + measures.controlHeight + padding;
 }
 
 Box StretchSheetGeometry::place(int width, int before) {
     const bool isFirst = x_ == padding;
-    if (!isFirst && x_ + before + width > width_ - padding) {
+    if (!isFirst && x_ + before + width > right_) {
         x_ = padding;
-        y_ += measures_.controlHeight + betweenLines + measures_.labelHeight + underLabel;
+        y_ += measures_.controlHeight + distances_.betweenLines + measures_.labelHeight + distances_.underLabel;
     } else if (!isFirst) {
         x_ += before;
     }
@@ -55,7 +65,7 @@ Box StretchSheetGeometry::place(int width, int before) {
 }
 
 Box StretchSheetGeometry::labelOver(const Box &control) const {
-    return {control.x, control.y - underLabel - measures_.labelHeight, width_ - control.x - padding, measures_.labelHeight};
+    return {control.x, control.y - distances_.underLabel - measures_.labelHeight, right_ - control.x, measures_.labelHeight};
 }
 
 }  // namespace kiv

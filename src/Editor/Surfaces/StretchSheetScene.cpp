@@ -47,11 +47,16 @@ void setStretchMode(AudioEditorModel &model, StretchMode mode) {
     model.setStretch(settings);
 }
 
-void stepStretchNumber(AudioEditorModel &model, StretchField field, int steps, bool isSmall) {
+void setStretchNumber(AudioEditorModel &model, StretchField field, int value) {
     const AudioEditorModel::Batch batch(model);
-    const StretchNumber &number = row(field);
     model.setDialogText({}, false);
-    setNumber(model, field, model.state().stretch.*number.value + steps * (isSmall ? number.smallStep : number.step));
+    setNumber(model, field, value);
+}
+
+void stepStretchNumber(AudioEditorModel &model, StretchField field, int steps, bool isSmall) {
+    const StretchNumber &number = row(field);
+    const int by = steps * (isSmall ? number.smallStep : number.step);
+    setStretchNumber(model, field, model.state().stretch.*number.value + by);
 }
 
 void typeStretchNumber(AudioEditorModel &model, StretchField field, const std::string &text, bool typedAhead) {
@@ -61,11 +66,8 @@ void typeStretchNumber(AudioEditorModel &model, StretchField field, const std::s
 }
 
 void findStretchCycle(AudioEditorModel &model) {
-    const AudioEditorModel::Batch batch(model);
-    const auto range = model.activeRange();
-    if (!range) return;
-    model.setDialogText({}, false);
-    setNumber(model, StretchField::cycle, AudioEditorOps::autoCycle(model.state().buffer, *range));
+    if (const auto range = model.activeRange())
+        setStretchNumber(model, StretchField::cycle, AudioEditorOps::autoCycle(model.state().buffer, *range));
 }
 
 }  // namespace kiv

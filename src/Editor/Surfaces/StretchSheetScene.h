@@ -50,6 +50,8 @@ bool isShown(StretchField field, StretchMode mode);
 std::string stretchNumberText(const StretchSettings &settings, StretchField field);
 
 void setStretchMode(AudioEditorModel &model, StretchMode mode);
+// Takes the place of what is being typed.
+void setStretchNumber(AudioEditorModel &model, StretchField field, int value);
 void stepStretchNumber(AudioEditorModel &model, StretchField field, int steps, bool isSmall);
 // A text that can be read is in force at once.
 void typeStretchNumber(AudioEditorModel &model, StretchField field, const std::string &text, bool typedAhead);

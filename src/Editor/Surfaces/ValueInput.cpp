@@ -24,6 +24,9 @@ void ValueInput::press(const PointerEvent &event) {
     beforeReturn_.reset();
     dragged_.clear();
     isDragging_ = false;
+    if (!onFollow) return;
+    begin();
+    onFollow(event);
 }
 
 // How many pixels the pointer has gone up since the last event.
@@ -43,10 +46,12 @@ double ValueInput::climb(const PointerEvent &event) {
 bool ValueInput::move(const PointerEvent &event) {
     if (!pressed_) return false;
     if (!isDragging_) {
-        if (std::abs(event.y - pressed_->y) < dragFrom) return false;
-        isDragging_ = true;
-        if (onDragBegan) onDragBegan();
+        const double across = std::abs(event.x - pressed_->x), along = std::abs(event.y - pressed_->y);
+        if (sideways_ == Sideways::choosesText && across >= dragFrom && across > along) pressed_.reset();
+        if (!pressed_ || along < dragFrom) return false;
+        begin();
     }
+    if (onFollow) return onFollow(event), false;
     const double steps = climb(event) / pixelsPerStep_;
     step(stepping_ == Stepping::whole ? dragged_.add(steps) : steps, event.modifiers.shift);
     return pressed_ && std::hypot(event.x - pressed_->x, event.y - pressed_->y) > farAway;
@@ -56,6 +61,11 @@ void ValueInput::returned() {
     if (!pressed_) return;
     beforeReturn_ = last_;
     last_ = *pressed_;
+}
+
+void ValueInput::begin() {
+    isDragging_ = true;
+    if (onDragBegan) onDragBegan();
 }
 
 void ValueInput::step(double steps, bool isSmall) {
@@ -90,13 +100,14 @@ void ValueInput::turn(const WheelTurn &turn) {
     step(stepping_ == Stepping::whole ? turned_.add(turn.up) : turn.up, turn.modifiers.shift);
 }
 
-void ValueInput::key(ValueKey key, bool isSmall) {
-    if (key != ValueKey::open) return step(key == ValueKey::up ? 1 : -1, isSmall);
-    if (onOpen) onOpen({});
+bool ValueInput::key(ValueKey key, bool isSmall) {
+    if (key == ValueKey::open) return onOpen ? onOpen({}), true : false;
+    step(key == ValueKey::up ? 1 : -1, isSmall);
+    return bool(onStep);
 }
 
 bool ValueInput::type(const std::string &text) {
-    if (text.size() != 1 || std::string("0123456789+-.,").find(text) == std::string::npos) return false;
+    if (!onOpen || text.size() != 1 || std::string("0123456789+-.,").find(text) == std::string::npos) return false;
     if (onOpen) onOpen(text);
     return true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -21,17 +22,26 @@ private:
 enum class Stepping { whole, continuous };
 enum class ValueKey { up, down, open };
 
-// What pointer, wheel and keys do to a number that is shown as a cell or a knob. The pointer of a drag is hidden and stays put:
-// the view takes it back whenever it has gone far, so that no edge of the screen ends the drag. Places are in logical pixels.
+// What a drag does that begins sideways: in a field it chooses text.
+enum class Sideways { isNothing, choosesText };
+
+inline constexpr double stepPixels = 8;
+
+// What pointer, wheel and keys do to a number, however it is shown. The pointer of a drag is hidden and stays put: the view
+// takes it back whenever it has gone far, so that no edge of the screen ends the drag. Places are in logical pixels.
 class ValueInput {
 public:
     // Dragging up so many pixels is a step, as is a notch of the wheel.
-    ValueInput(double pixelsPerStep, Stepping stepping) : pixelsPerStep_(pixelsPerStep), stepping_(stepping) {}
+    explicit ValueInput(double pixelsPerStep = stepPixels, Stepping stepping = Stepping::whole,
+                        Sideways sideways = Sideways::isNothing)
+        : pixelsPerStep_(pixelsPerStep), stepping_(stepping), sideways_(sideways) {}
 
     std::function<void(double steps, bool isSmall)> onStep;
     std::function<void()> onReset;
     // The field is to open, holding what has been typed already.
     std::function<void(const std::string &typed)> onOpen;
+    // Where the number follows the pointer, as a slider's does, instead of going by steps: the pointer stays to be seen.
+    std::function<void(const PointerEvent &)> onFollow;
     // Around a drag; a cancelled one is to leave everything as it was when it began.
     std::function<void()> onDragBegan;
     std::function<void(bool isCancelled)> onDragEnded;
@@ -46,8 +56,9 @@ public:
     bool cancel();
     void doubleClick();
     void turn(const WheelTurn &turn);
-    void key(ValueKey key, bool isSmall);
-    // True when the text begins a number.
+    // True when somebody takes it.
+    bool key(ValueKey key, bool isSmall);
+    // True when the text begins a number, for which a field opens.
     bool type(const std::string &text);
 
     bool isDragging() const { return isDragging_; }
@@ -58,15 +69,27 @@ private:
     };
     double climb(const PointerEvent &event);
     void step(double steps, bool isSmall);
+    void begin();
     void end(bool isCancelled);
 
     double pixelsPerStep_;
     Stepping stepping_;
+    Sideways sideways_;
     StepCounter dragged_, turned_;
     std::optional<Place> pressed_;
     Place last_;
     std::optional<Place> beforeReturn_;  // moves from before the return may still come
     bool isDragging_ = false;
 };
+
+// Lets a cancelled drag set the value again that there was when it began.
+template <class Get, class Set>
+void restoreWhenCancelled(ValueInput &input, Get get, Set set) {
+    const auto before = std::make_shared<decltype(get())>();
+    input.onDragBegan = [=] { *before = get(); };
+    input.onDragEnded = [=](bool isCancelled) {
+        if (isCancelled) set(*before);
+    };
+}
 
 }  // namespace kiv

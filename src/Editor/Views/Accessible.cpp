@@ -15,6 +15,7 @@
 #include "Editor/Views/RulerView.h"
 #include "Editor/Views/Segments.h"
 #include "Editor/Views/TopBar.h"
+#include "Editor/Views/ValueReadout.h"
 #include "Editor/Views/WaveformView.h"
 
 namespace kiv {
@@ -24,7 +25,7 @@ namespace {
 // Adjustable controls in the role that fits each.
 QAccessible::Role roleOf(const QWidget &control) {
     if (dynamic_cast<const Knob *>(&control)) return QAccessible::Dial;
-    return dynamic_cast<const ParameterCell *>(&control) ? QAccessible::SpinBox : QAccessible::Slider;
+    return dynamic_cast<const LevelSliderView *>(&control) ? QAccessible::Slider : QAccessible::SpinBox;
 }
 
 // Choices in their order: the chosen one lies above its neighbours, which is not to be heard.
@@ -60,6 +61,7 @@ QAccessibleInterface *interfaceFor(const QString &, QObject *object) {
     if (dynamic_cast<AlertSheet *>(widget) || dynamic_cast<Notice *>(widget))
         return new QAccessibleWidget(widget, QAccessible::AlertMessage);
     if (dynamic_cast<Sheet *>(widget)) return new QAccessibleWidget(widget, QAccessible::Dialog);
+    if (auto *button = qobject_cast<QAbstractButton *>(widget)) return new AccessibleButton(button);
     if (auto *segments = dynamic_cast<Segments *>(widget)) return new AccessibleSegments(*segments);
     if (dynamic_cast<TopBar *>(widget)) return new QAccessibleWidget(widget, QAccessible::ToolBar);
     if (dynamic_cast<InfoLine *>(widget)) return new QAccessibleWidget(widget, QAccessible::StatusBar);

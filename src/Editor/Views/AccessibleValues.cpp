@@ -30,12 +30,47 @@ QVariant AccessibleValue::minimumValue() const { return adjustable_.facts().lo; 
 QVariant AccessibleValue::minimumStepSize() const { return adjustable_.facts().step; }
 
 QStringList AccessibleValue::actionNames() const {
-    return QStringList{increaseAction(), decreaseAction()} + QAccessibleWidget::actionNames();
+    return QStringList{increaseAction(), decreaseAction(), pressAction()} + QAccessibleWidget::actionNames();
 }
 
 void AccessibleValue::doAction(const QString &name) {
     if (name == increaseAction()) return adjustable_.stepFromOutside(1);
     if (name == decreaseAction()) return adjustable_.stepFromOutside(-1);
+    if (name == pressAction()) return adjustable_.openFromOutside();
+    QAccessibleWidget::doAction(name);
+}
+
+namespace {
+
+QAccessible::Role roleOf(const QAbstractButton &button) {
+    if (!button.isCheckable()) return QAccessible::Button;
+    return button.autoExclusive() ? QAccessible::RadioButton : QAccessible::CheckBox;
+}
+
+}  // namespace
+
+AccessibleButton::AccessibleButton(QAbstractButton *button) : QAccessibleWidget(button, roleOf(*button)) {}
+
+QString AccessibleButton::text(QAccessible::Text kind) const {
+    const QString given = QAccessibleWidget::text(kind);
+    return kind == QAccessible::Name && given.isEmpty() ? button().text() : given;
+}
+
+QAccessible::State AccessibleButton::state() const {
+    QAccessible::State state = QAccessibleWidget::state();
+    state.checkable = button().isCheckable();
+    state.checked = button().isChecked();
+    state.pressed = button().isDown();
+    return state;
+}
+
+QStringList AccessibleButton::actionNames() const {
+    if (!widget()->isEnabled()) return QAccessibleWidget::actionNames();
+    return QStringList{button().isCheckable() ? toggleAction() : pressAction()} + QAccessibleWidget::actionNames();
+}
+
+void AccessibleButton::doAction(const QString &name) {
+    if (name == pressAction() || name == toggleAction()) return button().click();
     QAccessibleWidget::doAction(name);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAbstractButton>
 #include <QAccessibleWidget>
 #include <QWidget>
 
@@ -52,6 +53,20 @@ public:
 
 private:
     Adjustable &adjustable_;
+};
+
+// A button that does the same for an assistive tool as for a click, also where it is one of several choices.
+class AccessibleButton : public QAccessibleWidget {
+public:
+    explicit AccessibleButton(QAbstractButton *button);
+
+    QString text(QAccessible::Text kind) const override;
+    QAccessible::State state() const override;
+    QStringList actionNames() const override;
+    void doAction(const QString &name) override;
+
+private:
+    QAbstractButton &button() const { return *static_cast<QAbstractButton *>(widget()); }
 };
 
 // A picture of a sound that says in words what is chosen in it.

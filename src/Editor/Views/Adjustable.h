@@ -16,6 +16,8 @@ public:
     virtual QString valueText() const = 0;
     virtual void setFromOutside(double value) = 0;
     virtual void stepFromOutside(int steps) = 0;
+    // To type another value.
+    virtual void openFromOutside() {}
 };
 
 }  // namespace kiv

@@ -17,7 +17,7 @@ public:
     // In a window of its own it stands further from the edges and is wider at least.
     void setInWindow();
 
-    QSize sizeFor(int width) const override;
+    QSize sizeFor(const QSize &room) const override;
     void confirm() override { choose(0); }
     void cancel() override;
     void takeFocus() override;
@@ -28,15 +28,20 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    struct Texts;
+    struct Texts {
+        QString message, informative;
+    };
     void makeButtons();
     QList<Button *> rightToLeft() const;
     void choose(std::size_t index);
     int textWidth(int width) const;
-    int buttonsTop(int width) const;
+    int textsHeight(const Texts &texts, int width) const;
+    // As much of them as a sheet of this size can hold.
+    Texts textsIn(const QSize &size) const;
+    int heightWithout(int width) const;
 
     AlertTone tone_;
-    QString message_, informative_;
+    Texts all_;
     std::vector<std::string> labels_;
     std::optional<std::size_t> cancelIndex_;
     std::function<void(std::size_t)> answer_;

@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <chrono>
 
+#include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/CrispPainting.h"
 
 namespace kiv {
@@ -18,7 +19,7 @@ constexpr auto between = 50ms;
 
 BusyLine::BusyLine(const ViewStyle &style, QWidget *parent) : QWidget(parent), style_(style) {
     setAttribute(Qt::WA_TransparentForMouseEvents);
-    setAccessibleName("Progress");
+    setAccessibleName(onScreen("Progress"));
     hide();
     connect(&timer_, &QTimer::timeout, this, [this] { tick(); });
 }

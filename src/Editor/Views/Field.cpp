@@ -6,7 +6,7 @@
 #include <QPalette>
 #include <cmath>
 
-#include "Editor/Views/EventTools.h"
+#include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/FieldPainter.h"
 #include "Editor/Views/Menu.h"
 
@@ -44,8 +44,8 @@ void Field::setPadding(int padding) {
     applyStyle();
 }
 
-void Field::setBackground(Rgba background) {
-    background_ = background;
+void Field::setGround(AudioEditorThemeColor ground) {
+    ground_ = ground;
     applyStyle();
 }
 
@@ -74,7 +74,7 @@ void Field::applyStyle() {
         setTextMargins(frame + padding_ - 2, frame, frame + padding_ - 2 + int(std::lround(unit)), frame);
     QPalette colors = palette();
     colors.setColor(QPalette::Base, Qt::transparent);
-    colors.setColor(QPalette::Text, style_.color(background_ ? Role::topbarButtonText : Role::dialogText));
+    colors.setColor(QPalette::Text, style_.color(ground_ ? Role::topbarButtonText : Role::dialogText));
     colors.setColor(QPalette::Highlight, style_.color(Role::accentBg));
     colors.setColor(QPalette::HighlightedText, style_.color(Role::accentFg));
     setPalette(colors);
@@ -86,7 +86,7 @@ void Field::paintUnit(QPainter &painter) const {
     const double text = QFontMetricsF(font()).horizontalAdvance(displayText()) + beforeUnit;
     const QRectF place = isBare_ ? rect().adjusted(int(text), 0, 0, 0) : box.adjusted(padding_, 0, -padding_, 0);
     painter.setFont(style_.font(pixels_));
-    painter.setPen(toColor(background_ ? style_.colors().dim : style_.colors().dialogDim));
+    painter.setPen(toColor(ground_ ? style_.colors().dim : style_.colors().dialogDim));
     painter.drawText(place, (isBare_ ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter, unit_);
 }
 
@@ -94,14 +94,21 @@ void Field::paintEvent(QPaintEvent *event) {
     {
         QPainter painter(this);
         const QRectF box = QRectF(rect()).adjusted(frame, frame, -frame, -frame);
-        if (!isBare_) paintFieldBox(painter, box, {hasFocus(), isReadable_, isEnabled(), corners_, background_}, style_);
+        const auto ground = ground_ ? std::optional(style_.colors()[*ground_]) : std::nullopt;
+        if (!isBare_) paintFieldBox(painter, box, {hasFocus(), isReadable_, isEnabled(), corners_, ground}, style_);
         paintUnit(painter);
     }
     QLineEdit::paintEvent(event);
 }
 
+// A press is the text's as well, for it may be the beginning of a choice of text.
+bool Field::event(QEvent *event) {
+    const bool isTaken = input_.onStep && events_.take(*event);
+    const bool isShared = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease;
+    return (isTaken && !isShared) || QLineEdit::event(event);
+}
+
 void Field::keyPressEvent(QKeyEvent *event) {
-    const bool isSmall = event->modifiers() & Qt::ShiftModifier;
     switch (event->key()) {
         case Qt::Key_Return:
         case Qt::Key_Enter:
@@ -110,29 +117,17 @@ void Field::keyPressEvent(QKeyEvent *event) {
         case Qt::Key_Escape:
             if (onEscape) return onEscape();
             break;
-        case Qt::Key_Up:
-        case Qt::Key_Down:
-            if (onStep) return onStep(event->key() == Qt::Key_Up ? 1 : -1, isSmall);
-            break;
         default:
             break;
     }
     QLineEdit::keyPressEvent(event);
 }
 
-void Field::wheelEvent(QWheelEvent *event) {
-    if (!onStep) return QLineEdit::wheelEvent(event);
-    const WheelTurn turn = controlTurn(*event);
-    const int steps = turned_.add(turn.up);
-    if (steps != 0) onStep(steps, turn.modifiers.shift);
-    event->accept();
-}
-
 void Field::contextMenuEvent(QContextMenuEvent *event) {
     auto *menu = new Menu(style_, this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    const auto add = [&](const QString &text, bool isEnabled, auto act) {
-        menu->addAction(text, this, act)->setEnabled(isEnabled);
+    const auto add = [&](const char *text, bool isEnabled, auto act) {
+        menu->addAction(onScreen(text), this, act)->setEnabled(isEnabled);
     };
     add("Cut", hasSelectedText(), [this] { cut(); });
     add("Copy", hasSelectedText(), [this] { copy(); });

@@ -3,8 +3,8 @@
 #include <QLineEdit>
 #include <functional>
 
-#include "Editor/Surfaces/ValueInput.h"
 #include "Editor/Views/CrispPainting.h"
+#include "Editor/Views/ValueEvents.h"
 #include "Editor/Views/ViewStyle.h"
 
 namespace kiv {
@@ -12,7 +12,8 @@ namespace kiv {
 enum class FieldContent { number, text };
 
 // A text field of our own look: numbers stand at the right with their unit after them, texts at the left. It is two pixels
-// larger on every side than the box one sees, for the frame that it wears while it is edited.
+// larger on every side than the box one sees, for the frame that it wears while it is edited. A number whose input somebody
+// takes is stepped as everywhere; a drag sideways chooses text.
 class Field : public QLineEdit {
 public:
     Field(ViewStyle &style, FieldContent content, QWidget *parent = nullptr);
@@ -25,8 +26,8 @@ public:
     void setType(int pixels, QFont::Weight weight);
     // What stays free before a text and after a unit; 10 unless told otherwise.
     void setPadding(int padding);
-    // On the bar and not in a sheet.
-    void setBackground(Rgba background);
+    // Where it does not stand in a sheet.
+    void setGround(AudioEditorThemeColor ground);
     // Which corners are round: the others touch a control that belongs to the field.
     void setCorners(Corners corners);
     // Whether what is typed makes sense; if not, the frame says so.
@@ -35,14 +36,15 @@ public:
     // Without a box: what it stands in draws one. Its unit follows what is typed.
     void setBare(bool isBare);
 
-    // Keys that are not text; a step is +1 or −1, small with Shift.
+    ValueInput &input() { return input_; }
+
+    // Keys that are not text.
     std::function<void()> onEnter, onEscape;
-    std::function<void(int step, bool isSmall)> onStep;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
-    void wheelEvent(QWheelEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
 
 private:
@@ -55,11 +57,12 @@ private:
     int pixels_ = 13;
     int padding_ = 10;
     QFont::Weight weight_ = QFont::Medium;
-    std::optional<Rgba> background_;
+    std::optional<AudioEditorThemeColor> ground_;
     Corners corners_ = Corners::all;
     bool isReadable_ = true;
     bool isBare_ = false;
-    StepCounter turned_;
+    ValueInput input_{stepPixels, Stepping::whole, Sideways::choosesText};
+    ValueEvents events_{*this, input_};
     Subscription styleChanges_;
 };
 

@@ -1,9 +1,13 @@
 #include "Editor/Views/InPlaceField.h"
 
+#include <QEvent>
+
 namespace kiv {
 
 void InPlaceField::open(Field *field, const QString &text, const QString &typed) {
     field_ = field;
+    wasPressed_ = false;
+    field->installEventFilter(this);
     field->setAccessibleName(control_.accessibleName());
     field->setText(typed.isEmpty() ? text : typed);
     field->onEnter = [this] { enter(); };
@@ -20,6 +24,15 @@ void InPlaceField::open(Field *field, const QString &text, const QString &typed)
     field->setFocus(Qt::PopupFocusReason);
     if (typed.isEmpty()) field->selectAll();
     tell();
+}
+
+bool InPlaceField::eventFilter(QObject *watched, QEvent *event) {
+    if (watched != field_) return false;
+    if (event->type() == QEvent::MouseButtonPress) wasPressed_ = true;
+    if (event->type() != QEvent::MouseButtonDblClick || wasPressed_ || !onDoubleClick) return false;
+    close();
+    onDoubleClick();
+    return true;
 }
 
 void InPlaceField::enter() {

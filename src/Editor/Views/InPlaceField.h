@@ -19,6 +19,8 @@ public:
     std::function<void()> onLeft;
     // It has opened or closed, or what it holds has become readable or not.
     std::function<void()> onChanged;
+    // The press that opened it has turned out to be the first of two quick ones. It has closed.
+    std::function<void()> onDoubleClick;
 
     // Opens a field that its owner has given its look and place; its parent keeps it. All of its text is chosen unless some
     // has been typed already.
@@ -27,12 +29,16 @@ public:
     Field *field() const { return field_; }
     void close();
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void enter();
     void tell() const;
 
     QWidget &control_;
     QPointer<Field> field_;
+    bool wasPressed_ = false;  // the field itself
 };
 
 }  // namespace kiv

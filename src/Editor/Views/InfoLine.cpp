@@ -3,7 +3,6 @@
 #include <QPainter>
 #include <cmath>
 
-#include "Editor/Surfaces/TimeEntry.h"
 #include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/DigitText.h"
@@ -24,7 +23,7 @@ constexpr std::pair<InfoField, const char *> fieldNames[] = {
 }  // namespace
 
 InfoLine::InfoLine(AudioEditorModel &model, ViewStyle &style, QWidget *parent) : QWidget(parent), model_(model), style_(style) {
-    setAccessibleName("Information");
+    setAccessibleName(onScreen("Information"));
     makeValues();
     modelChanges_ = model.observers.add([this](const Changes &changes) {
         if (changes.containsAny({Change::audio, Change::cursor, Change::selection, Change::timeUnit})) refresh();
@@ -35,10 +34,10 @@ InfoLine::InfoLine(AudioEditorModel &model, ViewStyle &style, QWidget *parent) :
 
 void InfoLine::makeValues() {
     for (const auto &[field, name] : fieldNames) {
-        auto *value = values_[field] = new ValueButton(style_, this);
-        value->setAccessibleName(name);
-        value->onEntered = [this, field = field](const std::string &typed) { return enter(field, typed); };
-        value->onLeft = [this] {
+        auto *value = values_[field] = new ValueReadout(style_, this);
+        value->setAccessibleName(onScreen(name));
+        connectInfoField(*value, model_, field);
+        value->inPlace().onLeft = [this] {
             if (onLeft) onLeft();
         };
     }
@@ -62,14 +61,6 @@ void InfoLine::setProgress(std::optional<double> fraction) {
     if (fraction == progress_) return;
     progress_ = fraction;
     refresh();
-}
-
-bool InfoLine::enter(InfoField field, const std::string &typed) {
-    const AudioEditorState &state = model_.state();
-    const auto frames = parseTimeEntry(typed, state.timeUnit, state.buffer.sampleRate(), state.buffer.frames());
-    if (!frames) return false;
-    setInfoField(model_, field, *frames);
-    return true;
 }
 
 void InfoLine::refresh() {
@@ -97,7 +88,8 @@ void InfoLine::layOut() {
             std::find_if(placed_.begin(), placed_.end(), [field = field](const auto &p) { return p.text.field == field; });
         value->setVisible(placed != placed_.end());
         if (placed == placed_.end()) continue;
-        value->setValue(onScreen(placed->text.text));
+        value->setValue(onScreen(placed->text.text), infoFieldFacts(model_.state(), field));
+        value->setToolTip(onScreen(infoFieldHelp(model_.state().timeUnit, field)));
         value->placeText(QRect(placed->x, 1, placed->width, height() - 1));
     }
     update();

@@ -4,7 +4,7 @@
 #include <map>
 
 #include "Editor/Surfaces/InfoLineScene.h"
-#include "Editor/Views/ValueButton.h"
+#include "Editor/Views/ValueReadout.h"
 
 namespace kiv {
 
@@ -19,7 +19,7 @@ public:
     void setProgress(std::optional<double> fraction);
     int lineHeight() const { return style_.grown(28); }
     const InfoLineScene &scene() const { return scene_; }
-    ValueButton *value(InfoField field) const { return values_.at(field); }
+    ValueReadout *value(InfoField field) const { return values_.at(field); }
 
     // The places in words.
     QString spokenText() const;
@@ -35,7 +35,6 @@ private:
     void makeValues();
     void refresh();
     void layOut();
-    bool enter(InfoField field, const std::string &typed);
     QFont fontOf(const InfoText &text) const;
 
     AudioEditorModel &model_;
@@ -45,7 +44,7 @@ private:
     std::optional<double> progress_;
     InfoLineScene scene_;
     std::vector<PlacedInfoText> placed_;
-    std::map<InfoField, ValueButton *> values_;
+    std::map<InfoField, ValueReadout *> values_;
     Subscription modelChanges_, styleChanges_;
 };
 

@@ -21,7 +21,7 @@ constexpr int fieldHeight = 22, fieldPadding = 4;
 }  // namespace
 
 Knob::Knob(ViewStyle &style, QWidget *parent)
-    : ValueControl(style, pixelsPerRange / stepsPerRange, Stepping::continuous, parent) {
+    : ValueControl(style, parent, pixelsPerRange / stepsPerRange, Stepping::continuous) {
     input().onStep = [this](double steps, bool isSmall) {
         if (onTurn) onTurn(steps * (isSmall ? smallStep : 1) / stepsPerRange);
     };

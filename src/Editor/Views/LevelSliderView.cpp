@@ -1,17 +1,12 @@
 #include "Editor/Views/LevelSliderView.h"
 
-#include <QAccessible>
 #include <QKeyEvent>
-#include <QMouseEvent>
 #include <QPainter>
-#include <QSignalBlocker>
-#include <QWheelEvent>
 #include <cmath>
 
 #include "Editor/Surfaces/DecibelText.h"
 #include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/CrispPainting.h"
-#include "Editor/Views/EventTools.h"
 #include "Editor/Views/FocusRing.h"
 
 namespace kiv {
@@ -26,8 +21,6 @@ constexpr int thumbRadius = 8;
 constexpr double thumbHole = 2.75;
 constexpr double tickTop = 23, tickHeight = 4;
 constexpr int labelLine = 14, labelTop = 27, belowLabel = 3;
-
-int tenths(double db) { return int(std::lround(db * 10)); }
 
 void paintTrack(QPainter &painter, const QRectF &rect, const LevelSlider &slider, double value, const ViewStyle &style) {
     const ThemeColors &colors = style.colors();
@@ -64,12 +57,9 @@ void paintLevelSlider(QPainter &painter, const QRectF &rect, const LevelSlider &
 }
 
 LevelSliderView::LevelSliderView(ViewStyle &style, const LevelSlider &slider, QWidget *parent)
-    : QSlider(Qt::Horizontal, parent), style_(style), slider_(slider), facts_{0, slider.lo, slider.hi, levelSmallStepDb} {
-    setRange(tenths(slider.lo), tenths(slider.hi));
-    setSingleStep(tenths(levelStepDb));
-    setFocusPolicy(Qt::TabFocus);
-    // From an assistive tool; our own changes come through setLevel.
-    connect(this, &QSlider::valueChanged, this, [this](int value) { choose(value / 10.0); });
+    : ValueControl(style, parent), slider_(slider), facts_{0, slider.lo, slider.hi, levelStepDb} {
+    input().onOpen = nullptr;  // there is a field beside it
+    input().onFollow = [this](const PointerEvent &at) { setFromOutside(slider_.value(at.x)); };
 }
 
 int LevelSliderView::heightFor(const ViewStyle &style) { return labelTop + style.grown(labelLine) + belowLabel; }
@@ -77,14 +67,8 @@ int LevelSliderView::heightFor(const ViewStyle &style) { return labelTop + style
 void LevelSliderView::setLevel(double db) {
     if (db == facts_.value) return;
     facts_.value = db;
-    {
-        const QSignalBlocker quiet(this);
-        setValue(tenths(db));
-    }
-    QAccessibleValueChangeEvent event(this, db);
-    QAccessible::updateAccessibility(&event);
     placeThumb();
-    update();
+    tellValueChanged();
 }
 
 // The thumb alone wears the focus ring.
@@ -95,14 +79,6 @@ void LevelSliderView::placeThumb() {
 
 QString LevelSliderView::valueText() const { return onScreen(decibelText(facts_.value)); }
 
-void LevelSliderView::stepFromOutside(int steps) {
-    if (onStep) onStep(steps, false);
-}
-
-void LevelSliderView::choose(double db) {
-    if (onLevel) onLevel(db);
-}
-
 void LevelSliderView::resizeEvent(QResizeEvent *) {
     slider_.left = beside;
     slider_.width = std::max(1, width() - 2 * beside);
@@ -111,43 +87,21 @@ void LevelSliderView::resizeEvent(QResizeEvent *) {
 
 void LevelSliderView::paintEvent(QPaintEvent *) {
     QPainter painter(this);
-    paintLevelSlider(painter, rect(), slider_, facts_.value, style_);
+    paintLevelSlider(painter, rect(), slider_, facts_.value, style());
 }
 
-void LevelSliderView::mousePressEvent(QMouseEvent *event) {
-    if (event->button() != Qt::LeftButton) return;
-    setSliderDown(true);
-    choose(slider_.value(event->position().x()));
-}
-
-void LevelSliderView::mouseMoveEvent(QMouseEvent *event) {
-    if (isSliderDown()) choose(slider_.value(event->position().x()));
-}
-
-void LevelSliderView::mouseReleaseEvent(QMouseEvent *) { setSliderDown(false); }
-
-void LevelSliderView::mouseDoubleClickEvent(QMouseEvent *) { choose(0); }
-
-void LevelSliderView::wheelEvent(QWheelEvent *event) {
-    const WheelTurn turn = controlTurn(*event);
-    const int steps = turned_.add(turn.up);
-    if (steps != 0 && onStep) onStep(steps, turn.modifiers.shift);
-    event->accept();
-}
-
+// To the right is up.
 void LevelSliderView::keyPressEvent(QKeyEvent *event) {
     const bool isSmall = event->modifiers() & Qt::ShiftModifier;
     switch (event->key()) {
         case Qt::Key_Left:
-        case Qt::Key_Down:
-            return onStep ? onStep(-1, isSmall) : void();
         case Qt::Key_Right:
-        case Qt::Key_Up:
-            return onStep ? onStep(1, isSmall) : void();
+            input().key(event->key() == Qt::Key_Left ? ValueKey::down : ValueKey::up, isSmall);
+            return;
         case Qt::Key_Home:
-            return choose(slider_.lo);
+            return setFromOutside(slider_.lo);
         case Qt::Key_End:
-            return choose(slider_.hi);
+            return setFromOutside(slider_.hi);
         default:
             event->ignore();
     }

@@ -5,7 +5,6 @@
 #include <QPainter>
 #include <cmath>
 
-#include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/CrispPainting.h"
 
@@ -16,9 +15,8 @@ namespace {
 using Role = AudioEditorThemeColor;
 
 constexpr int sheetWidth = 480;
-constexpr int titleLine = 20;
 constexpr int tileHeight = 84, tileGap = 8, tileFrame = 2;
-constexpr int pictureInset = 12, pictureHeight = 36;
+constexpr int pictureInset = 12, pictureToLabel = 10, underLabel = 8;
 constexpr int columnPitch = 2;
 constexpr int keySize = 18, keyPadding = 6, textToKey = 6;
 
@@ -33,10 +31,14 @@ public:
         setCheckable(true);
         setAutoExclusive(true);
         setFocusPolicy(Qt::TabFocus);
+        setToolTip(tipText(onScreen(tileHelp(source)), text().left(1)));
     }
 
-    void setColumns(std::vector<float> columns) {
-        columns_ = std::move(columns);
+    // Its outcome in so many columns.
+    void showOutcome(const AudioEditorState &state, int columns) {
+        if (state.generation == generation_ && columns == int(columns_.size())) return;
+        generation_ = state.generation;
+        columns_ = outcomeColumns(state.buffer, source_, columns);
         update();
     }
 
@@ -59,11 +61,17 @@ protected:
     void keyPressEvent(QKeyEvent *event) override { event->ignore(); }
 
 private:
+    QRectF labelRow(const QRectF &tile) const {
+        const double height = style_.grown(keySize);
+        return {tile.left(), tile.bottom() - height - underLabel, tile.width(), height};
+    }
+
     void paintColumns(QPainter &painter, const QRectF &tile) const {
         const QColor color = toColor(isChecked() ? style_.colors()[Role::waveFg] : style_.colors().waveOuter);
-        const double middle = tile.top() + pictureInset + pictureHeight / 2.0;
+        const double height = labelRow(tile).top() - pictureToLabel - tile.top() - pictureInset;
+        const double middle = tile.top() + pictureInset + height / 2;
         for (std::size_t i = 0; i < columns_.size(); ++i) {
-            const double half = std::max(0.5, double(columns_[i]) * pictureHeight / 2);
+            const double half = std::max(0.5, double(columns_[i]) * height / 2);
             const double x = tile.left() + pictureInset + double(i) * columnPitch;
             fillCrisp(painter, QRectF(x, middle - half, 1, 2 * half), color);
         }
@@ -76,7 +84,7 @@ private:
         const double keyWidth = std::max<double>(
             keySize, QFontMetricsF(style_.font(11)).horizontalAdvance(QPushButton::text()[0]) + 2 * keyPadding);
         const double left = tile.center().x() - (label + textToKey + keyWidth) / 2;
-        const QRectF row(left, tile.bottom() - style_.grown(keySize) - 8, label + 1, style_.grown(keySize));
+        const QRectF row(left, labelRow(tile).top(), label + 1, labelRow(tile).height());
         painter.setFont(font);
         painter.setPen(toColor(colors[Role::dialogText]));
         painter.drawText(row, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip, QPushButton::text());
@@ -90,45 +98,32 @@ private:
     AudioEditorMonoSource source_;
     ViewStyle &style_;
     MonoSheet &sheet_;
+    std::int64_t generation_ = -1;
     std::vector<float> columns_;
 };
 
 MonoSheet::MonoSheet(AudioEditorModel &model, ViewStyle &style, QWidget *parent)
-    : Sheet(style, parent),
-      model_(model),
-      convert_(new Button(style, ButtonKind::sheetDefault, this)),
-      cancel_(new Button(style, ButtonKind::sheet, this)) {
+    : DialogSheet(model, Dialog::mono, {"Convert to Mono", "Convert"}, style, parent) {
     for (AudioEditorMonoSource source : allMonoSources) {
         auto *tile = tiles_[std::size_t(source)] = new Tile(source, style, this);
         connect(tile, &QPushButton::pressed, this, [this, source] { choose(source); });
     }
-    readInOrder({tiles_[0], tiles_[1], tiles_[2], cancel_, convert_});
-    convert_->setLabelAndText({}, "Convert");
-    cancel_->setLabelAndText({}, "Cancel");
-    connect(convert_, &QPushButton::clicked, this, [this] { confirm(); });
-    connect(cancel_, &QPushButton::clicked, this, [this] { cancel(); });
-    setAccessibleName("Convert to Mono");
-    modelChanges_ = model.observers.add([this](const Changes &changes) {
-        if (changes.containsAny({Change::dialog, Change::audio})) refresh();
-    });
     refresh();
 }
 
 void MonoSheet::refresh() {
-    scene_ = monoSheetScene(model_.state());
+    scene_ = monoSheetScene(model().state());
     setAccessibleDescription(onScreen(scene_.target));
     QPushButton *chosen = tiles_[std::size_t(scene_.chosen)];
     chosen->setChecked(true);
-    setTabRing({chosen, convert_, cancel_});
-    update();
+    setOrder({chosen}, {tiles_[0], tiles_[1], tiles_[2]});
+    layOut(scene_.target);
 }
 
 void MonoSheet::choose(AudioEditorMonoSource source) {
-    model_.setMonoSource(source);
+    model().setMonoSource(source);
     tiles_[std::size_t(source)]->setFocus(Qt::PopupFocusReason);
 }
-
-void MonoSheet::confirm() { AudioEditorEdits::confirmDialog(model_); }
 
 void MonoSheet::takeFocus() { tiles_[std::size_t(scene_.chosen)]->setFocus(Qt::PopupFocusReason); }
 
@@ -140,36 +135,23 @@ bool MonoSheet::takeKey(const KeyPress &press) {
     return Sheet::takeKey(press);
 }
 
-int MonoSheet::tilesTop() const { return padding + style().grown(titleLine) + 14; }
+int MonoSheet::wishedWidth() const { return int(std::lround(sheetWidth * style().textFactor())); }
 
-QSize MonoSheet::sizeFor(int width) const {
-    const int button = buttonHeight(ButtonKind::sheet, style());
-    const int wanted = int(std::lround(sheetWidth * style().textFactor()));
-    return {std::min(wanted, width), tilesTop() + style().grown(tileHeight) + padding + button + padding};
-}
+int MonoSheet::bodyHeight(int, const DialogSheetDistances &) const { return style().grown(tileHeight); }
 
-void MonoSheet::resizeEvent(QResizeEvent *) {
+void MonoSheet::placeBody(const QRect &body, const DialogSheetDistances &) {
     const int count = int(tiles_.size());
-    const int tileWidth = (width() - 2 * padding - (count - 1) * tileGap) / count;
+    const int tileWidth = (body.width() - (count - 1) * tileGap) / count;
     for (int i = 0; i < count; ++i) {
         Tile *tile = tiles_[std::size_t(i)];
-        const QRect box(padding + i * (tileWidth + tileGap), tilesTop(), tileWidth, style().grown(tileHeight));
+        const QRect box(body.left() + i * (tileWidth + tileGap), body.top(), tileWidth, body.height());
         tile->setGeometry(box.adjusted(-tileFrame, -tileFrame, tileFrame, tileFrame));
-        const int columns = (tileWidth - 2 * pictureInset) / columnPitch;
-        tile->setColumns(outcomeColumns(model_.state().buffer, allMonoSources[std::size_t(i)], columns));
+        tile->showOutcome(model().state(), (tileWidth - 2 * pictureInset) / columnPitch);
     }
-    placeButtons({convert_, cancel_}, width() - padding, height() - padding - convert_->sizeHint().height());
 }
 
-void MonoSheet::paintEvent(QPaintEvent *event) {
-    Sheet::paintEvent(event);
-    QPainter painter(this);
-    const ThemeColors &colors = style().colors();
-    const QRectF title(padding, padding, width() - 2 * padding, style().grown(titleLine));
-    drawText(painter, title, Qt::AlignLeft, style().font(15, QFont::DemiBold), colors[Role::dialogText], accessibleName());
-    drawText(painter, title, Qt::AlignRight, style().font(13), colors.dialogDim, onScreen(scene_.target));
-    const QRectF row(padding, convert_->y(), cancel_->x() - padding, convert_->height());
-    drawText(painter, row, Qt::AlignLeft, style().font(13), colors.dialogDim, onScreen(scene_.note));
+int MonoSheet::paintNote(QPainter *painter, const QRectF &row) const {
+    return paintWords(painter, row, {{scene_.note, QFont::Normal, style().colors().dialogDim, 0}});
 }
 
 }  // namespace kiv

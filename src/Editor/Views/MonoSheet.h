@@ -3,36 +3,31 @@
 #include <array>
 
 #include "Editor/Surfaces/MonoSheetScene.h"
-#include "Editor/Views/Sheet.h"
+#include "Editor/Views/DialogSheet.h"
 
 namespace kiv {
 
 // The Convert to Mono dialog: a tile for each outcome.
-class MonoSheet : public Sheet {
+class MonoSheet : public DialogSheet {
 public:
     MonoSheet(AudioEditorModel &model, ViewStyle &style, QWidget *parent = nullptr);
 
-    QSize sizeFor(int width) const override;
-    void confirm() override;
-    void cancel() override { model_.closeDialog(); }
     void takeFocus() override;
     bool takeKey(const KeyPress &press) override;
 
 protected:
-    void paintEvent(QPaintEvent *event) override;
-    void resizeEvent(QResizeEvent *event) override;
+    void refresh() override;
+    int wishedWidth() const override;
+    int bodyHeight(int width, const DialogSheetDistances &distances) const override;
+    void placeBody(const QRect &body, const DialogSheetDistances &distances) override;
+    int paintNote(QPainter *painter, const QRectF &row) const override;
 
 private:
     class Tile;
-    void refresh();
     void choose(AudioEditorMonoSource source);
-    int tilesTop() const;
 
-    AudioEditorModel &model_;
     MonoSheetScene scene_;
     std::array<Tile *, allMonoSources.size()> tiles_{};
-    Button *convert_, *cancel_;
-    Subscription modelChanges_;
 };
 
 }  // namespace kiv

@@ -8,6 +8,7 @@
 
 #include "Editor/Surfaces/OverviewInput.h"
 #include "Editor/Surfaces/WheelInput.h"
+#include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/EventTools.h"
 #include "Editor/Views/OverviewPainter.h"
 #include "Editor/Views/PainterTools.h"
@@ -33,7 +34,7 @@ OverviewView::OverviewView(AudioEditorModel &model, ViewStyle &style, WaveformRm
     setFocusPolicy(Qt::TabFocus);
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setAccessibleName("Overview");
+    setAccessibleName(onScreen("Overview"));
     parts_->modelChanges = model.observers.add([this](const Changes &) { refresh(); });
     parts_->rmsChanges = rms.completed.add([this](const WaveformRms &) { refresh(); });
     parts_->styleChanges = style.changed.add([this](const ViewStyle &) {
@@ -48,6 +49,8 @@ void OverviewView::refresh() {
     OverviewScene scene = overviewScene(parts_->model.state(), viewSize(*this, parts_->style), parts_->rms.revision());
     const Damage damage = overviewDamage(parts_->scene, scene);
     parts_->scene = std::move(scene);
+    const QString spoken = onScreen(spokenView(parts_->model.state()));
+    if (spoken != accessibleDescription()) setAccessibleDescription(spoken);
     updateDamaged(*this, damage, parts_->scene.geometry.left);
 }
 

@@ -40,6 +40,18 @@ QSize paragraphSize(const QString &text, const ParagraphType &type, int width) {
     return {int(std::ceil(widest)), lines * type.lineHeight};
 }
 
+QString elidedParagraph(const QString &text, const ParagraphType &type, int width, int lines) {
+    const auto fits = [&](const QString &candidate) {
+        return paragraphSize(candidate, type, width).height() <= lines * type.lineHeight;
+    };
+    if (fits(text)) return text;
+    const auto keeping = [&](qsizetype kept) { return text.left((kept + 1) / 2) + "…" + text.right(kept / 2); };
+    qsizetype kept = 0;
+    for (qsizetype step = text.size(); step > 0; step /= 2)
+        while (kept + step < text.size() && fits(keeping(kept + step))) kept += step;
+    return keeping(kept);
+}
+
 void paintParagraph(QPainter &painter, const QRectF &rect, const ParagraphType &type, const QString &text) {
     const QFontMetricsF metrics(type.font, painter.device());
     const double shift = (type.lineHeight - metrics.ascent() - metrics.descent()) / 2;

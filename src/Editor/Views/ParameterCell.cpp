@@ -7,9 +7,6 @@
 
 namespace kiv {
 
-ParameterCell::ParameterCell(ViewStyle &style, QWidget *parent, double pixelsPerStep)
-    : ValueControl(style, pixelsPerStep, Stepping::whole, parent) {}
-
 void ParameterCell::setScene(const ParameterCellScene &scene) {
     if (scene == scene_) return;
     const bool isOtherValue = scene.facts != scene_.facts || scene.text() != scene_.text();
@@ -34,7 +31,7 @@ void ParameterCell::openField(const QString &typed) {
     field->setBare(true);
     field->setUnit(onScreen(scene_.unit));
     field->setType(13, QFont::DemiBold);
-    field->setBackground(style().colors()[AudioEditorThemeColor::waveBg]);
+    field->setGround(AudioEditorThemeColor::waveBg);
     field->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     field->setGeometry(parameterCellValuePlace(box(), style()).toRect().adjusted(0, -1, 0, 1));
     inPlace().open(field, onScreen(scene_.value), typed);

@@ -9,7 +9,7 @@ namespace kiv {
 // it wears while a value is typed.
 class ParameterCell : public ValueControl {
 public:
-    ParameterCell(ViewStyle &style, QWidget *parent, double pixelsPerStep = 8);
+    using ValueControl::ValueControl;
 
     static constexpr int frame = Field::frame;
 

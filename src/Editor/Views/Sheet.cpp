@@ -6,7 +6,6 @@
 #include <QWheelEvent>
 
 #include "Editor/Views/CrispPainting.h"
-#include "Editor/Views/DigitText.h"
 
 namespace kiv {
 
@@ -85,19 +84,33 @@ void Sheet::wheelEvent(QWheelEvent *event) {
     event->accept();
 }
 
-void Sheet::drawText(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, const QFont &font, Rgba color,
-                     const QString &text) const {
-    paintDigitText(painter, rect, alignment, font, toColor(color), text);
-}
+namespace {
 
-int placeButtons(const QList<Button *> &buttons, int right, int y) {
-    int x = right + betweenButtons;
+// Calls place(button, rectangle) for each; returns the lower end of the last row.
+template <class Place>
+int layOutRows(const QList<Button *> &buttons, int left, int right, int y, Place place) {
+    int x = right, bottom = y;
     for (Button *button : buttons) {
         const QSize size = button->sizeHint();
-        x -= betweenButtons + size.width();
-        button->setGeometry(x, y, size.width(), size.height());
+        if (x < right && x - size.width() < left) {
+            x = right;
+            y = bottom + betweenButtons;
+        }
+        place(button, QRect(QPoint(x - size.width(), y), size));
+        x -= size.width() + betweenButtons;
+        bottom = y + size.height();
     }
-    return x;
+    return bottom;
+}
+
+}  // namespace
+
+int buttonRowsHeight(const QList<Button *> &buttons, int width) {
+    return layOutRows(buttons, 0, width, 0, [](Button *, const QRect &) {});
+}
+
+void placeButtons(const QList<Button *> &buttons, int left, int right, int y) {
+    layOutRows(buttons, left, right, y, [](Button *button, const QRect &place) { button->setGeometry(place); });
 }
 
 }  // namespace kiv

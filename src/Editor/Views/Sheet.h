@@ -17,8 +17,8 @@ public:
 
     static constexpr int padding = 16;
 
-    // Its size when at most this wide.
-    virtual QSize sizeFor(int width) const = 0;
+    // Its size when this much room is there. It is no larger, but for texts that are longer than the lowest window can hold.
+    virtual QSize sizeFor(const QSize &room) const = 0;
     // What Enter and Esc do.
     virtual void confirm() = 0;
     virtual void cancel() = 0;
@@ -45,8 +45,6 @@ protected:
     // Puts the children into the order in which they are seen, for those who have them read to them.
     static void readInOrder(const QList<QWidget *> &children);
     ViewStyle &style() const { return style_; }
-    void drawText(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, const QFont &font, Rgba color,
-                  const QString &text) const;
 
 private:
     ViewStyle &style_;
@@ -54,7 +52,9 @@ private:
     Subscription styleChanges_;
 };
 
-// Puts buttons in a row with its right end at `right`, the first one rightmost; returns the left end of the row.
-int placeButtons(const QList<Button *> &buttons, int right, int y);
+// Puts buttons into a row of this width, the first one rightmost, and into further rows under it where it has no room for all.
+// Their height without placing them, and with it.
+int buttonRowsHeight(const QList<Button *> &buttons, int width);
+void placeButtons(const QList<Button *> &buttons, int left, int right, int y);
 
 }  // namespace kiv

@@ -53,6 +53,7 @@ void SheetHost::showNext() {
 void SheetHost::dismiss() {
     if (!sheet_) return;
     slide_.stop();
+    sheet_->onSizeChanged = nullptr;  // it lives a little longer
     sheet_->hide();
     sheet_->deleteLater();
     sheet_ = nullptr;
@@ -67,20 +68,19 @@ void SheetHost::dismissAll() {
     dismiss();
 }
 
-void SheetHost::setRoom(int top, int width) {
-    top_ = top;
-    width_ = width;
+void SheetHost::setRoom(const QRect &room) {
+    room_ = room;
     if (sheet_) place(shown_);
 }
 
 void SheetHost::place(double progress) {
     shown_ = progress;
-    const QSize size = sheet_->sizeFor(width_ - 2 * beside);
+    const QSize size = sheet_->sizeFor(room_.size() - QSize(2 * beside, 0));
     const int visible = int(std::lround(size.height() * progress));
-    const QRect box((width_ - size.width()) / 2, top_, size.width(), visible);
+    const QRect box(room_.left() + (room_.width() - size.width()) / 2, room_.top(), size.width(), visible);
     clip_->setGeometry(box);
     sheet_->setGeometry(0, visible - size.height(), size.width(), size.height());
-    shadow_->surround(box, top_ - 1);  // its edge lies on the bar's last row
+    shadow_->surround(box, room_.top() - 1);  // its edge lies on the bar's last row
 }
 
 }  // namespace kiv

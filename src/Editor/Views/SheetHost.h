@@ -23,8 +23,8 @@ public:
     // Takes the present sheet away; it may be the caller's own.
     void dismiss();
     void dismissAll();
-    // The room for sheets: below this line, this wide.
-    void setRoom(int top, int width);
+    // The room for sheets: they hang from its upper edge.
+    void setRoom(const QRect &room);
 
     std::function<void(Sheet &)> onShown;
     std::function<void()> onGone;  // the last one has left
@@ -41,7 +41,7 @@ private:
     std::deque<std::unique_ptr<Sheet>> waiting_;
     QVariantAnimation slide_;
     double shown_ = 1;
-    int top_ = 0, width_ = 0;
+    QRect room_;
 };
 
 }  // namespace kiv

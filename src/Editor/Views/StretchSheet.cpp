@@ -2,105 +2,105 @@
 
 #include <QPainter>
 
-#include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/CrispPainting.h"
-#include "Editor/Views/StretchSheetPainter.h"
 
 namespace kiv {
 
+namespace {
+
+using Role = AudioEditorThemeColor;
+
+}  // namespace
+
 StretchSheet::StretchSheet(AudioEditorModel &model, ViewStyle &style, QWidget *parent)
-    : Sheet(style, parent),
-      model_(model),
+    : DialogSheet(model, Dialog::timeStretch, {"Pitch / Time", "Apply"}, style, parent),
       segments_(new Segments(style, ButtonKind::sheet, {onScreen("Clean"), onScreen("Cyclic")}, this)),
-      auto_(new Button(style, ButtonKind::sheet, this)),
-      apply_(new Button(style, ButtonKind::sheetDefault, this)),
-      cancel_(new Button(style, ButtonKind::sheet, this)) {
+      auto_(new Button(style, ButtonKind::sheet, this)) {
     auto_->setSegment(true);
     auto_->setCorners(Corners::right);
     auto_->setLabelAndText({}, onScreen("Auto"));
-    apply_->setLabelAndText({}, onScreen("Apply"));
-    cancel_->setLabelAndText({}, onScreen("Cancel"));
-    for (const StretchNumber &number : stretchNumbers) connectField(number.field);
-    QList<QWidget *> seen{segments_};
-    for (Field *each : fields_) seen.append(each);
-    readInOrder(seen << auto_ << cancel_ << apply_);
-    connectControls();
-    modelChanges_ = model.observers.add([this](const Changes &changes) {
-        if (changes.containsAny({Change::dialog, Change::audio, Change::selection, Change::timeUnit})) refresh();
-    });
-    setAccessibleName(onScreen("Pitch / Time"));
+    auto_->setToolTip(onScreen("A cycle that suits the sound"));
     segments_->setAccessibleName(onScreen("Mode"));
+    segments_->button(0)->setToolTip(onScreen("Keeps the sound's own waves: for all material"));
+    segments_->button(1)->setToolTip(onScreen("Repeats grains of a fixed length, as early samplers did"));
+    for (const StretchNumber &number : stretchNumbers) makeField(number);
+    connect(auto_, &QPushButton::clicked, this, [this] {
+        typing_.reset();
+        findStretchCycle(this->model());
+    });
+    segments_->onChosen = [this](int index) {
+        setStretchMode(this->model(), index == 0 ? StretchMode::clean : StretchMode::s950);
+    };
     refresh();
 }
 
-void StretchSheet::connectControls() {
-    connect(apply_, &QPushButton::clicked, this, [this] { confirm(); });
-    connect(cancel_, &QPushButton::clicked, this, [this] { cancel(); });
-    connect(auto_, &QPushButton::clicked, this, [this] {
-        typing_.reset();
-        findStretchCycle(model_);
-    });
-    segments_->onChosen = [this](int index) { setStretchMode(model_, index == 0 ? StretchMode::clean : StretchMode::s950); };
-}
-
-void StretchSheet::connectField(StretchField which) {
-    const StretchNumber &number = row(which);
+void StretchSheet::makeField(const StretchNumber &number) {
+    const StretchField which = number.field;
     auto *made = fields_[std::size_t(which)] = new Field(style(), FieldContent::number, this);
     made->setUnit(onScreen(number.unit));
     made->setType(13, QFont::DemiBold);
     made->setAccessibleName(onScreen(number.label));
+    const auto withUnit = [&](const std::string &text) { return text + " " + number.unit; };
+    made->setToolTip(stepHelp(withUnit(std::to_string(number.step)), withUnit(std::to_string(number.smallStep)),
+                              withUnit(stretchNumberText({}, which))));
     if (which == StretchField::cycle) made->setCorners(Corners::left);
     connect(made, &QLineEdit::textEdited, this, [this, which](const QString &typed) { typeInto(which, typed, false); });
     connect(made, &QLineEdit::editingFinished, this, [this, which] { endTyping(which); });
     made->onEnter = [this] { confirm(); };
     made->onEscape = [this] { cancel(); };
-    made->onStep = [this, which](int steps, bool isSmall) {
+    connectInput(which);
+}
+
+void StretchSheet::connectInput(StretchField which) {
+    ValueInput &input = field(which).input();
+    const auto set = [this, which](int value) {
         typing_.reset();
-        stepStretchNumber(model_, which, steps, isSmall);
+        setStretchNumber(model(), which, value);
     };
+    input.onStep = [this, which](double steps, bool isSmall) {
+        typing_.reset();
+        stepStretchNumber(model(), which, int(steps), isSmall);
+    };
+    input.onReset = [set, which] { set(StretchSettings{}.*row(which).value); };
+    restoreWhenCancelled(
+        input, [this, which] { return model().state().stretch.*row(which).value; }, set);
 }
 
 void StretchSheet::typeInto(StretchField which, const QString &typed, bool typedAhead) {
     typing_ = latest_ = which;
-    typeStretchNumber(model_, which, typed.toStdString(), typedAhead);
+    typeStretchNumber(model(), which, typed.toStdString(), typedAhead);
 }
 
 // What cannot be read stays, to be put right.
 void StretchSheet::endTyping(StretchField which) {
     if (typing_ != which || !scene_.isReadable) return;
     typing_.reset();
-    model_.setDialogText({}, false);
+    model().setDialogText({}, false);
 }
 
 void StretchSheet::refresh() {
-    if (model_.state().dialog != Dialog::timeStretch) return;
     const bool wasCyclic = scene_.isCyclic;
-    scene_ = stretchSheetScene(model_.state());
+    scene_ = stretchSheetScene(model().state());
     segments_->setChosen(scene_.isCyclic ? 1 : 0);
     for (const StretchNumber &number : stretchNumbers) {
         Field &shown = field(number.field);
-        shown.setVisible(isShown(number.field, model_.state().stretch.mode));
+        shown.setVisible(isShown(number.field, model().state().stretch.mode));
         if (typing_ != number.field) shown.setText(onScreen(scene_.numbers[std::size_t(number.field)]));
         shown.setReadable(typing_ != number.field || scene_.isReadable);
     }
     auto_->setVisible(scene_.isCyclic);
-    apply_->setEnabled(scene_.isReadable);
-    showTabRing();
+    showOrder();
     setAccessibleDescription(onScreen(scene_.target + ". Length " + scene_.lengthBefore + " → " + scene_.lengthAfter));
     if (wasCyclic != scene_.isCyclic && onSizeChanged) onSizeChanged();
-    placeControls();
-    update();
+    layOut(scene_.target, scene_.isReadable);
 }
 
-void StretchSheet::showTabRing() {
-    QList<QWidget *> ring{segments_->button(segments_->chosen())};
-    for (Field *each : fields_) ring.append(each);
-    setTabRing(ring << auto_ << apply_ << cancel_);
-}
-
-void StretchSheet::confirm() {
-    if (scene_.isReadable) AudioEditorEdits::confirmDialog(model_);
+void StretchSheet::showOrder() {
+    QList<QWidget *> numbers;
+    for (Field *each : fields_) numbers.append(each);
+    numbers.append(auto_);
+    setOrder(QList<QWidget *>{segments_->button(segments_->chosen())} + numbers, QList<QWidget *>{segments_} + numbers);
 }
 
 void StretchSheet::takeFocus() {
@@ -110,42 +110,54 @@ void StretchSheet::takeFocus() {
 
 bool StretchSheet::takeKey(const KeyPress &press) {
     if (!beginsNumber(press)) return Sheet::takeKey(press);
-    const StretchField into = isShown(latest_, model_.state().stretch.mode) ? latest_ : StretchField::time;
+    const StretchField into = isShown(latest_, model().state().stretch.mode) ? latest_ : StretchField::time;
     field(into).setFocus(Qt::PopupFocusReason);
     field(into).setText(onScreen(press.unmodified));
     typeInto(into, field(into).text(), true);
     return true;
 }
 
-StretchSheetGeometry StretchSheet::geometryFor(int width) const {
-    return {model_.state().stretch.mode,
-            width,
-            {.textFactor = style().textFactor(),
-             .titleHeight = style().grown(20),
-             .labelHeight = style().grown(16),
-             .controlHeight = buttonHeight(ButtonKind::sheet, style()),
-             .segmentsWidth = segments_->sizeHint().width(),
-             .autoWidth = auto_->sizeHint().width(),
-             .buttonsWidth = apply_->sizeHint().width() + cancel_->sizeHint().width() + 8,
-             .lengthWidth = stretchLengthWidth(scene_, style())}};
+StretchSheetGeometry::Widths StretchSheet::widths() const { return {segments_->sizeHint().width(), auto_->sizeHint().width()}; }
+
+StretchSheetGeometry StretchSheet::controls(int top, int width, const DialogSheetDistances &distances) const {
+    return {model().state().stretch.mode, top, width, widths(), measures(), distances};
 }
 
-QSize StretchSheet::sizeFor(int width) const { return QSize(geometryFor(width).width(), geometryFor(width).height()); }
+int StretchSheet::wishedWidth() const {
+    return StretchSheetGeometry::wishedWidth(model().state().stretch.mode, widths(), measures());
+}
 
-void StretchSheet::placeControls() {
-    const StretchSheetGeometry geometry = geometryFor(width());
-    segments_->setGeometry(toRect(geometry.segments()));
+int StretchSheet::bodyHeight(int width, const DialogSheetDistances &distances) const {
+    return controls(0, width, distances).bottom();
+}
+
+void StretchSheet::placeBody(const QRect &body, const DialogSheetDistances &distances) {
+    placed_ = controls(body.top(), body.width(), distances);
+    segments_->setGeometry(toRect(placed_->segments()));
     for (const StretchNumber &number : stretchNumbers)
-        if (const auto box = geometry.field(number.field))
+        if (const auto box = placed_->field(number.field))
             field(number.field).setGeometry(toRect(*box).adjusted(-Field::frame, -Field::frame, Field::frame, Field::frame));
-    if (const auto box = geometry.autoButton()) auto_->setGeometry(toRect(*box));
-    placeButtons({apply_, cancel_}, width() - padding, geometry.buttonsTop());
+    if (const auto box = placed_->autoButton()) auto_->setGeometry(toRect(*box));
 }
 
-void StretchSheet::paintEvent(QPaintEvent *event) {
-    Sheet::paintEvent(event);
-    QPainter painter(this);
-    paintStretchSheet(painter, geometryFor(width()), scene_, style());
+void StretchSheet::paintBody(QPainter &painter) const {
+    painter.setFont(style().font(12));
+    painter.setPen(toColor(style().colors().dialogDim));
+    const auto label = [&](const Box &control, const char *words) {
+        painter.drawText(toRect(placed_->labelOver(control)), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip,
+                         onScreen(words));
+    };
+    label(placed_->segments(), "Mode");
+    for (const StretchNumber &number : stretchNumbers)
+        if (const auto box = placed_->field(number.field)) label(*box, number.label);
+}
+
+int StretchSheet::paintNote(QPainter *painter, const QRectF &row) const {
+    const Rgba text = style().colors()[Role::dialogText];
+    return paintWords(painter, row,
+                      {{"Length", QFont::Normal, style().colors().dialogDim, 8},
+                       {scene_.lengthBefore + " →", QFont::Normal, text, 4},
+                       {scene_.lengthAfter, QFont::DemiBold, text, 0}});
 }
 
 }  // namespace kiv

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "Editor/Surfaces/TimeEntry.h"
 #include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/DigitText.h"
 #include "Editor/Views/EventTools.h"
@@ -69,7 +68,7 @@ void TopBar::makeControls() {
     for (int i = 0; i < topBarItemCount; ++i) {
         const auto item = Item(i);
         if (item == Item::position)
-            position_ = new ValueButton(style_, this);
+            position_ = new ValueReadout(style_, this);
         else
             buttons_[std::size_t(i)] = new Button(style_, item == Item::playStop ? ButtonKind::action : ButtonKind::bar, this);
     }
@@ -87,9 +86,9 @@ void TopBar::connectButtons() {
             refreshCommands();  // the click has turned the button over, whatever the command did
         });
     }
-    setAccessibleName("Controls");
-    button(Item::maxLevel)->setAccessibleName("Max");
-    button(Item::maxLevel)->setToolTip("Highest level heard while playing. Click to reset.");
+    setAccessibleName(onScreen("Controls"));
+    button(Item::maxLevel)->setAccessibleName(onScreen("Max"));
+    button(Item::maxLevel)->setToolTip(onScreen("Highest level heard while playing. Click to reset."));
     button(Item::maxLevel)->setHasDigits(true);
     connect(button(Item::maxLevel), &QPushButton::clicked, this, [this] { model_.setMaxLevel({}); });
     button(Item::verticalZoomValue)->setAccessibleName(titleText(Command::verticalZoomReset));
@@ -101,20 +100,11 @@ void TopBar::connectButtons() {
 
 void TopBar::connectPosition() {
     position_->setType(20, QFont::DemiBold);
-    position_->setAccessibleName("Cursor");
-    position_->onEntered = [this](const std::string &typed) { return enterPosition(typed); };
-    position_->onLeft = [this] {
+    position_->setAccessibleName(onScreen("Cursor"));
+    connectInfoField(*position_, model_, InfoField::cursor);
+    position_->inPlace().onLeft = [this] {
         if (onLeft) onLeft();
     };
-}
-
-bool TopBar::enterPosition(const std::string &typed) {
-    const AudioEditorState &state = model_.state();
-    const auto frame = parseTimeEntry(typed, state.timeUnit, state.buffer.sampleRate(), state.buffer.frames());
-    if (!frame) return false;
-    model_.placeCursor(*frame);
-    model_.revealFrame(double(model_.state().cursorFrame));
-    return true;
 }
 
 void TopBar::changed(const Changes &changes) {
@@ -130,12 +120,13 @@ void TopBar::refresh() {
     const TopBarScene scene = topBarScene(model_.state());
     if (scene == scene_) return;
     scene_ = scene;
-    position_->setValue(onScreen(scene.position));
+    position_->setValue(onScreen(scene.position), infoFieldFacts(model_.state(), InfoField::cursor));
+    position_->setToolTip(onScreen(infoFieldHelp(model_.state().timeUnit, InfoField::cursor)));
     Button &max = *button(Item::maxLevel), &zoom = *button(Item::verticalZoomValue);
-    max.setLabelAndText("Max", onScreen(scene.maxLevel));
+    max.setLabelAndText(onScreen("Max"), onScreen(scene.maxLevel));
     max.setOver(scene.isOver);
     zoom.setLabelAndText({}, onScreen(scene.verticalZoom));
-    zoom.setToolTip(tipText("Reset vertical zoom (now " + onScreen(scene.verticalZoom) + ")",
+    zoom.setToolTip(tipText(onScreen("Reset vertical zoom (now " + scene.verticalZoom + ")"),
                             target_.shortcutText(Command::verticalZoomReset)));
     max.setAccessibleDescription(onScreen(scene.maxLevel) + ". " + max.toolTip());
     zoom.setAccessibleDescription(onScreen(scene.verticalZoom) + ". " + zoom.toolTip());
@@ -161,7 +152,7 @@ int TopBar::positionWidth() const {
     const auto longest = format(state.timeUnit, double(state.buffer.frames()), state.buffer.sampleRate());
     const double width = digitTextWidth(style_.font(20, QFont::DemiBold), onScreen(longest));
     // The control reaches a little beyond its place, which is room for a long text too.
-    return std::max(int(std::lround(104 * style_.textFactor())), int(std::ceil(width)) - ValueButton::reach);
+    return std::max(int(std::lround(104 * style_.textFactor())), int(std::ceil(width)) - ValueReadout::reach);
 }
 
 TopBarMeasures TopBar::measures() const {
@@ -174,7 +165,7 @@ TopBarMeasures TopBar::measures() const {
             measures.wordedWidths[std::size_t(int(row.item) - int(Item::slicer))] =
                 widthOf({}, titleText(row.command), row.icon);
     measures.positionWidth = positionWidth();
-    measures.maxLevelWidth = std::max(106, widthOf("Max", "−88.8 dB", ""));
+    measures.maxLevelWidth = std::max(106, widthOf(onScreen("Max"), "−88.8 dB", ""));
     measures.verticalValueWidth = std::max(60, widthOf({}, "−88 dB", "") - 4);
     measures.barHeight = barHeight();
     measures.buttonHeight = style_.grown(28);

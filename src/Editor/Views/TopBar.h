@@ -9,7 +9,7 @@
 #include "Editor/Surfaces/ValueInput.h"
 #include "Editor/Views/Button.h"
 #include "Editor/Views/CommandTarget.h"
-#include "Editor/Views/ValueButton.h"
+#include "Editor/Views/ValueReadout.h"
 
 namespace kiv {
 
@@ -27,7 +27,7 @@ public:
     std::function<void()> onLeft;  // a field of the bar has closed
 
     Button *button(TopBarItem item) const { return buttons_[std::size_t(item)]; }
-    ValueButton &position() const { return *position_; }
+    ValueReadout &position() const { return *position_; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -46,13 +46,12 @@ private:
     void layOut();
     TopBarMeasures measures() const;
     int positionWidth() const;
-    bool enterPosition(const std::string &typed);
 
     AudioEditorModel &model_;
     ViewStyle &style_;
     CommandTarget &target_;
     std::array<Button *, topBarItemCount> buttons_{};
-    ValueButton *position_ = nullptr;
+    ValueReadout *position_ = nullptr;
     TopBarScene scene_;
     Box separator_;
     StepCounter wheelSteps_;

@@ -2,18 +2,17 @@
 
 #include <QWidget>
 
-#include "Editor/Surfaces/Pointer.h"
-#include "Editor/Surfaces/ValueInput.h"
 #include "Editor/Views/Adjustable.h"
 #include "Editor/Views/InPlaceField.h"
+#include "Editor/Views/ValueEvents.h"
 
 namespace kiv {
 
-// What a parameter cell and a knob have in common: a number that is scrolled, dragged with the pointer hidden, stepped by keys,
-// typed over, and put back to its default by a double-click.
+// What cells, knobs, sliders and read-outs have in common: a number that is scrolled, dragged with the pointer hidden, stepped
+// by keys, typed over, and put back to its default by a double-click.
 class ValueControl : public QWidget, public Adjustable {
 public:
-    ValueControl(ViewStyle &style, double pixelsPerStep, Stepping stepping, QWidget *parent);
+    ValueControl(ViewStyle &style, QWidget *parent, double pixelsPerStep = stepPixels, Stepping stepping = Stepping::whole);
 
     ValueInput &input() { return input_; }
     InPlaceField &inPlace() { return inPlace_; }
@@ -22,28 +21,22 @@ public:
     std::function<void(double value)> onValue;
     void setFromOutside(double value) override;
     void stepFromOutside(int steps) override { input_.key(steps > 0 ? ValueKey::up : ValueKey::down, false); }
+    void openFromOutside() override { openField({}); }
 
 protected:
     // Opens the field over the value, holding what has been typed already.
     virtual void openField(const QString &typed) = 0;
+    // A click makes it ready for typing; a drag leaves the keyboard where it was.
+    virtual void clicked() { setFocus(Qt::MouseFocusReason); }
     void tellValueChanged();
     ViewStyle &style() const { return style_; }
-
-    void mousePressEvent(QMouseEvent *event) override;
-    void mouseMoveEvent(QMouseEvent *event) override;
-    void mouseReleaseEvent(QMouseEvent *event) override;
-    void mouseDoubleClickEvent(QMouseEvent *event) override;
-    void wheelEvent(QWheelEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
-    void changeEvent(QEvent *event) override;
+    bool event(QEvent *event) override;
 
 private:
-    void returnPointer();
-
     ViewStyle &style_;
     ValueInput input_;
+    ValueEvents events_{*this, input_};
     InPlaceField inPlace_{*this};
-    QPoint pressedAt_;  // on the screen
     Subscription styleChanges_;
 };
 

@@ -107,6 +107,15 @@ TEST(AiffReader, CollectsMarkersAndTheSustainLoop) {
     EXPECT_EQ(offsets, (std::vector<std::uint32_t>{4, 14, 26, 34}));
 }
 
+TEST(AiffReader, TellsHowMuchIsMissing) {
+    Bytes file = aiffOf(100, {});
+    EXPECT_EQ(read(file).missingFrames, 0);
+    for (const auto &[declared, missing] : {std::pair{140u, 40}, {0xFFFFFFFFu, 0}, {0x3F800000u, 0}}) {
+        putWord(std::span(file), 22, std::endian::big, declared);
+        EXPECT_EQ(read(file).missingFrames, missing) << declared;
+    }
+}
+
 TEST(AiffReader, ReadsWhatIsThereOfTruncatedMarkersAndLoops) {
     const Bytes two = be16(2) + marker(1, 10, "a") + marker(2, 20, "b");
     struct Row {

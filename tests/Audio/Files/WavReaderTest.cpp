@@ -121,6 +121,27 @@ TEST(WavReader, CollectsCuesThenLoopsThenRegions) {
                                   {.offset = 88, .index = 11, .from = 1, .kind = FieldKind::length}}));
 }
 
+// A file that was cut off says so; one whose writer never knew its length does not.
+TEST(WavReader, TellsHowMuchIsMissing) {
+    const struct {
+        std::uint32_t declared;
+        std::int64_t missing;
+    } rows[] = {{200, 0},
+                {0, 0},
+                {1000, 400},
+                {0x70000000, 0x38000000 - 100},
+                {0x7F000000, 0},
+                {0x7FFFF000, 0},
+                {0xC0000000, 0x60000000 - 100},
+                {0xFFFFFFFF, 0},
+                {0xFFFFFFD8, 0}};
+    for (const auto &[declared, missing] : rows) {
+        Bytes file = wavOf(100, {});
+        putWord(std::span(file), file.size() - 204, std::endian::little, declared);
+        EXPECT_EQ(read(file).missingFrames, missing) << std::hex << declared;
+    }
+}
+
 // Counts and sizes larger than what is there are cut to what fits.
 TEST(WavReader, ReadsWhatIsThereOfTruncatedMetadata) {
     Bytes manyCues = cues({{1, 10, 0}, {2, 20, 0}}), manyLoops = smpl({{1, 2}});

@@ -9,24 +9,13 @@
 namespace kiv {
 namespace {
 
-TEST(LevelSlider, ValuesAndPixelsAgree) {
+TEST(LevelSlider, ValuesAndPixelsAgreeAndZeroHolds) {
     const LevelSlider gain{.left = 16, .width = 320};
-    EXPECT_EQ(gain.x(-24), 16);
-    EXPECT_EQ(gain.x(0), 176);
-    EXPECT_EQ(gain.x(24), 336);
-    EXPECT_EQ(gain.value(-100), -24);
-    EXPECT_EQ(gain.value(1000), 24);
-    for (double db = -24; db <= 24; db += 1.5) EXPECT_NEAR(gain.value(gain.x(db)), db, 1e-9);
-}
-
-TEST(LevelSlider, StopsAtZeroAndGivesTenths) {
-    const LevelSlider gain{.left = 16, .width = 320};
-    for (double x = 172; x <= 180; ++x) EXPECT_EQ(gain.value(x), 0);
+    for (const auto &[db, x] : {std::pair{-24, 16}, {0, 176}, {24, 336}}) EXPECT_EQ(gain.x(db), x);
+    for (const auto &[x, db] : {std::pair{-100, -24}, {1000, 24}, {172, 0}, {180, 0}}) EXPECT_EQ(gain.value(x), db);
     EXPECT_NE(gain.value(171), 0);
+    for (double db = -24; db <= 24; db += 1.5) EXPECT_NEAR(gain.value(gain.x(db)), db, 1e-9);
     for (double x = 0; x < 360; x += 0.7) EXPECT_NEAR(gain.value(x) * 10, std::round(gain.value(x) * 10), 1e-9);
-}
-
-TEST(LevelSlider, LabelsItsTicks) {
     const auto labels = [](const LevelSlider &slider) {
         std::string all;
         for (int tick = 0; tick < slider.ticks; ++tick) all += slider.tickLabel(tick) + " ";
@@ -61,35 +50,27 @@ struct LevelSheetSceneTest : ModelFixture {
     LevelSheetSceneTest() { load(AudioEditorBuffer(std::vector<float>(88200, 0.5f), 1, 44100)); }
 };
 
-TEST_F(LevelSheetSceneTest, GainMovesThePeak) {
-    model.setGainDb(-4.5);
-    const LevelSheetScene scene = levelSheetScene(state(), Dialog::gain, 0.5f);
-    EXPECT_EQ(scene.title, "Gain");
-    EXPECT_EQ(scene.target, "Whole file · 2.000 s");
-    EXPECT_EQ(scene.peakBefore, "−6.0 dB");
-    EXPECT_EQ(scene.peakAfter, "−10.5 dB");
-    EXPECT_EQ(scene.note, "");
-    EXPECT_FALSE(scene.isOver);
-}
-
-TEST_F(LevelSheetSceneTest, SaysWhenTheOutcomePassesFullScale) {
+TEST_F(LevelSheetSceneTest, TellsThePeakBeforeAndAfter) {
+    const struct {
+        Dialog dialog;
+        double db;
+        float peak;
+        const char *shown;
+        bool isOver;
+    } rows[] = {{Dialog::gain, -4.5, 0.5f, "−6.0 dB −10.5 dB ", false},
+                {Dialog::gain, 8, 0.5f, "−6.0 dB +2.0 dB over full scale", true},
+                {Dialog::gain, 6.02, 0.5f, "−6.0 dB 0.0 dB ", false},
+                {Dialog::normalize, -1, 0.5f, "−6.0 dB −1.0 dB gain +5.0 dB", false},
+                {Dialog::normalize, -1, 0, "−∞ dB −∞ dB ", false}};
+    for (const auto &row : rows) {
+        setDialogLevel(model, row.dialog, row.db);
+        const LevelSheetScene scene = levelSheetScene(state(), row.dialog, row.peak);
+        EXPECT_EQ(scene.peakBefore + " " + scene.peakAfter + " " + scene.note, row.shown);
+        EXPECT_EQ(scene.isOver, row.isOver) << "what reads 0.0 dB is not over";
+    }
+    EXPECT_EQ(levelSheetScene(state(), Dialog::gain, 1).target, "Whole file · 2.000 s");
     model.select({0, 44100});
-    model.setGainDb(8);
-    const LevelSheetScene scene = levelSheetScene(state(), Dialog::gain, 0.5f);
-    EXPECT_EQ(scene.target, "Selection · 1.000 s");
-    EXPECT_EQ(scene.peakAfter, "+2.0 dB");
-    EXPECT_EQ(scene.note, "over full scale");
-    EXPECT_TRUE(scene.isOver);
-    model.setGainDb(6.02);
-    EXPECT_FALSE(levelSheetScene(state(), Dialog::gain, 0.5f).isOver) << "what reads 0.0 dB is not over";
-}
-
-TEST_F(LevelSheetSceneTest, NormalizeTellsItsGainAndLeavesSilenceAlone) {
-    model.setNormalizeDb(-1);
-    const LevelSheetScene scene = levelSheetScene(state(), Dialog::normalize, 0.5f);
-    EXPECT_EQ(scene.peakBefore + " " + scene.peakAfter + " " + scene.note, "−6.0 dB −1.0 dB gain +5.0 dB");
-    const LevelSheetScene silence = levelSheetScene(state(), Dialog::normalize, 0);
-    EXPECT_EQ(silence.peakBefore + " " + silence.peakAfter + silence.note, "−∞ dB −∞ dB");
+    EXPECT_EQ(levelSheetScene(state(), Dialog::gain, 1).target, "Selection · 1.000 s");
 }
 
 TEST_F(LevelSheetSceneTest, TypingIsInForceAtOnceUnlessUnreadable) {
@@ -111,10 +92,8 @@ TEST_F(LevelSheetSceneTest, TypingIsInForceAtOnceUnlessUnreadable) {
 
 TEST(MonoSheetScene, KeysAndArrowsChoose) {
     using enum AudioEditorMonoSource;
-    EXPECT_EQ(sourceForKey('l'), left);
-    EXPECT_EQ(sourceForKey('R'), right);
-    EXPECT_EQ(sourceForKey('m'), mix);
-    EXPECT_EQ(sourceForKey('x'), std::nullopt);
+    for (const auto &[key, source] : {std::pair{'l', std::optional(left)}, {'R', right}, {'m', mix}, {'x', std::nullopt}})
+        EXPECT_EQ(sourceForKey(key), source);
     EXPECT_EQ(neighbour(left, 1), right);
     EXPECT_EQ(neighbour(mix, 1), mix);
     EXPECT_EQ(neighbour(left, -1), left);
@@ -199,38 +178,40 @@ TEST_F(StretchSheetTest, StepsAndFindsTheCycle) {
 TEST_F(StretchSheetTest, ConfirmingStretchesAndKeepsTheNumbersForTheNextTime) {
     model.setStretch({StretchMode::s950, 50, 0, 0, 1000});
     EXPECT_TRUE(AudioEditorEdits::confirmDialog(model));
-    EXPECT_FALSE(state().dialog);
     EXPECT_EQ(buffer().frames(), 44100);
     model.openDialog(Dialog::timeStretch);
     EXPECT_EQ(settings().timePercent, 50);
 }
 
 TEST(StretchSheetGeometry, PutsAllInARowAndWrapsWhereThatFindsNoRoom) {
-    const StretchSheetMeasures measures{.segmentsWidth = 141, .autoWidth = 55, .buttonsWidth = 176, .lengthWidth = 170};
-    const auto overlap = [](const Box &a, const Box &b) {
-        return a.x < b.right() && b.x < a.right() && a.y < b.bottom() && b.y < a.bottom();
+    const StretchSheetGeometry::Widths widths{141, 55};
+    const auto controls = [&](StretchMode mode, int width) {
+        return StretchSheetGeometry(mode, 50, width, widths, {}, roomyDistances);
     };
-    for (const StretchMode mode : {StretchMode::clean, StretchMode::s950})
-        for (const int most : {1200, 608, 400, 360}) {
-            const StretchSheetGeometry geometry(mode, most, measures);
-            std::vector<Box> boxes{geometry.title(), geometry.segments(), geometry.length()};
-            for (const StretchNumber &number : stretchNumbers)
-                if (const auto box = geometry.field(number.field)) boxes.push_back(*box);
-            EXPECT_EQ(boxes.size(), mode == StretchMode::clean ? 6u : 7u);
-            for (std::size_t i = 0; i < boxes.size(); ++i) {
-                EXPECT_GE(boxes[i].x, 16);
-                EXPECT_LE(boxes[i].right(), geometry.width() - 16) << most << " " << i;
-                EXPECT_LE(boxes[i].bottom(), geometry.height() - 16);
-                for (std::size_t j = 0; j < i; ++j) EXPECT_FALSE(overlap(boxes[i], boxes[j])) << most << " " << i << " " << j;
-            }
-        }
-    const StretchSheetGeometry clean(StretchMode::clean, 1200, measures), cyclic(StretchMode::s950, 1200, measures);
-    EXPECT_EQ(clean.width(), 480);
-    EXPECT_EQ(clean.height(), 166);
+    EXPECT_EQ(StretchSheetGeometry::wishedWidth(StretchMode::clean, widths, {}), 480);
+    EXPECT_EQ(StretchSheetGeometry::wishedWidth(StretchMode::s950, widths, {}), 640);
+    const auto clean = controls(StretchMode::clean, 448), cyclic = controls(StretchMode::s950, 608),
+               wrapped = controls(StretchMode::s950, 400);
     EXPECT_EQ(clean.segments(), (Box{16, 70, 141, 32}));
     EXPECT_EQ(clean.field(StretchField::cents), (Box{373, 70, 88, 32}));
-    EXPECT_EQ(cyclic.width(), 640);
+    EXPECT_FALSE(clean.field(StretchField::cycle));
     EXPECT_EQ(cyclic.autoButton(), (Box{564, 70, 55, 32}));
+    EXPECT_EQ(cyclic.bottom(), 102);
+    EXPECT_EQ(wrapped.field(StretchField::cents), (Box{16, 130, 88, 32}));
+    EXPECT_EQ(wrapped.bottom(), 162);
+}
+
+TEST(DialogSheetGeometry, TheButtonsGoUnderATextThatIsTooLong) {
+    DialogSheetMeasures measures{.noteWidth = 200, .buttonsWidth = 176};
+    const DialogSheetGeometry one(480, 52, measures, roomyDistances), low(480, 52, measures, closeDistances);
+    EXPECT_EQ(one.body, (Box{16, 50, 448, 52}));
+    EXPECT_EQ(std::pair(one.note.y, one.buttonsTop), std::pair(118, 118));
+    EXPECT_EQ(one.height, 166);
+    EXPECT_EQ(low.height, 142);
+    measures.noteWidth = 270;
+    const DialogSheetGeometry two(480, 52, measures, roomyDistances);
+    EXPECT_EQ(std::pair(two.note.y, two.buttonsTop), std::pair(118, 142));
+    EXPECT_EQ(two.height, 190);
 }
 
 }  // namespace

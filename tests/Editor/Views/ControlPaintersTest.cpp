@@ -107,23 +107,25 @@ TEST_P(ControlPaintersTest, ButtonStatesHaveTheirColors) {
     }
 }
 
-TEST_P(ControlPaintersTest, BordersAreOneSharpLine) {
-    const Picture picture = button({});
-    const int thickness = lineOf(scale);
-    const QColor line = color(Role::topbarButtonBorder), fill = color(Role::topbarButtonBg);
-    for (int i = 0; i < thickness; ++i) EXPECT_EQ(picture.device(i, int(14 * scale)), line);
-    EXPECT_EQ(picture.device(thickness, int(14 * scale)), fill);
-}
-
 TEST_P(ControlPaintersTest, CornersAreRoundOnlyWhereTheButtonStandsAlone) {
     const QColor background = color(Role::topbarBg), line = color(Role::topbarButtonBorder);
     const int right = int(std::round(75 * scale)) - 1;
-    EXPECT_EQ(button({}).device(0, 0), background);
-    EXPECT_EQ(button({.corners = Corners::left}).device(0, 0), background);
-    EXPECT_EQ(button({.corners = Corners::left}).device(right, 0), line);
-    EXPECT_EQ(button({.corners = Corners::none}).device(0, 0), line);
-    EXPECT_EQ(button({.corners = Corners::right}).device(0, 0), line);
-    EXPECT_EQ(button({.corners = Corners::right}).device(right, 0), background);
+    const struct {
+        Corners corners;
+        QColor left, right;
+    } rows[] = {{Corners::all, background, background},
+                {Corners::left, background, line},
+                {Corners::none, line, line},
+                {Corners::right, line, background}};
+    for (const auto &row : rows) {
+        const Picture picture = button({.corners = row.corners});
+        EXPECT_EQ(picture.device(0, 0), row.left) << int(row.corners);
+        EXPECT_EQ(picture.device(right, 0), row.right) << int(row.corners);
+        // The border is one sharp line.
+        const int thickness = lineOf(scale), middle = int(14 * scale);
+        for (int i = 0; i < thickness; ++i) EXPECT_EQ(picture.device(i, middle), line);
+        EXPECT_EQ(picture.device(thickness, middle), color(Role::topbarButtonBg));
+    }
 }
 
 // As widgets paint: at 0, with the painter moved to the widget's place in the window.
@@ -143,15 +145,7 @@ TEST_P(ControlPaintersTest, BoxesAreFilledEvenlyWhereverTheyStand) {
         }
 }
 
-TEST_P(ControlPaintersTest, IconsTakeTheColorOfTheirText) {
-    const QRect icon(30, 6, 16, 16);
-    const auto look = [](bool isEnabled) { return ButtonLook{.icon = "stop", .isEnabled = isEnabled}; };
-    EXPECT_TRUE(button(look(true)).contains(icon, color(Role::topbarButtonText)));
-    EXPECT_TRUE(button(look(false)).contains(icon, toColor(colors.disabled)));
-    EXPECT_FALSE(button(look(false)).contains(icon, color(Role::topbarButtonText)));
-}
-
-TEST_P(ControlPaintersTest, EveryIconIsThere) {
+TEST_P(ControlPaintersTest, EveryIconIsThereAndTakesTheColorOfItsText) {
     for (const char *name :
          {"play", "stop", "go-to-start", "go-to-end", "loop-playback", "slicer", "edit-loop", "spectral", "eq", "zoom-in",
           "zoom-out", "zoom-fit", "zoom-selection", "follow-playhead", "plus", "minus", "warning", "check"}) {
@@ -163,28 +157,29 @@ TEST_P(ControlPaintersTest, EveryIconIsThere) {
         EXPECT_GT(painted, 6 * scale) << name;
     }
     EXPECT_TRUE(style.icon("no such icon", Qt::white, scale).isNull());
+    for (const bool isEnabled : {true, false}) {
+        const Picture picture = button({.icon = "stop", .isEnabled = isEnabled});
+        EXPECT_EQ(picture.contains({30, 6, 16, 16}, color(Role::topbarButtonText)), isEnabled);
+        EXPECT_EQ(picture.contains({30, 6, 16, 16}, toColor(colors.disabled)), !isEnabled);
+    }
 }
 
 TEST_P(ControlPaintersTest, SliderIsFilledFromItsOriginToItsThumb) {
-    const auto slider = [&](LevelSlider place, double value) {
-        Picture picture({352, 44}, scale, color(Role::dialogBg));
+    const struct {
+        LevelSlider slider;
+        double value;
+        std::vector<int> filled, empty;
+    } rows[] = {{{}, 12, {200}, {150, 300}}, {{}, -12, {150}, {200}}, {{.lo = -24, .hi = 0, .origin = -24}, -12, {20}, {300}}};
+    for (const auto &row : rows) {
+        LevelSlider place = row.slider;
         place.left = 16;
         place.width = 320;
-        picture.paint([&](QPainter &painter) { paintLevelSlider(painter, QRectF(0, 0, 352, 44), place, value, style); });
-        return picture;
-    };
-    const QColor accent = color(Role::accentBg);
-    const Picture gain = slider({}, 12);
-    EXPECT_EQ(gain.at(200, 15), accent);  // between 0 and +12
-    EXPECT_NE(gain.at(150, 15), accent);
-    EXPECT_NE(gain.at(300, 15), accent);
-    EXPECT_EQ(gain.at(251, 15), color(Role::dialogText));  // the thumb
-    const Picture cut = slider({}, -12);
-    EXPECT_EQ(cut.at(150, 15), accent);
-    EXPECT_NE(cut.at(200, 15), accent);
-    const Picture normalize = slider({.lo = -24, .hi = 0, .origin = -24}, -12);
-    EXPECT_EQ(normalize.at(20, 15), accent);
-    EXPECT_NE(normalize.at(300, 15), accent);
+        Picture picture({352, 44}, scale, color(Role::dialogBg));
+        picture.paint([&](QPainter &painter) { paintLevelSlider(painter, QRectF(0, 0, 352, 44), place, row.value, style); });
+        for (int x : row.filled) EXPECT_EQ(picture.at(x, 15), color(Role::accentBg)) << x;
+        for (int x : row.empty) EXPECT_NE(picture.at(x, 15), color(Role::accentBg)) << x;
+        EXPECT_EQ(picture.at(place.x(row.value) - 5, 15), color(Role::dialogText)) << "the thumb";
+    }
 }
 
 TEST_P(ControlPaintersTest, EveryControlHasTheColorsOfItsState) {

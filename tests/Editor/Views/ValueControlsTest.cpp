@@ -26,12 +26,6 @@ struct ValueControlsTest : WindowPartsFixture {
         window.setFocus();
         return *control;
     }
-    static void pointer(QWidget &widget, QEvent::Type type, QPointF at) {
-        const auto held = type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
-        QMouseEvent event(type, at, widget.mapToGlobal(at), type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton, held,
-                          {});
-        QApplication::sendEvent(&widget, &event);
-    }
     // The accent under the pointer.
     QColor touched() const {
         return toColor(mix(style.colors()[Role::accentBg], style.colors()[Role::topbarButtonText], 0.08));
@@ -68,15 +62,15 @@ TEST_F(CellTest, IsDraggedScrolledAndReset) {
     wheel(&cell, 2);
     wheel(&cell, -1, Qt::ShiftModifier);
     EXPECT_EQ(percent, 59);
-    pointer(cell, QEvent::MouseButtonPress, {20, 20});
-    pointer(cell, QEvent::MouseMove, {20, -12});
+    pointer(&cell, QEvent::MouseButtonPress, {20, 20});
+    pointer(&cell, QEvent::MouseMove, {20, -12});
     EXPECT_EQ(percent, 79);
     EXPECT_EQ(cell.cursor().shape(), Qt::BlankCursor);
     EXPECT_EQ(colorAt(cell, {60, 36}), style.color(Role::accentBg));
-    pointer(cell, QEvent::MouseButtonRelease, {20, -12});
+    pointer(&cell, QEvent::MouseButtonRelease, {20, -12});
     EXPECT_NE(cell.cursor().shape(), Qt::BlankCursor);
     EXPECT_FALSE(cell.hasFocus()) << "the keyboard stays where it was";
-    pointer(cell, QEvent::MouseButtonDblClick, {20, 20});
+    pointer(&cell, QEvent::MouseButtonDblClick, {20, 20});
     EXPECT_EQ(percent, 50);
 }
 
@@ -116,9 +110,9 @@ TEST_F(ValueControlsTest, KnobsTurnByPartsOfTheirRange) {
     EXPECT_NEAR(fraction, 0.51, 1e-9);
     wheel(&knob, -1, Qt::ShiftModifier);
     EXPECT_NEAR(fraction, 0.509, 1e-9);
-    pointer(knob, QEvent::MouseButtonPress, {19, 18});
-    pointer(knob, QEvent::MouseMove, {19, -32});
-    pointer(knob, QEvent::MouseButtonRelease, {19, -32});
+    pointer(&knob, QEvent::MouseButtonPress, {19, 18});
+    pointer(&knob, QEvent::MouseMove, {19, -32});
+    pointer(&knob, QEvent::MouseButtonRelease, {19, -32});
     EXPECT_NEAR(fraction, 0.759, 1e-9) << "200 pixels are the whole range";
     EXPECT_GE(knob.width(), 38);
     key(&knob, Qt::Key_3, "3");

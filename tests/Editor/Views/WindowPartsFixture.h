@@ -87,11 +87,18 @@ struct WindowPartsFixture : ModelFixture {
     }
     static void click(QWidget *widget, QPoint at = {-1, -1}) {
         const QPointF place = at.x() < 0 ? QPointF(widget->rect().center()) : QPointF(at);
-        for (QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
-            const auto held = type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton;
-            QMouseEvent event(type, place, widget->mapToGlobal(place), Qt::LeftButton, held, {});
-            QApplication::sendEvent(widget, &event);
-        }
+        for (QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) pointer(widget, type, place);
+    }
+    static void pointer(QWidget *widget, QEvent::Type type, QPointF at) {
+        const bool isMove = type == QEvent::MouseMove;
+        QMouseEvent event(type, at, widget->mapToGlobal(at), isMove ? Qt::NoButton : Qt::LeftButton,
+                          type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, {});
+        QApplication::sendEvent(widget, &event);
+    }
+    static void drag(QWidget *widget, QPointF from, QPointF to) {
+        pointer(widget, QEvent::MouseButtonPress, from);
+        pointer(widget, QEvent::MouseMove, to);
+        pointer(widget, QEvent::MouseButtonRelease, to);
     }
     static void key(QWidget *widget, int code, const QString &text = {}, Qt::KeyboardModifiers modifiers = {}) {
         QKeyEvent press(QEvent::KeyPress, code, modifiers, text);

@@ -4,15 +4,11 @@
 #include <QWheelEvent>
 #include <set>
 
-#include "Editor/Views/AlertSheet.h"
 #include "Editor/Views/BusyLine.h"
 #include "Editor/Views/CommandMenu.h"
 #include "Editor/Views/FocusRing.h"
 #include "Editor/Views/InfoLine.h"
-#include "Editor/Views/LevelSheet.h"
-#include "Editor/Views/MonoSheet.h"
 #include "Editor/Views/Notice.h"
-#include "Editor/Views/SheetHost.h"
 #include "Editor/Views/Tips.h"
 #include "Editor/Views/TopBar.h"
 #include "Editor/Views/WindowPartsFixture.h"
@@ -56,44 +52,23 @@ TEST_F(TopBarTest, ShowsWhatCanActAndWhatIsOn) {
     target.disabled = {zoomSelection, slicer};
     target.checked = {loop};
     bar.refreshCommands();
-    EXPECT_FALSE(bar.button(Item::zoomSelection)->isEnabled());
-    EXPECT_FALSE(bar.button(Item::slicer)->isEnabled());
+    EXPECT_FALSE(bar.button(Item::zoomSelection)->isEnabled() || bar.button(Item::slicer)->isEnabled());
     EXPECT_TRUE(bar.button(Item::zoomFit)->isEnabled());
-    EXPECT_TRUE(bar.button(Item::loop)->isChecked());
     click(bar.button(Item::loop));
     EXPECT_TRUE(bar.button(Item::loop)->isChecked()) << "a click alone turns nothing over";
     target.waits = true;
     target.disabled = {zoomFit};
     bar.refreshCommands();
     EXPECT_TRUE(bar.button(Item::zoomFit)->isEnabled()) << "does not grey out under a sheet";
-}
-
-TEST_F(TopBarTest, PlayTurnsIntoStop) {
     EXPECT_EQ(bar.button(Item::playStop)->look().icon, "play");
     model.setPlaying(true);
     EXPECT_EQ(bar.button(Item::playStop)->look().icon, "stop");
     EXPECT_TRUE(bar.button(Item::playStop)->look().isOn);
-}
-
-TEST_F(TopBarTest, TypedPositionsSetTheCursor) {
-    load(AudioEditorBuffer(std::vector<float>(88200), 1, 44100));
-    click(&bar.position());
-    ASSERT_TRUE(bar.position().isEditing());
-    auto *field = window.findChild<QLineEdit *>();
-    field->setText("nonsense");
-    key(field, Qt::Key_Return);
-    EXPECT_TRUE(bar.position().isEditing()) << "what cannot be read is not applied";
-    field->setText("1.5");
-    key(field, Qt::Key_Return);
-    EXPECT_FALSE(bar.position().isEditing());
-    EXPECT_EQ(state().cursorFrame, 66150);
-    EXPECT_EQ(bar.position().value(), "1.500 s");
-    settle();
-    click(&bar.position());
-    field = window.findChild<QLineEdit *>();
-    field->setText("0.1");
-    key(field, Qt::Key_Escape);
-    EXPECT_EQ(state().cursorFrame, 66150);
+    model.setMaxLevel(1.5f);
+    EXPECT_EQ(bar.button(Item::maxLevel)->look().text, "+3.5 dB");
+    EXPECT_TRUE(bar.button(Item::maxLevel)->look().isOver);
+    click(bar.button(Item::maxLevel));
+    EXPECT_EQ(bar.button(Item::maxLevel)->look().text, "–");
 }
 
 TEST_F(TopBarTest, PaintsWhatChangedAndNothingElse) {
@@ -116,22 +91,14 @@ TEST_F(TopBarTest, PositionIsNeverCut) {
     for (const std::int64_t frames : {1000LL, 20'000'000LL}) {
         load(AudioEditorBuffer(std::vector<float>(std::size_t(frames)), 1, 44100));
         model.placeCursor(frames);
-        EXPECT_LE(bar.position().textWidth(), bar.position().width() - ValueButton::reach) << frames;
+        EXPECT_LE(bar.position().textWidth(), bar.position().width() - ValueReadout::reach) << frames;
     }
 }
 
-TEST_F(TopBarTest, MaxLevelIsResetByAClick) {
-    model.setMaxLevel(1.5f);
-    EXPECT_EQ(bar.button(Item::maxLevel)->look().text, "+3.5 dB");
-    EXPECT_TRUE(bar.button(Item::maxLevel)->look().isOver);
-    click(bar.button(Item::maxLevel));
-    EXPECT_EQ(state().maxLevel, std::nullopt);
-    EXPECT_EQ(bar.button(Item::maxLevel)->look().text, "–");
-}
-
 TEST_F(TopBarTest, WheelStepsTheVerticalZoomOverItsGroupOnly) {
+    bar.button(Item::verticalZoomIn)->setEnabled(false);
     wheel(bar.button(Item::verticalZoomValue), 2);
-    wheel(bar.button(Item::verticalZoomOut), -1);
+    wheel(bar.button(Item::verticalZoomIn), -1);
     EXPECT_EQ(target.performed, (std::vector{verticalZoomIn, verticalZoomIn, verticalZoomOut}));
     wheel(bar.button(Item::zoomIn), 1);
     wheel(&bar, 1);
@@ -146,19 +113,17 @@ TEST_F(TopBarTest, TipsEndWithTheShortcut) {
     EXPECT_EQ(bar.button(Item::verticalZoomValue)->toolTip(), "Reset vertical zoom (now +6 dB)");
 }
 
-TEST_F(TopBarTest, EveryControlHasANameForThoseWhoCannotSeeIt) {
+TEST_F(TopBarTest, AssistiveToolsReadAndPressItsControls) {
     for (QPushButton *button : bar.findChildren<QPushButton *>()) {
         QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(button);
         EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty());
         EXPECT_TRUE(accessible->role() == QAccessible::Button || accessible->role() == QAccessible::CheckBox);
     }
-    EXPECT_EQ(QAccessible::queryAccessibleInterface(&bar)->role(), QAccessible::ToolBar);
-}
-
-TEST_F(TopBarTest, AnyWheelOverADisabledButtonOfTheGroupStepsIt) {
-    bar.button(Item::verticalZoomIn)->setEnabled(false);
-    wheel(bar.button(Item::verticalZoomIn), -1);
-    EXPECT_EQ(target.performed, std::vector{verticalZoomOut});
+    QAccessible::queryAccessibleInterface(bar.button(Item::loop))->actionInterface()->doAction("Toggle");
+    EXPECT_EQ(target.performed, std::vector{loop}) << "and does not only look so";
+    QAccessibleInterface *position = QAccessible::queryAccessibleInterface(&bar.position());
+    EXPECT_EQ(position->role(), QAccessible::SpinBox);
+    EXPECT_EQ(position->text(QAccessible::Value), bar.position().valueText());
 }
 
 struct InfoLineViewTest : WindowPartsFixture {
@@ -170,16 +135,57 @@ struct InfoLineViewTest : WindowPartsFixture {
     }
 };
 
-TEST_F(InfoLineViewTest, ValuesTurnIntoFields) {
+// Position and info line: the same numbers, the same hands.
+TEST_F(InfoLineViewTest, PlacesAreTypedScrolledDraggedAndReset) {
+    TopBar bar{model, style, target, &window};
+    bar.setGeometry(0, 40, 1280, 44);
+    bar.show();
+    ValueReadout *position = &bar.position(), *start = line.value(InfoField::selectionStart),
+                 *end = line.value(InfoField::selectionEnd), *length = line.value(InfoField::selectionLength);
+    const auto typeInto = [&](ValueReadout *readout, const char *text, int ending) {
+        click(readout);
+        auto *field = readout->inPlace().field();
+        field->setText(text);
+        key(field, ending);
+        settle();
+    };
+    typeInto(position, "1.5", Qt::Key_Return);
+    EXPECT_EQ(state().cursorFrame, 66150);
+    typeInto(position, "0.1", Qt::Key_Escape);
+    EXPECT_EQ(position->valueText(), "1.500 s");
+    typeInto(position, "nonsense", Qt::Key_Return);
+    EXPECT_TRUE(position->inPlace().isOpen()) << "what cannot be read is not applied";
+    position->inPlace().close();
+    wheel(position, 2);
+    wheel(position, -1, Qt::ShiftModifier);
+    EXPECT_EQ(position->valueText(), "1.519 s");
+    drag(position, {20, 15}, {20, 31});
+    EXPECT_EQ(position->valueText(), "1.499 s");
+    const auto clickTwice = [&](ValueReadout *readout) {
+        click(readout);
+        pointer(readout->inPlace().field(), QEvent::MouseButtonDblClick, {8, 8});
+    };
+    clickTwice(position);
+    EXPECT_EQ(state().cursorFrame, 0) << "two quick clicks are no typing";
+    pointer(position, QEvent::MouseButtonDblClick, {8, 8});
+    EXPECT_TRUE(position->inPlace().isOpen()) << "one that comes after the field has closed opens it again";
+    position->inPlace().close();
+
     model.select({22050, 44100});
-    EXPECT_FALSE(line.value(InfoField::cursor)->isVisible());
-    click(line.value(InfoField::selectionLength));
-    auto *field = window.findChild<QLineEdit *>();
-    ASSERT_TRUE(field);
-    EXPECT_EQ(field->text(), "0.500 s");
-    field->setText("1 s");
-    key(field, Qt::Key_Enter);
+    typeInto(length, "1 s", Qt::Key_Enter);
     EXPECT_EQ(state().selection, (FrameRange{22050, 66150}));
+    wheel(end, -1);
+    EXPECT_EQ(state().selection, (FrameRange{22050, 65709}));
+    pointer(start, QEvent::MouseButtonPress, {10, 10});
+    pointer(start, QEvent::MouseMove, {10, -3000});
+    EXPECT_EQ(state().selection, (FrameRange{65708, 65709})) << "an edge stays on its side of the other";
+    key(&window, Qt::Key_Escape);
+    EXPECT_EQ(state().selection, (FrameRange{22050, 65709})) << "as at the press";
+    model.toggleTimeUnit();
+    wheel(length, 1);
+    EXPECT_EQ(state().selection, (FrameRange{22050, 65719}));
+    for (ValueReadout *readout : {start, length}) clickTwice(readout);
+    EXPECT_EQ(state().selection, (FrameRange{0, 88200}));
 }
 
 TEST_F(InfoLineViewTest, SpeaksThePlacesOnlyWhenTheyChange) {
@@ -213,180 +219,6 @@ TEST_F(InfoLineViewTest, ShowsHowFarLongWorkHasComeAndNothingElseChanges) {
     EXPECT_EQ(line.scene().left, before.left);
     line.setProgress({});
     EXPECT_EQ(line.scene(), before);
-}
-
-struct SheetTest : WindowPartsFixture {
-    SheetHost host{style, &window};
-    SheetTest() {
-        load(AudioEditorBuffer(std::vector<float>(88200, 0.5f), 2, 44100));
-        host.setRoom(72, 1280);
-        showWindow();
-    }
-    template <class S, class... Arguments>
-    S &show(Arguments &&...arguments) {
-        auto made = std::make_unique<S>(std::forward<Arguments>(arguments)...);
-        S &sheet = *made;
-        host.show(std::move(made));
-        settle();
-        return sheet;
-    }
-    static KeyPress typed(const char *character, std::uint64_t modifiers) {
-        KeyPress press;
-        press.plain = press.unmodified = character;
-        press.modifiers = modifiers;
-        return press;
-    }
-    static QPushButton *button(const QWidget &sheet, const QString &text) {
-        for (QPushButton *candidate : sheet.findChildren<QPushButton *>())
-            if (candidate->text() == text) return candidate;
-        return nullptr;
-    }
-};
-
-TEST_F(SheetTest, HangsFromTheBarInTheMiddle) {
-    model.openDialog(Dialog::gain);
-    auto &sheet = show<LevelSheet>(model, Dialog::gain, style);
-    EXPECT_EQ(QRect(sheet.mapTo(&window, QPoint()), sheet.size()), QRect(400, 72, 480, 152));
-    EXPECT_TRUE(sheet.isAncestorOf(QApplication::focusWidget()));
-    host.setRoom(72, 480);
-    EXPECT_EQ(sheet.width(), 448) << "16 stay free at both sides";
-}
-
-TEST_F(SheetTest, FieldSliderAndModelAgree) {
-    model.openDialog(Dialog::gain);
-    auto &sheet = show<LevelSheet>(model, Dialog::gain, style);
-    auto *field = sheet.findChild<QLineEdit *>();
-    auto *slider = sheet.findChild<QSlider *>();
-    EXPECT_EQ(field->text(), "0.0");
-    type(field, "-4,5");
-    EXPECT_EQ(state().gainDb, -4.5);
-    EXPECT_EQ(slider->value(), -45);
-    EXPECT_EQ(field->text(), "-4,5") << "is not rewritten while it is typed";
-    slider->setFocus(Qt::TabFocusReason);
-    EXPECT_EQ(field->text(), "−4.5") << "but once it is left";
-    wheel(field, 1);
-    EXPECT_EQ(field->text(), "−4.0");
-    key(slider, Qt::Key_Right, {}, Qt::ShiftModifier);
-    EXPECT_EQ(field->text(), "−3.9");
-    QMouseEvent twice(QEvent::MouseButtonDblClick, {20, 15}, {}, Qt::LeftButton, Qt::LeftButton, {});
-    QApplication::sendEvent(slider, &twice);
-    EXPECT_EQ(state().gainDb, 0);
-}
-
-TEST_F(SheetTest, UnreadableTextIsNotApplied) {
-    model.openDialog(Dialog::gain);
-    auto &sheet = show<LevelSheet>(model, Dialog::gain, style);
-    auto *field = sheet.findChild<QLineEdit *>();
-    type(field, "3x");
-    EXPECT_FALSE(button(sheet, "Apply")->isEnabled());
-    key(field, Qt::Key_Return);
-    EXPECT_EQ(state().dialog, Dialog::gain);
-    EXPECT_FALSE(model.canUndo());
-    key(field, Qt::Key_Backspace);
-    key(field, Qt::Key_Return);
-    EXPECT_EQ(state().dialog, std::nullopt);
-    EXPECT_TRUE(model.canUndo());
-    EXPECT_NEAR(buffer().sample(0, 0), 0.5 * std::pow(10, 0.15), 1e-6);
-}
-
-TEST_F(SheetTest, NumbersTypedElsewhereGoToTheField) {
-    model.openDialog(Dialog::normalize);
-    auto &sheet = show<LevelSheet>(model, Dialog::normalize, style);
-    window.setFocus();
-    EXPECT_TRUE(sheet.takeKey(typed("-", 0)));
-    EXPECT_EQ(QApplication::focusWidget(), sheet.findChild<QLineEdit *>());
-    EXPECT_TRUE(state().dialogTypedAhead);
-    EXPECT_EQ(state().dialogText, "-");
-    EXPECT_FALSE(sheet.takeKey(typed("3", Shortcut::command)));
-}
-
-TEST_F(SheetTest, EscapeCancelsAndTabStaysInside) {
-    model.openDialog(Dialog::gain);
-    auto &sheet = show<LevelSheet>(model, Dialog::gain, style);
-    for (int i = 0; i < 9; ++i) {
-        key(QApplication::focusWidget(), Qt::Key_Tab);
-        EXPECT_TRUE(sheet.isAncestorOf(QApplication::focusWidget()));
-    }
-    key(button(sheet, "Cancel"), Qt::Key_Escape);
-    EXPECT_EQ(state().dialog, std::nullopt);
-    EXPECT_FALSE(model.canUndo());
-}
-
-TEST_F(SheetTest, MonoTilesAreChosenByKeysAndConfirmed) {
-    model.openDialog(Dialog::mono);
-    auto &sheet = show<MonoSheet>(model, style);
-    key(QApplication::focusWidget(), Qt::Key_L, "l");
-    EXPECT_EQ(state().monoSource, AudioEditorMonoSource::left);
-    key(QApplication::focusWidget(), Qt::Key_Right);
-    EXPECT_EQ(state().monoSource, AudioEditorMonoSource::right);
-    EXPECT_TRUE(button(sheet, "Right")->isChecked());
-    click(button(sheet, "Left"));
-    EXPECT_EQ(state().monoSource, AudioEditorMonoSource::left);
-    key(QApplication::focusWidget(), Qt::Key_Return);
-    EXPECT_EQ(buffer().channels(), 1);
-}
-
-TEST_F(SheetTest, AlertButtonsStandFromRightToLeftWithCancelLast) {
-    std::vector<std::size_t> answers;
-    auto &sheet = show<AlertSheet>(style, AlertTone::warning,
-                                   DocumentUi::Question{"Save?", "It will be lost.", {"Save", "Don’t Save", "Cancel"}},
-                                   [&](std::size_t answer) { answers.push_back(answer); });
-    EXPECT_GT(button(sheet, "Save")->x(), button(sheet, "Don’t Save")->x());
-    EXPECT_GT(button(sheet, "Don’t Save")->x(), button(sheet, "Cancel")->x());
-    EXPECT_EQ(button(sheet, "Save"), QApplication::focusWidget());
-    key(button(sheet, "Don’t Save"), Qt::Key_Return);
-    sheet.cancel();
-    EXPECT_EQ(answers, std::vector<std::size_t>{1}) << "answered once";
-}
-
-TEST_F(SheetTest, EscapeMeansCancelWhereverItStandsInTheList) {
-    std::vector<std::size_t> answers;
-    const auto answered = [&](std::size_t answer) {
-        answers.push_back(answer);
-        host.dismiss();
-    };
-    show<AlertSheet>(style, AlertTone::warning, DocumentUi::Question{"A?", "", {"Yes", "Cancel", "No"}}, answered).cancel();
-    show<AlertSheet>(style, AlertTone::error, DocumentUi::Question{"Failed", "", {"OK"}}, answered).cancel();
-    show<AlertSheet>(style, AlertTone::warning, DocumentUi::Question{"A?", "", {"Yes", "No"}}, answered).cancel();
-    EXPECT_EQ(answers, (std::vector<std::size_t>{1, 0})) << "without a Cancel there is nothing that Esc could mean";
-}
-
-TEST_F(SheetTest, LongMessagesWrapWithinTheWidestAlert) {
-    QString longText = "word ";
-    auto &sheet = show<AlertSheet>(style, AlertTone::error,
-                                   DocumentUi::Question{"Short", longText.repeated(60).toStdString(), {"OK"}}, nullptr);
-    EXPECT_EQ(sheet.width(), 576);
-    EXPECT_GT(sheet.height(), 160);
-    EXPECT_LT(button(sheet, "OK")->geometry().bottom(), sheet.height());
-}
-
-TEST_F(SheetTest, OneAtATime) {
-    bool isGone = false;
-    host.onGone = [&] { isGone = true; };
-    const auto alert = [&](const char *message) {
-        return std::make_unique<AlertSheet>(style, AlertTone::error, DocumentUi::Question{message, "", {"OK"}}, nullptr);
-    };
-    host.show(alert("first"));
-    host.show(alert("second"));
-    EXPECT_EQ(host.current()->accessibleName(), "first");
-    host.dismiss();
-    EXPECT_EQ(host.current()->accessibleName(), "second");
-    EXPECT_FALSE(isGone);
-    host.dismiss();
-    EXPECT_EQ(host.current(), nullptr);
-    EXPECT_TRUE(isGone);
-}
-
-TEST_F(SheetTest, LevelsAreReadOutAsShown) {
-    model.openDialog(Dialog::gain);
-    model.setGainDb(-4.5);
-    auto &sheet = show<LevelSheet>(model, Dialog::gain, style);
-    QAccessibleInterface *slider = QAccessible::queryAccessibleInterface(sheet.findChild<QSlider *>());
-    EXPECT_EQ(slider->role(), QAccessible::Slider);
-    EXPECT_EQ(slider->text(QAccessible::Value), "−4.5 dB");
-    slider->valueInterface()->setCurrentValue(3);
-    EXPECT_EQ(state().gainDb, 3);
-    EXPECT_EQ(QAccessible::queryAccessibleInterface(&sheet)->role(), QAccessible::Dialog);
 }
 
 struct OverlaysTest : WindowPartsFixture {};
