@@ -183,13 +183,16 @@ def position(bars):
     bars.wheel(x, y, 25)  # of 10 ms
     bars.cursor_at(4.5)
     before = bars.desktop.output(["xdotool", "getmouselocation"])
-    bars.grab((x, y), (x, y + 400))  # 50 steps down, far beyond where the pointer may go
-    bars.cursor_at(4.0)
-    assert bars.desktop.output(["xdotool", "getmouselocation"]) == before, "the pointer has not come back to its place"
-    bars.grab((x, y), (x, y + 300), release=False)
-    bars.key("Escape")
-    bars.cursor_at(4.0)
-    bars.desktop.do("mouseup", 1)
+    for is_cancelled in (False, True):
+        bars.desktop.do("mousedown", 1)
+        for _ in range(5):  # 25 steps down, further than the pointer is let go
+            bars.desktop.do("mousemove_relative", "--", 0, 40)
+            time.sleep(0.1)
+        if is_cancelled:
+            bars.key("Escape")
+        bars.desktop.do("mouseup", 1)
+        bars.cursor_at(4.25)
+        assert bars.desktop.output(["xdotool", "getmouselocation"]) == before, "the pointer has not come back to its place"
     bars.click(x, y, times=2)
     bars.cursor_at(0)
     bars.key("1")

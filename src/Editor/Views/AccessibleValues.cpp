@@ -40,16 +40,11 @@ void AccessibleValue::doAction(const QString &name) {
     QAccessibleWidget::doAction(name);
 }
 
-namespace {
-
-QAccessible::Role roleOf(const QAbstractButton &button) {
-    if (!button.isCheckable()) return QAccessible::Button;
-    return button.autoExclusive() ? QAccessible::RadioButton : QAccessible::CheckBox;
+// It is asked for before the button has been told all that it is.
+QAccessible::Role AccessibleButton::role() const {
+    if (!button().isCheckable()) return QAccessible::Button;
+    return button().autoExclusive() ? QAccessible::RadioButton : QAccessible::CheckBox;
 }
-
-}  // namespace
-
-AccessibleButton::AccessibleButton(QAbstractButton *button) : QAccessibleWidget(button, roleOf(*button)) {}
 
 QString AccessibleButton::text(QAccessible::Text kind) const {
     const QString given = QAccessibleWidget::text(kind);

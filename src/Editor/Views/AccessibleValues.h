@@ -58,8 +58,9 @@ private:
 // A button that does the same for an assistive tool as for a click, also where it is one of several choices.
 class AccessibleButton : public QAccessibleWidget {
 public:
-    explicit AccessibleButton(QAbstractButton *button);
+    explicit AccessibleButton(QAbstractButton *button) : QAccessibleWidget(button) {}
 
+    QAccessible::Role role() const override;
     QString text(QAccessible::Text kind) const override;
     QAccessible::State state() const override;
     QStringList actionNames() const override;

@@ -31,8 +31,8 @@ protected:
     virtual int paintNote(QPainter *painter, const QRectF &row) const = 0;
 
     AudioEditorModel &model() const { return model_; }
-    // At the end of refresh(), which the constructor calls first: what it acts on, and whether what is typed can be read, without
-    // which nothing is confirmed.
+    // At the end of refresh(), which the constructor calls first: what it acts on, and whether what is typed can be read,
+    // without which nothing is confirmed.
     void layOut(const std::string &target, bool isReadable = true);
     // The order of the Tab key and that in which it is read to those who cannot see it: the body's controls, then the buttons.
     void setOrder(const QList<QWidget *> &tabs, const QList<QWidget *> &read);

@@ -58,7 +58,8 @@ void ValueReadout::openField(const QString &typed) {
     inPlace().open(field, value_, typed);
 }
 
-// The second of two quick clicks goes to the field that the first one has opened. One that comes here comes after that has closed.
+// The second of two quick clicks goes to the field that the first one has opened. One that comes here comes after that has
+// closed.
 bool ValueReadout::event(QEvent *event) {
     if (event->type() != QEvent::MouseButtonDblClick) return ValueControl::event(event);
     clicked();

@@ -169,8 +169,8 @@ TEST_F(DocumentWindowTest, OtherCommandsWaitForTheSheet) {
 
 TEST_F(DocumentWindowTest, OffersNoModeThatItCannotShow) {
     open();
-    for (EditorCommand command :
-         {slicer, saveSlices, playSliceUnderMouse, editLoop, findLoop, applyLoopCrossfade, spectral, eq}) {
+    for (EditorCommand command : {slicer, saveSlices, playSliceUnderMouse, editLoop, findLoop, applyLoopCrossfade, spectral,
+                                  spectralClear, spectralReset, spectralSwapBrush, eq}) {
         controller->perform(command);
         EXPECT_FALSE(controller->isEnabled(command)) << row(command).raw;
     }
