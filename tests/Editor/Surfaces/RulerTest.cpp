@@ -106,7 +106,11 @@ TEST_F(RulerTest, LoopPointsAreDraggedByTheirTabsInEditLoopAlone) {
         if (model.canUndo()) model.undo();
     }
     press(302, 30);
-    move(330, 30);
+    move(206, 30);
+    for (const bool control : {true, false}) {
+        input.modifiersChanged({false, control}, geometry());
+        EXPECT_EQ(state().loopPoints->lo, control ? 12040 : 12000) << "Ctrl acts while the pointer rests";
+    }
     EXPECT_TRUE(input.cancel());
     EXPECT_EQ(state().loopPoints, (FrameRange{13000, 14000}));
     EXPECT_FALSE(model.canUndo());
