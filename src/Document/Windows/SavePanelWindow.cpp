@@ -168,6 +168,7 @@ void SavePanelWindow::nameEdited() {
     const bool isPathBegun = name_->text().startsWith('/') || name_->text().startsWith('~');
     if (isPathBegun && rest.startsWith('.') && before.endsWith(rest)) name_->setText(name_->text().left(1));
     model_.typeName(name_->text().toStdString());
+    files_->setCurrentIndex({});  // the name is no longer that of a row
     refresh();
     completion_->complete(model_.begunFolder());
 }

@@ -47,7 +47,7 @@ void SavePanelWindow::makeLists() {
     newFolderButton_ = new QuietButton(services_.style, "", this);
     newFolderButton_->setIconName("plus");
     newFolderButton_->setAccessibleName("New Folder");
-    newFolderButton_->setToolTip("New Folder (Ctrl+Shift+N)");
+    newFolderButton_->setToolTip(onScreen("New Folder (⇧⌘N)"));
     connect(newFolderButton_, &QPushButton::clicked, this, [this] { beginNewFolder(); });
     placeRows_.setPlaces(userPlaces());
     places_ = new RowList(services_.style, this);
