@@ -25,13 +25,14 @@ from desktop import Desktop, Editor, wait_for, wav  # noqa: E402
 ADJUSTABLE = {Atspi.Role.SLIDER, Atspi.Role.SPIN_BUTTON, Atspi.Role.DIAL}
 PRESSABLE = {Atspi.Role.PUSH_BUTTON, Atspi.Role.TOGGLE_BUTTON, Atspi.Role.CHECK_BOX, Atspi.Role.RADIO_BUTTON}
 EDITABLE = {Atspi.Role.TEXT, Atspi.Role.ENTRY}
+LISTS = {Atspi.Role.LIST, Atspi.Role.LIST_ITEM}
 MENUS = {Atspi.Role.MENU, Atspi.Role.MENU_ITEM, Atspi.Role.CHECK_MENU_ITEM, Atspi.Role.MENU_BAR, Atspi.Role.SEPARATOR}
 SURROUNDINGS = {Atspi.Role.FRAME, Atspi.Role.WINDOW, Atspi.Role.FILLER, Atspi.Role.PANEL, Atspi.Role.TOOL_BAR, Atspi.Role.STATUS_BAR,
                 Atspi.Role.DIALOG, Atspi.Role.ALERT, Atspi.Role.CANVAS, Atspi.Role.GROUPING, Atspi.Role.PROGRESS_BAR,
                 Atspi.Role.LABEL}
 
 
-NAMED = ADJUSTABLE | PRESSABLE | EDITABLE | {Atspi.Role.CANVAS, Atspi.Role.DIALOG, Atspi.Role.TOOL_BAR, Atspi.Role.STATUS_BAR, Atspi.Role.ALERT, Atspi.Role.MENU,
+NAMED = ADJUSTABLE | PRESSABLE | EDITABLE | LISTS | {Atspi.Role.CANVAS, Atspi.Role.DIALOG, Atspi.Role.TOOL_BAR, Atspi.Role.STATUS_BAR, Atspi.Role.ALERT, Atspi.Role.MENU,
                                           Atspi.Role.MENU_ITEM, Atspi.Role.CHECK_MENU_ITEM, Atspi.Role.WINDOW}
 
 
@@ -100,7 +101,7 @@ def faults(root):
                 yield f"{who} cannot be stepped: {actions(element)}"
         if role in EDITABLE and "EditableText" not in element.get_interfaces():
             yield f"{who} does not say what is in it"
-        if focusable and role not in ADJUSTABLE | PRESSABLE | EDITABLE | MENUS | SURROUNDINGS:
+        if focusable and role not in ADJUSTABLE | PRESSABLE | EDITABLE | LISTS | MENUS | SURROUNDINGS:
             yield f"{who} can have the focus in an unfit role"
 
 
@@ -186,6 +187,24 @@ def stretch_sheet(editor, frame):
     editor.key("Escape")
 
 
+def save_panel(editor):
+    """A window of its own: what can be chosen and what is chosen are to be heard, and its lists in words."""
+    editor.key("ctrl+shift+s")
+    app = application(PROGRAM)
+    windows = lambda: [app.get_child_at_index(i) for i in range(app.get_child_count())]
+    panel = wait_for("the panel", lambda: next((w for w in windows() if w.get_role() == Atspi.Role.DIALOG), None))
+    row = wait_for("the file in the list", lambda: find_row(panel, "words.wav"))
+    check(row.get_name().endswith("Today"), f"a row is read as “{row.get_name()}”")
+    check_tree(panel, "save panel")
+    check(find(panel, Atspi.Role.RADIO_BUTTON, "16").get_state_set().contains(Atspi.StateType.CHECKED), "16 bits are chosen")
+    press(find_button(panel, "Cancel"))
+    wait_for("the panel to go", lambda: not any(w.get_role() == Atspi.Role.DIALOG for w in windows()))
+
+
+def find_row(panel, name):
+    return next((e for e in elements(panel) if e.get_role() == Atspi.Role.LIST_ITEM and e.get_name().startswith(name)), None)
+
+
 def alert(editor, frame, heard):
     """A question is announced, and can be answered."""
     editor.key("shift+r", "ctrl+w")
@@ -223,6 +242,7 @@ def main(program):
         gain_sheet(editor, frame)
         mono_sheet(editor, frame)
         stretch_sheet(editor, frame)
+        save_panel(editor)
         alert(editor, frame, heard)
     del keep
 

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QTimer>
 #include <chrono>
+#include <filesystem>
 
 #include "Document/Windows/FolderPanel.h"
 #include "Document/Windows/SavePanelWindow.h"
@@ -142,8 +143,10 @@ void DocumentWindowController::chooseFile(const SavePanel &panel,
                                           std::function<void(const std::optional<SaveTarget> &)> answer) {
     ++questionsOpen_;
     bringForward();
-    const std::string proposed = folderAbove(panel.path);
     SavePanel asked = panel;
+    std::error_code isUnknown;  // a folder that is no longer there has no path
+    if (const auto whole = std::filesystem::absolute(panel.path, isUnknown); !isUnknown) asked.path = whole;
+    const std::string proposed = folderAbove(asked.path);
     const bool isPart = !panel.format;
     if (isPart && proposed == proposedFolder_)
         asked.path = pathWithin(chosenFolder_, panel.path.substr(panel.path.find_last_of('/') + 1));

@@ -24,7 +24,7 @@ std::vector<Place> mountedPlaces() {
     for (const QStorageInfo &storage : QStorageInfo::mountedVolumes()) {
         const QString root = storage.rootPath();
         const bool isMedium = root.startsWith("/media/") || root.startsWith("/run/media/") || root.startsWith("/mnt/");
-        if (isMedium && storage.isReady())
+        if (isMedium && storage.isReady() && !storage.isReadOnly())
             places.push_back({root.mid(root.lastIndexOf('/') + 1).toStdString(), root.toStdString()});
     }
     return places;

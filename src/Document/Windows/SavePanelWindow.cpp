@@ -4,22 +4,11 @@
 #include <QKeyEvent>
 #include <QPointer>
 #include <QScreen>
-#include <QTimer>
 
 #include "Editor/Surfaces/EditorWindowLayout.h"
 #include "Editor/Views/CommandTarget.h"
 
 namespace kiv {
-
-namespace {
-
-constexpr auto longReading = std::chrono::milliseconds(300);
-
-bool canBeFolder(const QString &name) {
-    return !name.trimmed().isEmpty() && name != "." && name != ".." && !name.contains(QChar('\0'));
-}
-
-}  // namespace
 
 SavePanelWindow::SavePanelWindow(const SavePanelServices &services, const DocumentUi::SavePanel &asked, Answer answer,
                                  QWidget *owner)
@@ -27,7 +16,6 @@ SavePanelWindow::SavePanelWindow(const SavePanelServices &services, const Docume
       services_(services),
       model_(asked, homeFolder()),
       answer_(std::move(answer)),
-      home_(homeFolder()),
       note_(new NoteLabel(services.style, NoteLabel::Kind::box, this)),
       status_(new NoteLabel(services.style, NoteLabel::Kind::line, this)) {
     setWindowModality(Qt::WindowModal);
@@ -36,16 +24,16 @@ SavePanelWindow::SavePanelWindow(const SavePanelServices &services, const Docume
     setAccessibleDescription(onScreen(asked.message));
     note_->setNote(NoteTone::plain, onScreen(asked.message));
     makeName();
-    makeLists();
+    makeBrowser();
     makeFormats();
     makeButtons();
     ring_ = new FocusRing(services.style, this);
-    path_->onMade = [this](QWidget *crumb) { ring_->follow(crumb); };
+    browser_->onCrumbMade = [this](QWidget *crumb) { ring_->follow(crumb); };
     for (auto *button : findChildren<QAbstractButton *>()) ring_->follow(button);
     styleChanges_ = services.style.changed.add([this](const ViewStyle &) { layOut(); });
     resize(usualSize());
-    goTo(model_.folder());
-    readPlaces();
+    layOut();
+    browser_->goTo(model_.folder());
 }
 
 void SavePanelWindow::open() {
@@ -80,86 +68,33 @@ void SavePanelWindow::refresh() {
 
 void SavePanelWindow::say(NoteTone tone, const std::string &words) { status_->setNote(tone, onScreen(words)); }
 
-void SavePanelWindow::goTo(const std::string &folder) {
-    model_.setFolder(folder);
-    endNewFolder();
-    path_->setCrumbs(folderCrumbs(model_.folder(), home_));
-    placeRows_.setFolder(model_.folder());
-    showName(QString::fromStdString(model_.name()));
-    layOut();
-    read();
-}
-
-void SavePanelWindow::goToParent() {
-    if (model_.folder() != "/") goTo(folderAbove(model_.folder()));
-}
-
-// What was read for another folder by then is dropped. Rows of the one before go when it takes long, and mean nothing until
-// then.
-void SavePanelWindow::read() {
-    struct Read {
-        FolderListing::Access access;
-        std::vector<FolderRow> rows;
+void SavePanelWindow::makeBrowser() {
+    browser_ = std::make_unique<FolderBrowser>(services_.style, services_.files, services_.jobs, this);
+    browser_->onFolder = [this](const std::string &folder) {
+        model_.setFolder(folder);
+        showName(QString::fromStdString(model_.name()));
     };
-    if (reading_) reading_->cancel();
-    const auto progress = reading_ = std::make_shared<Progress>();
-    const auto read = std::make_shared<Read>();
-    services_.jobs.run(
-        progress,
-        [read, &files = services_.files, folder = model_.folder(), now = std::time(nullptr)](Progress &job) {
-            const FolderListing listing = listFolder(files, folder, job);
-            *read = {listing.access, folderRows(listing, now)};
-        },
-        [self = QPointer(this), read, progress](std::exception_ptr) {
-            if (self && self->reading_ == progress) self->showRows(read->access, std::move(read->rows));
-        });
-    QTimer::singleShot(longReading, this, [this, progress] {
-        if (reading_ == progress) folderRows_.setRows({});
-    });
+    browser_->onRead = [this](FolderListing::Access access) {
+        model_.setAccess(access);
+        refresh();
+    };
+    browser_->onFile = [this](const std::string &name, FolderBrowser::Taken taken) { takeFile(name, taken); };
+    browser_->onFault = [this](const std::string &words) { say(NoteTone::error, words); };
+    browser_->onNewFolderLeft = [this] { name_->setFocus(Qt::OtherFocusReason); };
+    browser_->onPathBegun = [this](const QString &typed) { beginPath(typed); };
 }
 
-void SavePanelWindow::showRows(FolderListing::Access access, std::vector<FolderRow> rows) {
-    reading_.reset();
-    model_.setAccess(access);
-    folderRows_.setRows(std::move(rows));
-    files_->scrollToTop();
-    refresh();
-}
-
-void SavePanelWindow::readPlaces() {
-    const auto mounted = std::make_shared<std::vector<Place>>();
-    services_.jobs.run(
-        std::make_shared<Progress>(), [mounted](Progress &) { *mounted = mountedPlaces(); },
-        [self = QPointer(this), mounted](std::exception_ptr) {
-            if (!self || mounted->empty()) return;
-            std::vector<Place> places = self->placeRows_.places();
-            places.insert(places.end(), mounted->begin(), mounted->end());
-            self->placeRows_.setPlaces(std::move(places));
-        });
-}
-
-void SavePanelWindow::takeRow(int row) {
-    if (reading_ || folderRows_.row(row).isFolder) return;
-    model_.takeName(folderRows_.row(row).name);
+void SavePanelWindow::takeFile(const std::string &name, FolderBrowser::Taken taken) {
+    model_.takeName(name);
     showName(QString::fromStdString(model_.name()));
+    if (taken == FolderBrowser::Taken::toSave) confirm();
 }
 
-void SavePanelWindow::rowActivated(int row) {
-    if (reading_) return;
-    if (folderRows_.row(row).isFolder) return goTo(pathWithin(model_.folder(), folderRows_.row(row).name));
-    takeRow(row);
-    confirm();
-}
-
-bool SavePanelWindow::listKey(QKeyEvent *event) {
-    const bool isUp = event->key() == Qt::Key_Up && event->modifiers() == Qt::AltModifier;
-    if (isUp || event->key() == Qt::Key_Backspace) return goToParent(), true;
-    if (event->text() != "/" && event->text() != "~") return false;
+void SavePanelWindow::beginPath(const QString &typed) {
     name_->setFocus(Qt::ShortcutFocusReason);
     name_->selectAll();
-    name_->insert(event->text());
+    name_->insert(typed);
     nameEdited();
-    return true;
 }
 
 // A path begun over the proposed stem has no use for the extension that is left of the name.
@@ -168,6 +103,7 @@ void SavePanelWindow::nameEdited() {
     const bool isPathBegun = name_->text().startsWith('/') || name_->text().startsWith('~');
     if (isPathBegun && rest.startsWith('.') && before.endsWith(rest)) name_->setText(name_->text().left(1));
     model_.typeName(name_->text().toStdString());
+    browser_->clearRow();  // the name is no longer that of a row
     refresh();
     completion_->complete(model_.begunFolder());
 }
@@ -190,7 +126,7 @@ void SavePanelWindow::checked(const SaveCheck &check) {
     using enum SaveCheck::Outcome;
     if (check.outcome == write) return finish(DocumentUi::SaveTarget{check.path, model_.format()});
     if (check.outcome == enterFolder) {
-        goTo(check.path);
+        browser_->goTo(check.path);
         return selectStem();
     }
     refresh();
@@ -203,7 +139,6 @@ void SavePanelWindow::cancel() { finish(std::nullopt); }
 void SavePanelWindow::finish(const std::optional<DocumentUi::SaveTarget> &target) {
     const Answer answer = std::exchange(answer_, nullptr);
     if (!answer) return;
-    if (reading_) reading_->cancel();
     saveFrame();
     hide();
     deleteLater();
@@ -213,52 +148,6 @@ void SavePanelWindow::finish(const std::optional<DocumentUi::SaveTarget> &target
 void SavePanelWindow::closeEvent(QCloseEvent *event) {
     event->ignore();
     cancel();
-}
-
-void SavePanelWindow::beginNewFolder() {
-    if (newFolder_) return newFolder_->setFocus();
-    newFolder_ = new Field(services_.style, FieldContent::text, this);
-    newFolder_->setType(13, QFont::Normal);
-    newFolder_->setAccessibleName("Name of the new folder");
-    newFolder_->setText("New folder");
-    newFolder_->onEnter = [this] { makeFolder(newFolder_->text()); };
-    newFolder_->onEscape = [this] {
-        endNewFolder();
-        name_->setFocus(Qt::OtherFocusReason);
-    };
-    layOut();
-    newFolder_->show();
-    newFolder_->selectAll();
-    newFolder_->setFocus();
-}
-
-void SavePanelWindow::endNewFolder() {
-    Field *field = std::exchange(newFolder_, nullptr);
-    if (!field) return;
-    field->hide();
-    field->deleteLater();
-    layOut();
-}
-
-void SavePanelWindow::makeFolder(const QString &name) {
-    if (!canBeFolder(name)) return newFolder_->setReadable(false);
-    const auto words = std::make_shared<std::string>();
-    const std::string path = pathWithin(model_.folder(), name.toStdString());
-    services_.jobs.run(
-        std::make_shared<Progress>(),
-        [words, path, &files = services_.files](Progress &) { *words = newFolderFault(files, path); },
-        [self = QPointer(this), words, path](std::exception_ptr) {
-            if (self) self->folderMade(path, *words);
-        });
-}
-
-void SavePanelWindow::folderMade(const std::string &path, const std::string &fault) {
-    if (fault.empty()) {
-        goTo(path);
-        return name_->setFocus(Qt::OtherFocusReason);
-    }
-    say(NoteTone::error, fault);
-    if (newFolder_) newFolder_->setReadable(false);
 }
 
 bool SavePanelWindow::focusNextPrevChild(bool next) {
@@ -281,9 +170,9 @@ void SavePanelWindow::keyPressEvent(QKeyEvent *event) {
     const int key = event->key();
     if (key == Qt::Key_Escape) return cancel();
     if (key == Qt::Key_Return || key == Qt::Key_Enter) return confirm();
-    if (key == Qt::Key_Up && modifiers == Qt::AltModifier) return goToParent();
-    if (key == Qt::Key_N && modifiers == (Qt::ControlModifier | Qt::ShiftModifier)) return beginNewFolder();
-    if (key == Qt::Key_F5) return read();
+    if (key == Qt::Key_Up && modifiers == Qt::AltModifier) return browser_->goToParent();
+    if (key == Qt::Key_N && modifiers == (Qt::ControlModifier | Qt::ShiftModifier)) return browser_->beginNewFolder();
+    if (key == Qt::Key_F5) return browser_->read();
     QWidget::keyPressEvent(event);
 }
 
