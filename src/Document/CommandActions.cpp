@@ -4,6 +4,7 @@
 
 #include "Editor/AudioEditorModel/AudioEditorLoops.h"
 #include "Editor/AudioEditorModel/AudioEditorSlices.h"
+#include "Editor/AudioEditorModel/AudioEditorSpectralPainting.h"
 
 namespace kiv {
 
@@ -49,15 +50,24 @@ bool isZoomed(Document document) { return hasSound(document) && state(document).
 
 bool canFindLoop(Document document) { return canEdit(document) && !state(document).loopAnalyzing; }
 bool canApplyLoopCrossfade(Document document) {
-    return isFree(document) && state(document).editLoopEnabled && AudioEditorLoops::loopCrossfadeFrames(state(document)) > 0;
+    return isEditable(document) && state(document).editLoopEnabled &&
+           AudioEditorLoops::loopCrossfadeFrames(state(document)) > 0;
 }
 bool canSaveSelection(Document document) { return isFreeAndIdle(document) && state(document).selection; }
 bool canSaveSlices(Document document) {
     return isFreeAndIdle(document) && state(document).slicerEnabled && !state(document).slices.empty();
 }
 
+bool isSpectral(Document document) { return isFree(document) && state(document).spectralEnabled; }
+// Whether making all of the mask that gain would change any of it.
+template <auto gain>
+bool canMakeMask(Document document) {
+    return isSpectral(document) && isEditable(document) && state(document).spectral->mask.uniform() != gain;
+}
+
 using Command = EditorCommand;
 namespace Edits = AudioEditorEdits;
+namespace Painting = AudioEditorSpectralPainting;
 
 // clang-format off
 constexpr CommandAction actions[] = {
@@ -109,6 +119,8 @@ constexpr CommandAction actions[] = {
      [](Document d) { return state(d).followPlayhead; }},
     {Command::slicer, canEdit, [](AudioDocument &d) { AudioEditorSlices::setSlicerEnabled(d.model(), !state(d).slicerEnabled); },
      [](Document d) { return state(d).slicerEnabled; }},
+    {Command::eq, hasRange, [](AudioDocument &d) { d.model().setEqEnabled(!state(d).eqEnabled); },
+     [](Document d) { return state(d).eqEnabled; }},
 
     {Command::editLoop, canEdit, [](AudioDocument &d) { d.model().setEditLoopEnabled(!state(d).editLoopEnabled); },
      [](Document d) { return state(d).editLoopEnabled; }},
@@ -116,6 +128,12 @@ constexpr CommandAction actions[] = {
     {Command::playLoopJoint, [](Document d) { return canPlay(d) && state(d).loopPoints; },
      [](AudioDocument &d) { AudioEditorLoops::playLoopJoint(d.model()); }},
     {Command::applyLoopCrossfade, canApplyLoopCrossfade, [](AudioDocument &d) { AudioEditorLoops::applyLoopCrossfade(d.model()); }},
+
+    {Command::spectral, canEdit, [](AudioDocument &d) { d.model().setSpectralEnabled(!state(d).spectralEnabled); },
+     [](Document d) { return state(d).spectralEnabled; }},
+    {Command::spectralSwapBrush, isSpectral, [](AudioDocument &d) { Painting::swapBrush(d.model()); }},
+    {Command::spectralClear, canMakeMask<AudioEditorSpectral::floorGain>, [](AudioDocument &d) { Painting::clear(d.model()); }},
+    {Command::spectralReset, canMakeMask<1.0f>, [](AudioDocument &d) { Painting::reset(d.model()); }},
 };
 // clang-format on
 

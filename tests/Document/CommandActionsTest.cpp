@@ -3,6 +3,7 @@
 
 #include "Document/CommandActions.h"
 #include "Document/DocumentWorld.h"
+#include "Editor/AudioEditorModel/AudioEditorSpectralPainting.h"
 
 namespace kiv {
 namespace {
@@ -29,10 +30,10 @@ TEST(CommandActions, AreEnabledWhereTheyCanAct) {
         {"nothing open", "", [](DocumentWorld &) {}, ""},
         {"as opened", stereoFile, [](DocumentWorld &) {},
          "save saveAs revert selectAll playStop loop goToStart goToEnd " + edits + " mono timeStretch " + view +
-             " toggleTimeUnit followPlayhead slicer editLoop findLoop"},
+             " toggleTimeUnit followPlayhead slicer eq editLoop findLoop spectral"},
         {"mono", monoFile, [](DocumentWorld &) {},
          "save saveAs revert selectAll playStop loop goToStart goToEnd " + edits + " stereo timeStretch " + view +
-             " toggleTimeUnit followPlayhead slicer editLoop findLoop"},
+             " toggleTimeUnit followPlayhead slicer eq editLoop findLoop spectral"},
         {"no sound in it", Wav::file({}), [](DocumentWorld &) {},
          "save saveAs revert loop goToStart goToEnd stereo verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead"},
         {"a selection", stereoFile,
@@ -41,11 +42,11 @@ TEST(CommandActions, AreEnabledWhereTheyCanAct) {
          },
          "save saveAs saveSelection revert cut copy delete selectAll selectNone playStop loop goToStart goToEnd " + edits +
              " trim mono timeStretch zoomIn zoomSelection verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead slicer "
-             "editLoop findLoop"},
+             "eq editLoop findLoop spectral"},
         {"everything selected", stereoFile, [](DocumentWorld &w) { w.model.selectAll(); },
          "save saveAs saveSelection revert copy selectAll selectNone playStop loop goToStart goToEnd " + edits +
              " mono timeStretch zoomIn zoomSelection verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead slicer "
-             "editLoop findLoop"},
+             "eq editLoop findLoop spectral"},
         {"one frame selected", stereoFile,
          [](DocumentWorld &w) {
              w.model.select({10, 11});
@@ -53,8 +54,8 @@ TEST(CommandActions, AreEnabledWhereTheyCanAct) {
          "save saveAs saveSelection revert cut copy delete selectAll selectNone playStop loop goToStart goToEnd gain normalize "
          "fadeIn fadeOut "
          "silence"
-         " trim mono zoomIn zoomSelection verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead slicer editLoop "
-         "findLoop"},
+         " trim mono zoomIn zoomSelection verticalZoomIn verticalZoomOut toggleTimeUnit followPlayhead slicer eq editLoop "
+         "findLoop spectral"},
         {"edited, undone and copied", monoFile,
          [](DocumentWorld &w) {
              AudioEditorEdits::reverse(w.model);
@@ -65,7 +66,7 @@ TEST(CommandActions, AreEnabledWhereTheyCanAct) {
              w.model.selectNone();
          },
          "save saveAs revert undo redo paste selectAll playStop loop goToStart goToEnd " + edits + " stereo timeStretch " +
-             view + " toggleTimeUnit followPlayhead slicer editLoop findLoop"},
+             view + " toggleTimeUnit followPlayhead slicer eq editLoop findLoop spectral"},
         {"zoomed to the limits", stereoFile,
          [](DocumentWorld &w) {
              w.model.setView({1000, 500});
@@ -73,11 +74,18 @@ TEST(CommandActions, AreEnabledWhereTheyCanAct) {
          },
          "save saveAs revert selectAll playStop loop goToStart goToEnd " + edits +
              " mono timeStretch zoomOut zoomFit verticalZoomOut verticalZoomReset toggleTimeUnit followPlayhead slicer "
-             "editLoop findLoop"},
+             "eq editLoop findLoop spectral"},
         {"a dialog open", stereoFile, [](DocumentWorld &w) { w.model.openDialog(Dialog::gain); }, "playStop " + view},
         {"saving", stereoFile, [](DocumentWorld &w) { w.document->save(); },
          "selectAll playStop loop goToStart goToEnd " + edits + " mono timeStretch " + view +
-             " toggleTimeUnit followPlayhead slicer editLoop findLoop"},
+             " toggleTimeUnit followPlayhead slicer eq editLoop findLoop spectral"},
+        {"painted on", monoFile,
+         [](DocumentWorld &w) {
+             w.model.setSpectralEnabled(true);
+             AudioEditorSpectralPainting::clear(w.model);
+         },
+         "save saveAs revert undo selectAll playStop loop goToStart goToEnd " + edits + " stereo timeStretch " + view +
+             " toggleTimeUnit followPlayhead slicer eq editLoop findLoop spectral spectralSwapBrush spectralReset"},
         {"reading again", stereoFile, [](DocumentWorld &w) { w.document->revert(); }, view},
     };
     for (const auto &c : cases) {
@@ -109,7 +117,8 @@ TEST(CommandActions, OfAProgramOrALaterFeatureHaveNoRow) {
 TEST(CommandActions, TogglesShowTheirState) {
     DocumentWorld world;
     world.open(monoFile);
-    for (const EditorCommand command : {EditorCommand::loop, EditorCommand::followPlayhead}) {
+    using enum EditorCommand;
+    for (const EditorCommand command : {loop, followPlayhead, slicer, eq, editLoop, spectral}) {
         EXPECT_FALSE(action(command)->checked(*world.document));
         perform(command, *world.document);
         EXPECT_TRUE(action(command)->checked(*world.document));

@@ -3,6 +3,7 @@
 
 #include "Document/CommandActions.h"
 #include "Document/DocumentWorld.h"
+#include "Editor/AudioEditorModel/AudioEditorLoops.h"
 
 namespace kiv {
 namespace {
@@ -42,14 +43,17 @@ TEST_F(LongEdit, LetsListenLookAndCopyButNoOtherEditBegin) {
     using enum EditorCommand;
     EXPECT_EQ(document->work(), AudioDocument::Work::editing);
     model.select({0, 100});
-    for (const EditorCommand command :
-         {undo, redo, cut, paste, delete_, gain, normalize, fadeIn, fadeOut, silence, reverse, trim, stereo, revert})
+    AudioEditorLoops::setLoop(model, 100, 200);
+    AudioEditorLoops::setLoopCrossfadeStep(model, 1);
+    model.setEditLoopEnabled(true);
+    for (const EditorCommand command : {undo, redo, cut, paste, delete_, gain, normalize, fadeIn, fadeOut, silence, reverse,
+                                        trim, stereo, revert, applyLoopCrossfade, spectral})
         EXPECT_FALSE(isEnabled(command, *document)) << row(command).raw;
     for (const EditorCommand command : {playStop, zoomIn, copy, selectAll, selectNone, goToStart, loop, toggleTimeUnit, save})
         EXPECT_TRUE(isEnabled(command, *document)) << row(command).raw;
     jobs.runAll();
-    EXPECT_TRUE(isEnabled(gain, *document));
-    EXPECT_TRUE(isEnabled(undo, *document));
+    for (const EditorCommand command : {gain, undo, applyLoopCrossfade, spectral})
+        EXPECT_TRUE(isEnabled(command, *document)) << row(command).raw;
     EXPECT_FALSE(document->isBusy());
 }
 

@@ -27,7 +27,7 @@ QString windowTitle(const std::string &name) {
 // Modes whose bar or panel the window does not have yet, and what would enter one. What acts only inside them waits with them.
 bool entersMissingMode(EditorCommand command) {
     using enum EditorCommand;
-    return command == slicer || command == editLoop || command == findLoop;
+    return command == slicer || command == eq || command == editLoop || command == findLoop || command == spectral;
 }
 
 FileFacts factsOf(const AudioFileFormat *format) {
@@ -150,9 +150,8 @@ bool DocumentWindowController::isChecked(EditorCommand command) const {
 }
 
 bool DocumentWindowController::isToggle(EditorCommand command) const {
-    using enum EditorCommand;
     const CommandAction *row = action(command);
-    return row ? row->checked != nullptr : command == slicer || command == eq || command == editLoop || command == spectral;
+    return row && row->checked;
 }
 
 void DocumentWindowController::perform(EditorCommand command) {

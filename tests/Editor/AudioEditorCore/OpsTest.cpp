@@ -172,15 +172,6 @@ TEST(Gain, FactorIsTenToTheTwentieth) {
     EXPECT_DOUBLE_EQ(AudioEditorOps::gainFactor(-6), std::pow(10.0, -0.3));
 }
 
-TEST(Normalize, PutsTheLoudestSampleOfAllChannelsOnTheTarget) {
-    const AudioEditorBuffer buffer = sound({0.1f, -0.5f, 0.2f, 0.25f}, 2);
-    const FrameRange all{0, 2};
-    const double factor = AudioEditorOps::gainFactor(-6) / AudioEditorOps::peak(buffer, all);
-    const AudioEditorBuffer result = AudioEditorOps::scaled(buffer, all, factor);
-    EXPECT_FLOAT_EQ(AudioEditorOps::peak(result, all), 0.501187234f);
-    EXPECT_FLOAT_EQ(result.sample(0, 0) / result.sample(0, 1), -0.2f);
-}
-
 TEST(Mono, KeepsTheChosenChannelOrTheMean) {
     using enum AudioEditorMonoSource;
     const Samples stereo{1, 3, -5, 7}, three{1, 2, 4, 0.1f, 0.2f, 0.4f};

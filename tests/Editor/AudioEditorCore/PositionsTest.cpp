@@ -60,12 +60,6 @@ TEST(LengthChange, ALoopKeepsAFrameThatExists) {
     for (const auto &c : cases) EXPECT_EQ(c.change.mapLoop(c.from, c.newFrames), c.to) << c.from.lo << " ..< " << c.from.hi;
 }
 
-TEST(LengthChange, EqualsByKindAndPayload) {
-    EXPECT_EQ(LengthChange::removed({1, 2}), LengthChange::removed({1, 2}));
-    EXPECT_NE(LengthChange::removed({1, 2}), LengthChange::kept({1, 2}));
-    EXPECT_NE(LengthChange::replaced({1, 2}, 3), LengthChange::replaced({1, 2}, 4));
-}
-
 TEST(MonoSource, TextsAreReadAsWritten) {
     for (const AudioEditorMonoSource source : allMonoSources) EXPECT_EQ(monoSourceFromText(storedText(source)), source);
     for (const char *unknown : {"Left", "", "mix ", "both"}) EXPECT_EQ(monoSourceFromText(unknown), std::nullopt) << unknown;

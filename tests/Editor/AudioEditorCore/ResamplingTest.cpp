@@ -43,26 +43,6 @@ TEST(WithSampleRate, LeavesTheSameRateAndSingleFramesAlone) {
     EXPECT_EQ(AudioEditorOps::withSampleRate(buffer, 0).frames(), 1);
 }
 
-// Half of full scale times 0.0002 dB, the ripple of the resampler's pass band. A shift by a hundredth of a frame would show.
-constexpr float rippleOfHalf = 1.2e-5f;
-
-// A tone stays where it is in time, keeps its level, and each channel keeps its own.
-TEST(WithSampleRate, KeepsTonesInPlace) {
-    constexpr std::int64_t from = 44100, frames = 200'000;
-    for (const std::int64_t to : {48000, 22050, 96000, 32000}) {
-        const std::vector<float> low = sine(frames, 440, from), high = sine(frames, 9000, from);
-        std::vector<float> stereo;
-        for (std::size_t i = 0; i < low.size(); ++i) stereo.insert(stereo.end(), {low[i], high[i]});
-        const AudioEditorBuffer result = AudioEditorOps::withSampleRate(inPieces(AudioEditorBuffer(stereo, 2, from)), to);
-        const std::int64_t count = result.frames();
-        std::vector<float> left(std::size_t(count), 0.0f), right = left;
-        result.copyChannel({0, count}, 0, left.data());
-        result.copyChannel({0, count}, 1, right.data());
-        EXPECT_LT(farthest(left, sine(count, 440, double(to)), 2000), rippleOfHalf) << to;
-        EXPECT_LT(farthest(right, sine(count, 9000, double(to)), 2000), rippleOfHalf) << to;
-    }
-}
-
 // A soft pulse close to the end, in a sound shorter than the resampler's filter.
 TEST(WithSampleRate, KeepsTheEndOfShortSounds) {
     const auto pulse = [](std::int64_t frames, double rate) {
@@ -166,7 +146,7 @@ TEST(WithSampleRate, IsTheSameInSectionsAsInOnePiece) {
         const auto x = noiseSamples(900'001, 3), y = noiseSamples(900'001, 4);
         std::vector<float> both;
         for (std::size_t i = 0; i < x.size(); ++i) both.insert(both.end(), {x[i], y[i]});
-        const AudioEditorBuffer result = AudioEditorOps::withSampleRate(AudioEditorBuffer(both, 2, from), to);
+        const AudioEditorBuffer result = AudioEditorOps::withSampleRate(inPieces(AudioEditorBuffer(both, 2, from)), to);
         const std::int64_t count = result.frames();
         const auto whole = AudioEditorOps::bandLimited({x, y}, from, to, count);
         std::vector<float> channel(std::size_t(count), 0.0f);

@@ -125,22 +125,14 @@ TEST(Wsola, FindsWhatThePlainFormFinds) {
         const Planar wanted = PlainWsola(in, out, rate).result(), got = AudioEditorOps::wsola(in, out, rate);
         for (std::size_t c = 0; c < in.size(); ++c) {
             const auto isSame = [](float x, float y) { return x == y || (std::isnan(x) && std::isnan(y)); };
+            ASSERT_EQ(got[c].size(), std::size_t(out));
             const auto differs = std::mismatch(got[c].begin(), got[c].end(), wanted[c].begin(), wanted[c].end(), isSame);
             ASSERT_EQ(differs.first - got[c].begin(), out) << "round " << round << ", from " << frames << " frames at " << rate;
         }
     }
 }
 
-TEST(Wsola, GivesTheLengthAskedForAndKeepsTheFirstFrame) {
-    for (const std::int64_t frames : {2, 3, 15, 17, 1763, 5000})
-        for (const std::int64_t out : {1, 2, 7, 1763, 1764, 20'001}) {
-            const Planar in{noiseSamples(frames, 3), noiseSamples(frames, 4)};
-            const Planar result = AudioEditorOps::wsola(in, out, 44100);
-            for (std::size_t c = 0; c < 2; ++c) {
-                ASSERT_EQ(result[c].size(), std::size_t(out));
-                ASSERT_EQ(result[c][0], in[c][0]) << frames << " to " << out;
-            }
-        }
+TEST(Wsola, OfTooLittleIsSilence) {
     EXPECT_TRUE(AudioEditorOps::wsola({}, 10, 44100).empty());
     EXPECT_EQ(AudioEditorOps::wsola({{0.5f}}, 3, 44100), (Planar{{0, 0, 0}}));
     EXPECT_EQ(AudioEditorOps::wsola({{1, 2}, {3, 4}}, 0, 44100), (Planar{{}, {}}));

@@ -98,40 +98,6 @@ TEST(LoopFinder, loopsASteadyToneByWholePeriods) {
     }
 }
 
-// The jump at the joint, over the largest between neighbours inside the loop.
-double stepAtJoint(const AudioEditorBuffer &sound, FrameRange loop) {
-    const std::vector<float> x = sound.part(loop).samples();
-    float largest = 0;
-    for (std::size_t i = 1; i < x.size(); ++i) largest = std::max(largest, std::fabs(x[i] - x[i - 1]));
-    return std::fabs(x.front() - x.back()) / largest;
-}
-
-TEST(LoopFinder, aNoteLoopsWithoutAClick) {
-    for (const double hertz : {97.3, 220.0, 441.0})
-        for (const LoopPoints points : {LoopPoints::anywhere, LoopPoints::atRisingZeroCrossings}) {
-            const AudioEditorBuffer sound = note(2, 1, 44100, hertz, 1);
-            for (const auto &proposal : analyze(sound, points)) {
-                EXPECT_GT(proposal.match, 0.9) << hertz;
-                EXPECT_LT(stepAtJoint(sound, proposal.loop), 2.5) << hertz;
-            }
-        }
-}
-
-TEST(LoopFinder, keepsProposalsApartAndAtCrossingsWhenAsked) {
-    const AudioEditorBuffer sound = note(2, 2, 44100, 130, 9);
-    const auto found = analyze(sound, LoopPoints::atRisingZeroCrossings);
-    ASSERT_FALSE(found.empty());
-    ASSERT_LE(found.size(), 8u);
-    const auto sum = [&](std::int64_t frame) { return sound.sample(frame, 0) + sound.sample(frame, 1); };
-    for (std::size_t i = 0; i < found.size(); ++i) {
-        for (const std::int64_t point : {found[i].loop.lo, found[i].loop.hi})
-            EXPECT_TRUE(sum(point - 1) < 0 && sum(point) >= 0);
-        for (std::size_t k = 0; k < i; ++k)
-            EXPECT_TRUE(std::abs(found[i].loop.lo - found[k].loop.lo) >= 882 ||
-                        std::abs(found[i].loop.hi - found[k].loop.hi) >= 882);
-    }
-}
-
 TEST(LoopFinder, findsNothingInWhatIsTooQuietTooShortOrNoSound) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const std::vector<float> bad(44'100, nan);

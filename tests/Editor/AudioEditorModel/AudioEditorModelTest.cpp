@@ -179,7 +179,10 @@ TEST_F(ModelTest, eachSetterTellsItsChangeOnceAndTheSameValueNothing) {
     for (const auto &each : cases) {
         EXPECT_EQ(notices([&] { each.act(model); }), each.expected) << &each - cases;
         EXPECT_EQ(notices([&] { each.act(model); }), 0u) << &each - cases;
+        EXPECT_EQ(state().resizingEdge, state().pointerMode.has_value());
     }
+    model.setPointerMode(CursorDrag{5, 3.5, false});
+    EXPECT_FALSE(state().resizingEdge);
 }
 
 TEST_F(ModelTest, aBatchTellsAllItsChangesAsOne) {
@@ -263,15 +266,6 @@ TEST_F(ModelTest, aDialogOpensAndClosesWithoutAnOldText) {
     model.setDialogText("-3", true);
     model.openDialog(Dialog::gain);
     EXPECT_EQ(state().dialogText, "");
-}
-
-TEST_F(ModelTest, anEdgeDragSaysSo) {
-    model.setPointerMode(CursorDrag{5, 3.5, false});
-    EXPECT_FALSE(state().resizingEdge);
-    model.setPointerMode(EdgeDrag{5});
-    EXPECT_TRUE(state().resizingEdge);
-    model.setPointerMode({});
-    EXPECT_FALSE(state().resizingEdge || state().pointerMode);
 }
 
 }  // namespace

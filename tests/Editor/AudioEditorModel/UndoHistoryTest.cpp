@@ -89,22 +89,6 @@ TEST(UndoHistory, neverDropsTheNewest) {
     EXPECT_EQ(undoVersions(history), std::vector<std::int64_t>{3});
 }
 
-TEST(UndoHistory, stepsCarryABufferExactlyWhenTheOneTakenDoes) {
-    UndoHistory history;
-    history.push(sound(0, noise(10, 1, 1)));
-    history.push(position(1));
-    std::vector<bool> asked;
-    const auto current = [&](const Snapshot &taken) {
-        asked.push_back(taken.buffer.has_value());
-        return taken.buffer ? sound(9, noise(20, 1, 2)) : position(9);
-    };
-    history.undo(current);
-    history.undo(current);
-    EXPECT_FALSE(history.undo(current));
-    history.redo(current);
-    EXPECT_EQ(asked, (std::vector<bool>{false, true, true}));
-}
-
 TEST(UndoHistory, onlyAPushIsBoundedAndClearsTheRedos) {
     const AudioEditorBuffer tooMuch = repeated(29);
     const auto current = [&](const Snapshot &) { return sound(9, tooMuch); };
