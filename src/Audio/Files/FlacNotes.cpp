@@ -43,7 +43,8 @@ void readTags(std::span<const std::byte> block, SoundNotes &notes) {
 }  // namespace
 
 SoundNotes flacNotes(const AudioFileContents &contents) {
-    SoundNotes notes{.texts = contents.texts};
+    SoundNotes notes;
+    notes.texts = contents.texts;
     for (const FlacMetadataBlock &block : contents.flacMetadata) {
         if (block.type == FlacMetadataBlock::tags) readTags(block.data, notes);
         if (block.type == FlacMetadataBlock::picture) notes.others = {"pictures"};
