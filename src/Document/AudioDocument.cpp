@@ -249,10 +249,12 @@ void AudioDocument::revert() {
             }));
 }
 
-void AudioDocument::readAgain() {
+void AudioDocument::readAgain(const std::string &notice) {
     if (isBusy()) return;
-    load(path_, [this](std::shared_ptr<Loaded> loaded, const std::string &error) {
-        if (loaded) return install(std::move(*loaded), Install::again);
+    load(path_, [this, notice](std::shared_ptr<Loaded> loaded, const std::string &error) {
+        if (loaded) install(std::move(*loaded), Install::again);
+        if (loaded && !notice.empty()) ui_.showNotice(NoticeKind::information, notice);
+        if (loaded) return;
         if (error != cancelledText) ui_.showError(quoted(name()) + " could not be read", error);
     });
 }

@@ -158,8 +158,8 @@ private:
     void load(const std::string &path, std::function<void(std::shared_ptr<Loaded>, const std::string &error)> done);
     enum class Install { fresh, again };
     void install(Loaded loaded, Install how);
-    void readAgain();
-    std::string whyElsewhere() const;  // a save cannot go over the file; empty when it can
+    void readAgain(const std::string &notice = {});  // which is shown when it has worked
+    std::string whyElsewhere() const;                // a save cannot go over the file; empty when it can
     void installRecovered(RecoveredDocument recovered, std::shared_ptr<const AbandonedJournal> journal);
     void confirmAndSave(SaveOrder order);
     void requestSave(SaveOrder order);

@@ -53,10 +53,7 @@ void AudioDocument::compareWithDisk(const FileSystem::Identity &now) {
 
 void AudioDocument::changedOnDisk() {
     if (isBusy()) return foundOnDisk_.reset();  // for the next look
-    if (!isEdited()) {
-        ui_.showNotice(NoticeKind::information, quoted(name()) + " was changed by another program and read again");
-        return readAgain();
-    }
+    if (!isEdited()) return readAgain(quoted(name()) + " was changed by another program and read again");
     const DocumentUi::Question question{
         quoted(name()) + " has been changed by another program",
         "Your own changes are not saved. Reading the file again replaces them with what the other program has written.",

@@ -29,8 +29,7 @@ std::string proposedPath(const std::string &path, const AudioFileContents &conte
     return folderPart(path) + fileStem(path) + "." + extension(format);
 }
 
-std::string selectionPath(const std::string &path, const AudioFileContents &contents) {
-    const std::string end = contents.canSaveInPlace() ? contents.format.fileExtension : "wav";
+std::string selectionPath(const std::string &path, const std::string &end) {
     return folderPart(path) + fileStem(path) + "-selection." + end;
 }
 
@@ -103,10 +102,11 @@ void AudioDocument::considerTarget(const DocumentUi::SavePanel &panel, const Doc
 void AudioDocument::saveSelection(std::function<void(bool)> done) {
     if (!done) done = [](bool) {};
     if (!contents_ || !model_.state().selection) return done(false);
-    const bool isWritable = contents_->canSaveInPlace();
+    const bool isWritable = AudioFileCodec::isPartWritable(model_.state().buffer, *contents_);
     const std::string message =
         isWritable ? "" : contents_->format.typeName + " files can't be written: the selection is saved as WAV.";
-    const DocumentUi::SavePanel panel{"Save Selection As", message, selectionPath(path_, *contents_), {}};
+    const DocumentUi::SavePanel panel{
+        "Save Selection As", message, selectionPath(path_, isWritable ? contents_->format.fileExtension : "wav"), {}};
     confirmEqAndEdits(Saved::selection, [this, panel, done = std::move(done)](bool go) {
         if (!go) return done(false);
         chooseTarget(panel, [this, done](const std::optional<DocumentUi::SaveTarget> &target) {

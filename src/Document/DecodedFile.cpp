@@ -53,6 +53,7 @@ AudioFileContents described(const DecodedFormat &format, const std::string &path
                        .bitsDescription = bitsDescription(format),
                        .fileExtension = extensionOf(path)};
     contents.coreAudioSettings = {{formatIdentifierKey, format.identifier}, {bitDepthKey, std::to_string(format.bits)}};
+    contents.texts = format.texts;
     contents.buffer = AudioEditorBuffer(format.channels, format.sampleRate);
     return contents;
 }

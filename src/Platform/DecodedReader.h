@@ -6,6 +6,8 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "Support/ByteSource.h"
 
@@ -19,6 +21,9 @@ struct DecodedFormat {
     bool isFloat = false;
     std::int64_t channels = 1;
     std::int64_t sampleRate = 44100;
+    // What the file says of its sound: "TITLE", "ARTIST", "ALBUM", "COMMENT", "COPYRIGHT", "DATE", "GENRE", "TRACKNUMBER", with
+    // texts in UTF-8. What a FLAC file says is not among them.
+    std::vector<std::pair<std::string, std::string>> texts = {};
 
     // More than a 32-bit float holds.
     bool isWide() const { return !isFloat && bits > 24; }

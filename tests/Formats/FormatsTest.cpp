@@ -247,6 +247,20 @@ TEST(Formats, AreReadSampleForSampleByOtherPrograms) {
         }
 }
 
+// From whatever kind of file, into every kind that a sound may be saved as.
+TEST(Formats, TakeTheirTitleAlong) {
+    Desk desk;
+    desk.write("in.wav", ourWav(knownTone(2, 48000, 20000)));
+    const AudioSaveFormat formats[] = {{Container::wav, 16}, {Container::aiff, 24}, {Container::flac, 16}};
+    for (const std::string from : {"a.mp3", "a.ogg", "a.opus", "a.m4a", "a.caf", "a.flac", "a.wav", "a.aiff", "a.wma"}) {
+        ASSERT_TRUE(desk.run("ffmpeg -y -i in.wav -metadata title=Song " + from)) << from;
+        for (const AudioSaveFormat &format : formats) {
+            desk.write("out", AudioFileCodec::converted(desk.read(from), format).contents);
+            EXPECT_TRUE(desk.run("ffprobe -v error -show_entries format_tags out | grep -i TAG:title=Song")) << from;
+        }
+    }
+}
+
 TEST(Formats, FlacOfEveryDepthPassesItsOwnTest) {
     Desk desk;
     for (int bits = 4; bits <= 32; ++bits) {

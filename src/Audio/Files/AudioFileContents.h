@@ -5,6 +5,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Editor/AudioEditorCore/AudioEditorBuffer.h"
@@ -133,9 +134,10 @@ struct AudioFileContents {
     std::optional<AudioFileLoop> loop;
     std::optional<std::map<std::string, std::string>> coreAudioSettings;
     std::vector<FlacMetadataBlock> flacMetadata;
-    std::optional<SampleWrapping> wrapping;  // decoded files that can be written back all the same
-    std::int64_t missingFrames = 0;          // that the file says it has, and does not hold: it has been cut off
-    Bytes trailing;                          // what stands behind the last chunk and is none; written back as it is
+    std::vector<std::pair<std::string, std::string>> texts;  // of a decoded file: "TITLE" and the like, for other formats
+    std::optional<SampleWrapping> wrapping;                  // decoded files that can be written back all the same
+    std::int64_t missingFrames = 0;  // that the file says it has, and does not hold: it has been cut off
+    Bytes trailing;                  // what stands behind the last chunk and is none; written back as it is
 
     // Whether it can be written back in its own format with nothing lost. Of decoded files FLAC can, and those with a wrapping
     // that fits the sound.

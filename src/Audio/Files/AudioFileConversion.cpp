@@ -98,6 +98,7 @@ void startAnew(AudioFileContents &contents) {
     contents.flacMetadata.clear();
     contents.coreAudioSettings.reset();
     contents.wrapping.reset();
+    contents.texts.clear();
     if (contents.format.container == AudioContainer::coreAudio) return;
     const FormIds ids = formIds(contents.format);
     addChunk(contents, ids.format, ids.payload(contents.format, contents.buffer));
@@ -185,10 +186,15 @@ AudioSaveFormat nearestSaveFormat(const AudioFileContents &contents) {
     return {Container::wav, atLeast(bits, {8, 16, 24, 32})};
 }
 
+bool isPartWritable(const AudioEditorBuffer &part, const AudioFileContents &contents) {
+    return contents.wrapping ? contents.wrapping->channels == part.channels() : contents.canSaveInPlace();
+}
+
 AudioFileContents partContents(AudioEditorBuffer part, const AudioFileContents &contents) {
     const std::string depth = contents.decodedSetting(bitDepthKey);
+    const bool isWritable = isPartWritable(part, contents);
     AudioFileContents bare = bareContents(std::move(part), contents);
-    if (bare.wrapping ? bare.wrapping->fits(bare.buffer) : contents.canSaveInPlace()) return bare;
+    if (isWritable) return bare;
     const bool isDeep = !depth.empty() && std::stoi(depth) > 16;
     return converted(std::move(bare), {Container::wav, isDeep ? 24 : 16}).contents;
 }

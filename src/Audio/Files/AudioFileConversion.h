@@ -26,6 +26,7 @@ AudioSaveFormat nearestSaveFormat(const AudioFileContents &contents);
 
 // Contents for a new file made from part of the audio: bare, in the file's own format where that can be written, else as WAV
 // of 16 bits, or 24 where the file has more.
+bool isPartWritable(const AudioEditorBuffer &part, const AudioFileContents &contents);
 AudioFileContents partContents(AudioEditorBuffer part, const AudioFileContents &contents);
 
 }  // namespace kiv::AudioFileCodec

@@ -35,6 +35,9 @@ constexpr std::array dialects{
     Dialect{"caff", std::endian::big, 4, 8, 8, 0, 1, 0, 0},
 };
 
+// More than any real file has; each takes many times its header in memory.
+constexpr std::size_t mostParts = 4096;
+
 // Chunks that stand for no frames, whatever else they say.
 bool isTimeless(const SampleWrapping::Part &part) {
     static constexpr std::array<std::string_view, 17> timeless{"bext", "iXML", "JUNK", "junk", "PAD ", "FLLR",
@@ -70,7 +73,7 @@ public:
         std::int64_t at = dialect_.first;
         while (reader_.size() - at >= dialect_.header()) {
             const auto chunk = chunkAt(at);
-            if (!chunk || !add(*chunk)) return std::nullopt;
+            if (!chunk || wrapping.parts.size() > mostParts || !add(*chunk)) return std::nullopt;
             at = std::min(aligned(chunk->payload + chunk->size), reader_.size());
         }
         const std::int64_t frameBytes = wrapping.channels * wrapping.encoding.bytes;

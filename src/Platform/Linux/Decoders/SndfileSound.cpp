@@ -93,6 +93,19 @@ DecodedFormat described(const ByteSource &source, const SF_INFO &info) {
             .sampleRate = info.samplerate};
 }
 
+constexpr std::array texts{
+    Named{SF_STR_TITLE, "TITLE"},     Named{SF_STR_ARTIST, "ARTIST"},           Named{SF_STR_ALBUM, "ALBUM"},
+    Named{SF_STR_COMMENT, "COMMENT"}, Named{SF_STR_COPYRIGHT, "COPYRIGHT"},     Named{SF_STR_DATE, "DATE"},
+    Named{SF_STR_GENRE, "GENRE"},     Named{SF_STR_TRACKNUMBER, "TRACKNUMBER"},
+};
+
+std::vector<std::pair<std::string, std::string>> textsOf(SNDFILE *file) {
+    std::vector<std::pair<std::string, std::string>> found;
+    for (const Named &text : texts)
+        if (const char *value = sf_get_string(file, text.value); value && *value) found.emplace_back(text.name, value);
+    return found;
+}
+
 CallbackSource &callbackSource(void *data) { return *static_cast<CallbackSource *>(data); }
 sf_count_t lengthOf(void *data) { return callbackSource(data).size(); }
 sf_count_t seekIn(sf_count_t offset, int whence, void *data) {
@@ -113,7 +126,9 @@ public:
         SF_VIRTUAL_IO io{lengthOf, seekIn, readFrom, writeTo, tellOf};
         file_.reset(sf_open_virtual(&io, SFM_READ, &info_, &source_));
         source_.rethrow();
-        if (file_) format_ = described(source, info_);
+        if (!file_) return;
+        format_ = described(source, info_);
+        format_.texts = textsOf(file_.get());
     }
 
     bool isOpen() const { return file_ && info_.channels > 0 && info_.samplerate > 0; }

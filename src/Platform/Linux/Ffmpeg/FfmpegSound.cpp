@@ -106,12 +106,31 @@ bool isFloatFormat(AVSampleFormat format) {
     return packed == AV_SAMPLE_FMT_FLT || packed == AV_SAMPLE_FMT_DBL;
 }
 
+// FFmpeg's names of texts, and those that are told.
+constexpr std::array<std::pair<const char *, const char *>, 8> textNames{{{"title", "TITLE"},
+                                                                          {"artist", "ARTIST"},
+                                                                          {"album", "ALBUM"},
+                                                                          {"comment", "COMMENT"},
+                                                                          {"copyright", "COPYRIGHT"},
+                                                                          {"date", "DATE"},
+                                                                          {"genre", "GENRE"},
+                                                                          {"track", "TRACKNUMBER"}}};
+
+std::vector<std::pair<std::string, std::string>> textsOf(const AVFormatContext &file) {
+    std::vector<std::pair<std::string, std::string>> found;
+    for (const auto &[name, key] : textNames)
+        if (const AVDictionaryEntry *entry = av_dict_get(file.metadata, name, nullptr, 0))
+            found.emplace_back(key, entry->value);
+    return found;
+}
+
 DecodedFormat described(const AVFormatContext &file, const AVCodecContext &decoder) {
     DecodedFormat format{.typeName = typeNameOf(file, decoder.codec_id),
                          .identifier = kindOf(decoder.codec_id).identifier,
                          .isFloat = isFloatFormat(decoder.sample_fmt),
                          .channels = decoder.ch_layout.nb_channels,
-                         .sampleRate = decoder.sample_rate};
+                         .sampleRate = decoder.sample_rate,
+                         .texts = textsOf(file)};
     const int width = 8 * av_get_bytes_per_sample(decoder.sample_fmt);
     if (isLossless(decoder.codec_id)) format.bits = decoder.bits_per_raw_sample > 0 ? decoder.bits_per_raw_sample : width;
     return format;

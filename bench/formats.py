@@ -6,7 +6,7 @@
   exact    after saving an untouched file: every byte (bytes), or every sample as another program reads it (samples)
   tags     the title that the file had is there after a save with edits
 
-Files are made by flac, ffmpeg and sox. usage: tests/Formats/matrix.py KIV"""
+Files are made by flac, ffmpeg and sox. usage: bench/formats.py KIV"""
 import json
 import shutil
 import subprocess
