@@ -60,10 +60,11 @@ bool canSaveSlices(Document document) {
 
 bool isSpectral(Document document) { return isFree(document) && state(document).spectralEnabled; }
 // Whether making all of the mask that gain would change any of it.
-template <auto gain>
-bool canMakeMask(Document document) {
+bool canMakeMask(Document document, float gain) {
     return isSpectral(document) && isEditable(document) && state(document).spectral->mask.uniform() != gain;
 }
+bool canClearSpectrum(Document document) { return canMakeMask(document, AudioEditorSpectral::floorGain); }
+bool canResetSpectrum(Document document) { return canMakeMask(document, 1); }
 
 using Command = EditorCommand;
 namespace Edits = AudioEditorEdits;
@@ -132,8 +133,8 @@ constexpr CommandAction actions[] = {
     {Command::spectral, canEdit, [](AudioDocument &d) { d.model().setSpectralEnabled(!state(d).spectralEnabled); },
      [](Document d) { return state(d).spectralEnabled; }},
     {Command::spectralSwapBrush, isSpectral, [](AudioDocument &d) { Painting::swapBrush(d.model()); }},
-    {Command::spectralClear, canMakeMask<AudioEditorSpectral::floorGain>, [](AudioDocument &d) { Painting::clear(d.model()); }},
-    {Command::spectralReset, canMakeMask<1.0f>, [](AudioDocument &d) { Painting::reset(d.model()); }},
+    {Command::spectralClear, canClearSpectrum, [](AudioDocument &d) { Painting::clear(d.model()); }},
+    {Command::spectralReset, canResetSpectrum, [](AudioDocument &d) { Painting::reset(d.model()); }},
 };
 // clang-format on
 

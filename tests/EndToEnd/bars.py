@@ -9,7 +9,7 @@ from desktop import GUTTER, Desktop, Editor, chunk, wait_for
 from screen import Picture, mix, near, rgb
 
 RATE, SECONDS = 48000, 10
-MARKS, LOOP, LOUD_AT = (1.0, 4.0), (2.0, 6.0), 3.0  # seconds
+MARKS, LOOP, LOUD_AT = (1.0, 4.0), (2.0, 6.0), 3.1  # seconds
 WIDTH, HEIGHT = 1280, 800
 BAR, OVERVIEW, RULER, LANE, WAVE, INFO = 50, 94, 127, 149, 160, 786  # a row in each part
 POSITION, MAX, CORNER, VERTICAL = (180, 36, 112, 28), (844, 37, 104, 26), (8, 118, 30, 14), (0, 160, 44, 600)

@@ -155,6 +155,14 @@ def sticking(editor):
     editor.drag_over(450, 397, keys=["ctrl"])
     editor.expect("Ctrl is free", selection=[at(397), at(450)])
     assert editor.state()["selection"][0] != MARKS[1]
+    editor.drag_over(403, 450)
+    assert editor.state()["selection"][0] == MARKS[1], "where a selection begins sticks too"
+    editor.hold(480, 397)
+    for key, sticks in (("keydown", False), ("keyup", True)):
+        editor.desktop.do(key, "ctrl")
+        editor.wait("Ctrl to act while the pointer rests", lambda s: (s["selection"][0] == MARKS[1]) == sticks)
+    editor.button(LEFT, False)
+    editor.wait("the end of the drag", lambda s: not s["dragging"])
 
 
 def clicks(editor):
@@ -330,7 +338,7 @@ def main(program):
         path.write_bytes(test_file())
         editor = Watched(desktop, program, path)
         for rule in (presses, edges, sticking, clicks, escape, scrolling_past_a_side, view_by_the_middle_button, right_click,
-                     wheels, keys, idle, following):
+                     wheels, keys, following, idle):
             rule(editor)
             print(f"{rule.__name__}: as it should be", flush=True)
         editor.key("ctrl+w")

@@ -54,7 +54,7 @@ void DocumentHostingView::connectParts() {
     busyLine_->onShown = [this](std::optional<double> fraction) { infoLine_->setProgress(fraction); };
     infoLine_->onSpokenText = [this](const QString &text) { waveform_->setValueText(text); };
     waveform_->setValueText(infoLine_->spokenText());
-    infoLine_->onLeft = topBar_->onLeft = [this] { waveform_->setFocus(); };
+    infoLine_->onLeft = topBar_->onLeft = [this] { returnFocus(); };
     sheets_->onWheel = [this](QWheelEvent *event) { zoomByWheel(event); };
     sheets_->onShown = [this](Sheet &sheet) {
         setViewOnly(true);
@@ -63,7 +63,7 @@ void DocumentHostingView::connectParts() {
     };
     sheets_->onGone = [this] {
         setViewOnly(false);
-        waveform_->setFocus();
+        returnFocus();
         topBar_->refreshCommands();
     };
 }
@@ -142,6 +142,9 @@ void DocumentHostingView::keyPressEvent(QKeyEvent *event) {
     const bool isBackwards = event->modifiers() & Qt::ShiftModifier;
     if (openSheet() && event->key() != Qt::Key_F10) return event->ignore();
     switch (event->key()) {
+        case Qt::Key_Control:
+            setControlHeld(true);
+            break;
         case Qt::Key_Escape:
             if (!cancelDrag() && onStop) onStop();
             break;
@@ -157,6 +160,21 @@ void DocumentHostingView::keyPressEvent(QKeyEvent *event) {
         default:
             QWidget::keyPressEvent(event);
     }
+}
+
+void DocumentHostingView::keyReleaseEvent(QKeyEvent *event) {
+    if (event->key() == Qt::Key_Control) setControlHeld(false);
+}
+
+void DocumentHostingView::setControlHeld(bool isHeld) {
+    waveform_->setControlHeld(isHeld);
+    ruler_->setControlHeld(isHeld);
+}
+
+// To the waveform. What has closed may have passed the focus on there as the Tab key would, and no key did.
+void DocumentHostingView::returnFocus() {
+    waveform_->clearFocus();
+    waveform_->setFocus();
 }
 
 // From part to part: into the first control of each.

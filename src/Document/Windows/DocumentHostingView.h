@@ -51,6 +51,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void keyReleaseEvent(QKeyEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dragLeaveEvent(QDragLeaveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
@@ -63,6 +64,8 @@ private:
     void zoomByWheel(QWheelEvent *event);
     void focusNextPart(int direction);
     bool cancelDrag();
+    void setControlHeld(bool isHeld);
+    void returnFocus();
 
     AudioEditorModel &model_;
     ViewStyle &style_;

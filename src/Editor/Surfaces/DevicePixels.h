@@ -10,6 +10,10 @@ namespace kiv {
 inline int devicePixels(double logical, double scale) { return std::max(int(std::lround(logical * scale)), 1); }
 // The thinnest line: one logical pixel, rounded down so that it stays thin at 1.25 and 1.5.
 inline int hairline(double scale) { return std::max(int(scale), 1); }
+// A logical length that holds text, grown with it in steps of 4; it never shrinks.
+inline int grownWithText(int length, double textFactor) {
+    return length + 4 * std::max(0, int(std::lround(length * (textFactor - 1) / 4)));
+}
 // The pixel that holds a place; places far outside any screen come back as far outside.
 inline int pixelAt(double place) { return int(std::floor(std::clamp(place, -1e8, 1e8))); }
 

@@ -25,7 +25,7 @@ PixelSpan boxOf(const AudioEditorState &state, const OverviewGeometry &geometry)
 }  // namespace
 
 OverviewGeometry overviewGeometry(const AudioEditorState &state, ViewSize size) {
-    OverviewGeometry geometry{size, devicePixels(gutterWidth, size.scale), {}, {}, {}, {}};
+    OverviewGeometry geometry{size, devicePixels(gutterWidth(size.textFactor), size.scale), {}, {}, {}, {}};
     const int height = int(std::lround(size.height * size.scale));
     geometry.axis = wholeAxis(state, geometry.columns());
     geometry.rows = {std::min(hairline(size.scale), height), height};

@@ -11,7 +11,7 @@ namespace {
 // A sound of fewer frames than columns: the lines of all channels, one over the other.
 void rasterLines(std::vector<Pixel> &pixels, int width, const SoundSource &source, const OverviewGeometry &geometry,
                  const WaveformInk &ink) {
-    const ColumnDrawing drawing{geometry.lane, 1, 1, 0};
+    const ColumnDrawing drawing{geometry.lane, 1, 1, hairline(geometry.size.scale), 0};
     std::vector<Pixel> line(pixels.size());
     for (std::int64_t channel = 0; channel < source.buffer.channels(); ++channel) {
         rasterCurve({line.data(), width}, 0, width, source.buffer, channel, geometry.axis, geometry.size.scale, drawing, ink);
@@ -31,7 +31,7 @@ bool OverviewImage::update(const SoundSource &source, const OverviewGeometry &ge
     held = now;
     const bool isLine = framesPerColumn_ < 1;
     if (!isLine) columns_.update(source, framesPerColumn_, true, -1, width + 1);
-    const ColumnDrawing drawing{lane_, 1, 1, 0};
+    const ColumnDrawing drawing{lane_, 1, 1, hairline(geometry.size.scale), 0};
     for (auto [pixels, ink] : {std::pair(&outside_, &look_.outside), std::pair(&inside_, &look_.inside)}) {
         pixels->assign(std::size_t(width) * std::size_t(rows), 0);
         if (isLine)

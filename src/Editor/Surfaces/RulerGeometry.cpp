@@ -13,7 +13,7 @@ constexpr double tabRoom = 14, tabWidth = 9, tabGrace = 5;
 }  // namespace
 
 RulerGeometry rulerGeometry(const AudioEditorState &state, ViewSize size) {
-    RulerGeometry geometry{size, devicePixels(gutterWidth, size.scale), {}, {}, {}};
+    RulerGeometry geometry{size, devicePixels(gutterWidth(size.textFactor), size.scale), {}, {}, {}};
     const int height = int(std::lround(size.height * size.scale));
     const int lane = std::min(devicePixels(markerLaneHeight, size.scale), height);
     geometry.axis = viewAxis(state, geometry.columns());

@@ -19,6 +19,7 @@ void RulerInput::setViewOnly(bool isViewOnly) {
 }
 
 void RulerInput::press(const PointerEvent &event, int clicks, const RulerGeometry &geometry) {
+    last_ = event;
     if (event.y >= geometry.lane.lo && event.x >= geometry.left) return pressLane(event, clicks, geometry);
     drag_ = ViewDrag{model_.state().view, event.x, event.y, geometry.axis.frameAt(event.x - geometry.left), false};
     model_.setViewDragged(true);
@@ -57,8 +58,14 @@ bool RulerInput::pressLoop(const PointerEvent &event, const RulerGeometry &geome
 }
 
 void RulerInput::move(const PointerEvent &event, const RulerGeometry &geometry) {
+    last_ = event;
     if (auto *drag = std::get_if<ViewDrag>(&drag_)) dragView(*drag, event, geometry);
     if (auto *drag = std::get_if<LoopDrag>(&drag_)) dragLoop(*drag, event, geometry);
+}
+
+void RulerInput::modifiersChanged(Modifiers modifiers, const RulerGeometry &geometry) {
+    last_.modifiers = modifiers;
+    if (std::holds_alternative<LoopDrag>(drag_)) move(last_, geometry);
 }
 
 void RulerInput::dragView(ViewDrag &drag, const PointerEvent &event, const RulerGeometry &geometry) {

@@ -19,6 +19,8 @@ public:
     // clicks counts quick successive presses.
     void press(const PointerEvent &event, int clicks, const RulerGeometry &geometry);
     void move(const PointerEvent &event, const RulerGeometry &geometry);
+    // A modifier was pressed or let go while the pointer rests.
+    void modifiersChanged(Modifiers modifiers, const RulerGeometry &geometry);
     // A click on the ruler that did not move switches the unit.
     void release();
     // View and loop as at the press. False when nothing is being dragged.
@@ -49,6 +51,7 @@ private:
 
     AudioEditorModel &model_;
     std::variant<std::monostate, ViewDrag, LoopDrag> drag_;
+    PointerEvent last_;  // of the drag
     bool isViewOnly_ = false;
 };
 

@@ -47,6 +47,12 @@ ViewMarks viewMarks(const AudioEditorState &state, const TimeAxis &axis, int col
     return marks;
 }
 
+PixelSpan lineAt(int mark, int width, int columns, int before) {
+    const bool isInView = mark >= 0 && mark < columns;
+    const int lo = isInView ? std::max(std::min(mark - before, columns - width), 0) : mark - before;
+    return {lo, lo + width};
+}
+
 void addMarksDamage(Damage &damage, const ViewMarks &before, const ViewMarks &now, int reach) {
     addDifferent(damage, before.markers, now.markers, reach);
     addDifferent(damage, before.playheads, now.playheads, reach);

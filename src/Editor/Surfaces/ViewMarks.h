@@ -21,6 +21,10 @@ struct ViewMarks {
 
 ViewMarks viewMarks(const AudioEditorState &state, const TimeAxis &axis, int columns);
 
+// The columns of a line `width` wide at a mark, `before` of them left of it. At the view's ends it moves in, lest a part of it
+// be cut off.
+PixelSpan lineAt(int mark, int width, int columns, int before = 0);
+
 // What has to be painted anew: columns, or all.
 struct Damage {
     bool everything = false;

@@ -81,7 +81,7 @@ public:
     void drawStems() {
         const int width = hairline(scale_), centre = drawing_.lane.centreRow();
         for (std::int64_t frame = samples_.inside().lo; frame < samples_.inside().hi; ++frame) {
-            const PixelSpan columns = intersected({column(frame), column(frame) + width}, {0, count_});
+            const PixelSpan columns = intersected({dotColumn(frame), dotColumn(frame) + width}, {0, count_});
             const int row = rowOf(samples_.at(frame));
             for (int y = std::min(row, centre); y < std::max(row, centre); ++y)
                 for (int x = columns.lo; x < columns.hi; ++x) *to_.at(x_ + x, y) = ink_.stem;
@@ -93,7 +93,7 @@ public:
         const float radius = float(dotRadius * scale_), middle = float(hairline(scale_)) / 2;
         const auto add = [&](float r) {
             for (std::int64_t frame = samples_.inside().lo; frame < samples_.inside().hi; ++frame)
-                coverage_.addDisc(float(column(frame)) + middle, float(rowOf(samples_.at(frame)) - top()) + 0.5f, r);
+                coverage_.addDisc(float(dotColumn(frame)) + middle, float(dotRow(samples_.at(frame))) + 0.5f, r);
         };
         add(radius + float(ringWidth * scale_));
         paint(ink_.ring);
@@ -113,7 +113,16 @@ public:
 
 private:
     int top() const { return drawing_.lane.rows.lo; }
-    int column(std::int64_t frame) const { return axis_.columnOf(double(frame)); }
+    // A dot and its stem stand where a mark of the frame would; that of the first frame as far in that all of it is seen.
+    int dotColumn(std::int64_t frame) const {
+        return int(std::max<std::int64_t>(axis_.columnOf(double(frame)), dotReach() - axis_.firstColumn));
+    }
+    // Counted from the lane's top, and inside the lane with all of the dot.
+    int dotRow(float value) const {
+        const int last = drawing_.lane.rows.count() - 1, reach = std::min(dotReach(), last / 2);
+        return std::clamp(pixelAt(yOf(double(value))), reach, last - reach);
+    }
+    int dotReach() const { return int(std::ceil((dotRadius + ringWidth) * scale_)); }
     double yOf(double value) const {
         const double y = drawing_.lane.centre - value * drawing_.gain * drawing_.factor * drawing_.lane.half - top();
         return std::clamp(y, -1e5, 1e5);

@@ -62,7 +62,7 @@ WaveformHover hoverAt(const WaveformGeometry &geometry, double x, double y, std:
 }
 
 std::vector<LevelMark> levelMarks(const WaveformGeometry &geometry, const WaveLane &lane) {
-    const double scale = geometry.size.scale;
+    const double scale = geometry.size.textScale();  // the marks are as far apart as their labels need
     std::vector<LevelMark> marks;
     for (const auto &[db, offset] : AudioEditorLevelGrid::marks(lane.half / scale, 20 * std::log10(geometry.gain))) {
         marks.push_back({pixelAt(lane.centre - offset * scale), db});

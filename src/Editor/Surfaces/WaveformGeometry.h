@@ -21,7 +21,8 @@ struct ViewSize {
     friend bool operator==(const ViewSize &, const ViewSize &) = default;
 };
 
-inline constexpr int gutterWidth = 44;  // logical pixels left of overview, ruler and waveform
+// Logical pixels left of overview, ruler and waveform: 44 at the usual type size.
+inline int gutterWidth(double textFactor) { return grownWithText(44, textFactor); }
 
 // One channel's room, or the room of all channels where each would be too low. A sample v stands at centre − v · gain · half,
 // with the gain of the vertical zoom.

@@ -22,8 +22,17 @@ void WaveformImage::resize(int width, int rows) {
     if (width == width_ && rows == rows_) return;
     width_ = width;
     rows_ = rows;
-    lo_ = hi_ = 0;
-    pixels_.assign(std::size_t(width) * std::size_t(rows), 0);
+    key_ = {};
+    memory_ = {};  // so that the new one may lie where the old one did
+    memory_ = SampleMemory(std::size_t(width) * std::size_t(rows));
+}
+
+// The rows that no lane writes.
+void WaveformImage::clearBetween(const std::vector<WaveLane> &lanes) {
+    for (std::size_t i = 0, count = lanes.size(); i <= count; ++i) {
+        const int lo = i == 0 ? 0 : lanes[i - 1].rows.hi, hi = i == count ? rows_ : lanes[i].rows.lo;
+        if (lo < hi) std::fill(target().at(0, lo), target().at(0, hi), 0);
+    }
 }
 
 int WaveformImage::update(const SoundSource &source, const WaveformColumns &columns, const WaveformGeometry &geometry,
@@ -37,8 +46,7 @@ int WaveformImage::update(const SoundSource &source, const WaveformColumns &colu
             geometry.gain,
             geometry.lanes,
             look};
-    // Fewer lanes leave rows that no lane writes any more.
-    if (key.lanes != key_.lanes) std::fill(pixels_.begin(), pixels_.end(), 0);
+    if (key.lanes != key_.lanes) clearBetween(key.lanes);
     if (key != key_) lo_ = hi_ = 0;
     key_ = std::move(key);
     const std::int64_t lo = geometry.axis.firstColumn, hi = lo + width_;
@@ -63,11 +71,11 @@ void WaveformImage::draw(const SoundSource &source, const WaveformColumns &colum
 
 void WaveformImage::drawPiece(const SoundSource &source, const WaveformColumns &columns, const WaveformGeometry &geometry,
                               std::int64_t column, int x, int count) {
-    const PixelRows to{pixels_.data(), width_};
+    const PixelRows to = target();
     const int cap = key_.look.capped ? devicePixels(capHeight, geometry.size.scale) : 0;
     const bool isLine = geometry.axis.framesPerColumn < 1 && !geometry.isMerged;
     for (std::size_t i = 0; i < geometry.lanes.size(); ++i) {
-        const ColumnDrawing drawing{geometry.lanes[i], geometry.gain, key_.look.factor, cap};
+        const ColumnDrawing drawing{geometry.lanes[i], geometry.gain, key_.look.factor, hairline(geometry.size.scale), cap};
         if (isLine) {
             const TimeAxis axis{column, geometry.axis.framesPerColumn};
             rasterCurve(to, x, count, source.buffer, std::int64_t(i), axis, geometry.size.scale, drawing, key_.look.ink);

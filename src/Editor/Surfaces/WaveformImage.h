@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Editor/Surfaces/WaveformRaster.h"
+#include "Support/SampleMemory.h"
 
 namespace kiv {
 
@@ -25,11 +26,11 @@ public:
 
     int width() const { return width_; }
     int rows() const { return rows_; }
-    const Pixel *pixels() const { return pixels_.data(); }
+    const Pixel *pixels() const { return reinterpret_cast<const Pixel *>(memory_.data()); }
     // Where in the image the view's first column stands; the columns before it follow those after it.
     int origin() const { return origin_; }
     // Whether a column of the view, counted from its first, has a cap at the upper edge.
-    bool isCapped(int column) const { return pixels_[std::size_t((origin_ + column) % width_)] == key_.look.ink.over; }
+    bool isCapped(int column) const { return pixels()[(origin_ + column) % width_] == key_.look.ink.over; }
 
 private:
     struct Key {
@@ -41,6 +42,8 @@ private:
     };
 
     void resize(int width, int rows);
+    void clearBetween(const std::vector<WaveLane> &lanes);
+    PixelRows target() { return {reinterpret_cast<Pixel *>(memory_.data()), width_}; }
     void draw(const SoundSource &source, const WaveformColumns &columns, const WaveformGeometry &geometry, std::int64_t lo,
               std::int64_t hi);
     void drawPiece(const SoundSource &source, const WaveformColumns &columns, const WaveformGeometry &geometry,
@@ -49,7 +52,7 @@ private:
     Key key_;
     std::int64_t lo_ = 0, hi_ = 0;  // the columns that are drawn
     int width_ = 0, rows_ = 0, origin_ = 0;
-    std::vector<Pixel> pixels_;
+    SampleMemory memory_;  // of pixels, which are as large as samples: many megabytes, whose first touch is dear
 };
 
 }  // namespace kiv

@@ -15,7 +15,7 @@ constexpr double page = 0.8;          // of the view
 
 void WaveformInput::begin(const PointerEvent &event) {
     const AudioEditorState &state = model_.state();
-    press_ = Press{state.cursorFrame, state.selection, state.view, event, event, {}, 0, {}};
+    press_ = Press{state.cursorFrame, state.selection, state.view, event, event, state.cursorFrame, {}, 0, {}};
 }
 
 void WaveformInput::setViewOnly(bool isViewOnly) {
@@ -33,6 +33,7 @@ void WaveformInput::press(const PointerEvent &event, int clicks, const WaveformG
     if (const auto edge = edgeNear(model_.state(), geometry.axis, event.x, geometry.size.scale))
         return pressEdge(*edge, geometry);
     if (event.modifiers.shift) return pressExtending(frame, geometry);
+    press_->anchor = markNear(event, geometry).value_or(frame);
     fixed_ = frame;
     model_.setPointerMode(CursorDrag{frame, event.x, false});
     model_.placeCursor(frame);
@@ -51,10 +52,11 @@ void WaveformInput::pressExtending(std::int64_t frame, const WaveformGeometry &g
     const AudioEditorState &state = model_.state();
     const FrameRange from = state.selection.value_or(FrameRange{state.cursorFrame, state.cursorFrame});
     const std::int64_t fixed = frame - from.lo > from.hi - frame ? from.lo : from.hi;
-    press_->start = frame;
+    const auto mark = markNear(press_->at, geometry);
+    press_->start = mark && mark != fixed && !press_->at.modifiers.control ? *mark : frame;
     press_->grab = double(frame) - geometry.axis.frameAt(press_->at.x);
     model_.setPointerMode(EdgeDrag{fixed});
-    extendTo(fixed, frame);
+    extendTo(fixed, *press_->start);
 }
 
 void WaveformInput::pressMiddle(const PointerEvent &event, const WaveformGeometry &geometry) {
@@ -77,6 +79,11 @@ void WaveformInput::pressRight(const PointerEvent &event, const WaveformGeometry
 void WaveformInput::move(const PointerEvent &event, const WaveformGeometry &geometry) {
     if (!press_) return;
     press_->last = event;
+    viewMoved(geometry);
+}
+
+void WaveformInput::modifiersChanged(Modifiers modifiers, const WaveformGeometry &geometry) {
+    if (press_) press_->last.modifiers = modifiers;
     viewMoved(geometry);
 }
 
@@ -104,9 +111,11 @@ void WaveformInput::drag(const PointerEvent &event, const WaveformGeometry &geom
     if (const auto *loop = std::get_if<LoopEdgeDrag>(&*mode)) return dragLoop(loop->start, event, geometry);
     if (const auto *edge = std::get_if<EdgeDrag>(&*mode))
         return extendTo(edge->fixed, draggedFrame(event, Kind::selection, edge->fixed, geometry));
-    const auto cursor = std::get<CursorDrag>(*mode);
+    auto cursor = std::get<CursorDrag>(*mode);
     if (!cursor.selecting && std::abs(event.x - cursor.pressX) < dragFrom * geometry.size.scale) return;
-    model_.setPointerMode(CursorDrag{cursor.anchor, cursor.pressX, true});
+    if (!cursor.selecting && !event.modifiers.control) cursor.anchor = press_->anchor;
+    cursor.selecting = true;
+    model_.setPointerMode(cursor);
     extendTo(cursor.anchor, draggedFrame(event, Kind::selection, cursor.anchor, geometry));
 }
 
@@ -133,6 +142,13 @@ std::int64_t WaveformInput::draggedFrame(const PointerEvent &event, TimeEdge::Ki
     }
     if (!press_->start) return geometry.frameAt(place, state.buffer.frames());
     return std::clamp<std::int64_t>(std::llround(geometry.axis.frameAt(place)), 0, state.buffer.frames());
+}
+
+// The mark that a selection begun here sticks to. The cursor is one until the press moves it.
+std::optional<std::int64_t> WaveformInput::markNear(const PointerEvent &event, const WaveformGeometry &geometry) const {
+    auto marks = stickyFrames(model_.state(), TimeEdge::Kind::selection);
+    marks.push_back(model_.state().cursorFrame);
+    return stuckTo(marks, geometry.axis, std::floor(event.x), geometry.size.scale);
 }
 
 void WaveformInput::extendTo(std::int64_t fixed, std::int64_t frame) {

@@ -18,13 +18,15 @@ public:
 
     // While a sheet is open the pointer may move the view, and nothing else. Ends the drag in progress.
     void setViewOnly(bool isViewOnly);
+    bool isViewOnly() const { return isViewOnly_; }
     // The left button; clicks counts quick successive presses.
     void press(const PointerEvent &event, int clicks, const WaveformGeometry &geometry);
     void pressMiddle(const PointerEvent &event, const WaveformGeometry &geometry);
     // Before the menu opens: a click outside the selection sets the cursor.
     void pressRight(const PointerEvent &event, const WaveformGeometry &geometry);
     void move(const PointerEvent &event, const WaveformGeometry &geometry);
-    // The view has moved under a pointer that rests.
+    // A modifier was pressed or let go, or the view has moved, while the pointer rests.
+    void modifiersChanged(Modifiers modifiers, const WaveformGeometry &geometry);
     void viewMoved(const WaveformGeometry &geometry);
     void release();
     // Everything as at the press. False when nothing is being dragged.
@@ -47,6 +49,7 @@ private:
         AudioEditorZoom view;
         PointerEvent at;
         PointerEvent last;
+        std::int64_t anchor = 0;            // where a selection begins: at a mark near the press, else at the press
         std::optional<double> held;         // the frame that the view is held by
         double grab = 0;                    // frames by which the dragged edge lay off the pointer
         std::optional<std::int64_t> start;  // where the dragged edge stood
@@ -58,6 +61,7 @@ private:
     void dragView(double x, const WaveformGeometry &geometry);
     void drag(const PointerEvent &event, const WaveformGeometry &geometry);
     void dragLoop(bool isStart, const PointerEvent &event, const WaveformGeometry &geometry);
+    std::optional<std::int64_t> markNear(const PointerEvent &event, const WaveformGeometry &geometry) const;
     void extendTo(std::int64_t fixed, std::int64_t frame);
     void selectBetweenMarks(std::int64_t frame);
     std::int64_t draggedFrame(const PointerEvent &event, TimeEdge::Kind kind, std::int64_t fixed,

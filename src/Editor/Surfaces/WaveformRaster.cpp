@@ -18,7 +18,11 @@ struct ColumnRows {
 class RowScale {
 public:
     explicit RowScale(const ColumnDrawing &drawing)
-        : lane_(drawing.lane), perUnit_(drawing.gain * drawing.factor * drawing.lane.half) {}
+        : lane_(drawing.lane), perUnit_(drawing.gain * drawing.factor * drawing.lane.half), more_(drawing.leastRows - 1) {}
+    // The last row of a column that begins with `first` and is as long as it should be at least.
+    std::int32_t lastRow(float sample, std::int32_t first) const {
+        return std::clamp(first + more_, row(sample), lane_.rows.hi - 1);
+    }
     std::int32_t row(float sample) const {
         const double y = std::clamp(lane_.centre - double(sample) * perUnit_, double(lane_.rows.lo), lane_.rows.hi - 0.5);
         return std::int32_t(y);
@@ -27,6 +31,7 @@ public:
 private:
     WaveLane lane_;
     double perUnit_;
+    std::int32_t more_;
 };
 
 void setRows(ColumnRows &rows, std::size_t i, const ColumnLevel &level, const ColumnLevel &before, const RowScale &scale) {
@@ -36,7 +41,7 @@ void setRows(ColumnRows &rows, std::size_t i, const ColumnLevel &level, const Co
     const float min = before.isEmpty() ? level.min : std::min(level.min, before.max);
     const float max = before.isEmpty() ? level.max : std::max(level.max, before.min);
     rows.outerLo[i] = scale.row(max);
-    rows.outerHi[i] = scale.row(min);
+    rows.outerHi[i] = scale.lastRow(min, rows.outerLo[i]);
     if (level.rms <= 0) return;
     rows.innerLo[i] = scale.row(std::min(max, level.rms));
     rows.innerHi[i] = scale.row(std::max(min, -level.rms));
@@ -71,7 +76,7 @@ void rasterColumns(PixelRows to, int x, std::span<const ColumnLevel> columns, co
     const RowScale scale(drawing);
     ColumnRows rows(count);
     for (std::size_t i = 0; i < count; ++i) setRows(rows, i, columns[i + 1], columns[i], scale);
-    const RowScale untouched({drawing.lane, drawing.gain, 1, 0});
+    const RowScale untouched({drawing.lane, drawing.gain, 1});
     const std::int32_t fullTop = untouched.row(1), fullFoot = untouched.row(-1);
     const bool capped = drawing.capRows > 0;
     for (int row = drawing.lane.rows.lo; row < drawing.lane.rows.hi; ++row) {

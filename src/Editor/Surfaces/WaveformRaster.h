@@ -36,6 +36,7 @@ struct ColumnDrawing {
     WaveLane lane;
     double gain = 1;    // of the vertical zoom
     double factor = 1;  // applied to the sound
+    int leastRows = 1;  // of a column, so that silence is as thick as a hairline
     int capRows = 0;    // of the cap at the lane's edge over a column above full scale; 0: the rows above full scale are drawn
                         // in `over` instead
 };

@@ -45,12 +45,6 @@ int selectionEnd(const WaveformScene &scene) {
     return hi == columns ? columns - hairline(scene.geometry.size.scale) : hi;
 }
 
-// At the view's right end a line moves in, lest a part of it be cut off.
-PixelSpan lineAt(int column, int width, int columns) {
-    const int lo = column < columns ? std::min(column, columns - width) : column;
-    return {lo, lo + width};
-}
-
 }  // namespace
 
 WaveformScene waveformScene(const AudioEditorState &state, ViewSize size, const WaveformViewState &view) {
@@ -65,7 +59,7 @@ WaveformScene waveformScene(const AudioEditorState &state, ViewSize size, const 
     scene.preview = previewOf(state, scene.geometry);
     if (view.pointer) scene.pointed = hoverAt(scene.geometry, view.pointer->x, view.pointer->y, state.buffer.frames());
     if (view.pointer && !view.isButtonDown) scene.hover = pixelAt(view.pointer->x);
-    scene.dropFrame = view.dropFrame;
+    scene.isFramed = view.dropFrame || view.keyFocus;
     return scene;
 }
 
@@ -73,7 +67,7 @@ Damage waveformDamage(const WaveformScene &before, const WaveformScene &now) {
     Damage damage;
     damage.everything = before.geometry != now.geometry || before.generation != now.generation ||
                         before.powersRevision != now.powersRevision || before.timeLines != now.timeLines ||
-                        before.dropFrame != now.dropFrame || before.editsLoop != now.editsLoop;
+                        before.isFramed != now.isFramed || before.editsLoop != now.editsLoop;
     if (damage.everything || before == now) return damage;
     const int reach = devicePixels(stripReach, now.geometry.size.scale);
     addMarksDamage(damage, before.marks, now.marks, reach);
@@ -93,20 +87,21 @@ std::vector<OverlayLine> overlayLines(const WaveformScene &scene) {
     const double scale = scene.geometry.size.scale;
     const int hair = hairline(scale), thick = devicePixels(playheadWidth, scale);
     const ViewMarks &marks = scene.marks;
-    const auto at = [&](int column, int width) { return lineAt(column, width, scene.geometry.columns()); };
+    const int columns = scene.geometry.columns();
+    const auto at = [&](int column) { return lineAt(column, hair, columns); };
     std::vector<OverlayLine> lines;
     if (marks.loop) {
-        lines.push_back({Kind::loop, at(marks.loop->lo, hair)});
-        lines.push_back({Kind::loop, at(marks.loop->hi, hair)});
+        lines.push_back({Kind::loop, at(marks.loop->lo)});
+        lines.push_back({Kind::loop, at(marks.loop->hi)});
     }
-    for (const int marker : marks.markers) lines.push_back({Kind::marker, at(marker, hair)});
+    for (const int marker : marks.markers) lines.push_back({Kind::marker, at(marker)});
     if (marks.selection) {
-        lines.push_back({Kind::selectionEdge, at(marks.selection->lo, hair)});
-        lines.push_back({Kind::selectionEdge, at(selectionEnd(scene), hair)});
+        lines.push_back({Kind::selectionEdge, at(marks.selection->lo)});
+        lines.push_back({Kind::selectionEdge, at(selectionEnd(scene))});
     }
-    lines.push_back({Kind::cursor, at(marks.cursor, hair)});
-    for (const int head : marks.playheads) lines.push_back({Kind::playhead, at(head - thick / 2, thick)});
-    if (scene.hover) lines.push_back({Kind::hover, at(*scene.hover, hair)});
+    lines.push_back({Kind::cursor, at(marks.cursor)});
+    for (const int head : marks.playheads) lines.push_back({Kind::playhead, lineAt(head, thick, columns, thick / 2)});
+    if (scene.hover) lines.push_back({Kind::hover, at(*scene.hover)});
     return lines;
 }
 

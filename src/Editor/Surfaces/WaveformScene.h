@@ -28,7 +28,7 @@ struct WaveformScene {
     std::optional<WaveformPreview> preview;
     std::optional<WaveformHover> pointed;  // what the pointer stands on
     std::optional<int> hover;              // the column of the line under the pointer
-    bool dropFrame = false;                // files are dragged over the window
+    bool isFramed = false;                 // files are dragged over the window, or a key moved the focus here
 
     friend bool operator==(const WaveformScene &, const WaveformScene &) = default;
 };
@@ -38,7 +38,8 @@ struct WaveformViewState {
     std::int64_t powersRevision = 0;
     std::optional<PointerEvent> pointer;  // while it is over the view
     bool isButtonDown = false;
-    bool dropFrame = false;
+    bool dropFrame = false;  // files are dragged over the window
+    bool keyFocus = false;   // a key has moved the focus here
 };
 
 WaveformScene waveformScene(const AudioEditorState &state, ViewSize size, const WaveformViewState &view);

@@ -41,12 +41,8 @@ void WheelInput::scroll(double notches) {
 }
 
 void WheelInput::turnVertical(double notches) {
-    // A turn back begins at once, without using up what is left of the other direction.
-    if (notches * verticalRest_ < 0) verticalRest_ = 0;
-    verticalRest_ += notches;
-    const double steps = std::trunc(verticalRest_);
-    verticalRest_ -= steps;
-    if (steps != 0) model_.setVerticalZoomDb(model_.state().verticalZoomDb + int(steps) * verticalZoomStepDb);
+    const int steps = verticalSteps_.add(notches);
+    if (steps != 0) model_.setVerticalZoomDb(model_.state().verticalZoomDb + steps * verticalZoomStepDb);
 }
 
 }  // namespace kiv

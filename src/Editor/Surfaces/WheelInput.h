@@ -2,6 +2,7 @@
 
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
 #include "Editor/Surfaces/Pointer.h"
+#include "Editor/Surfaces/ValueInput.h"
 
 namespace kiv {
 
@@ -28,7 +29,7 @@ private:
     void scroll(double notches);
 
     AudioEditorModel &model_;
-    double verticalRest_ = 0;  // parts of a notch not yet acted upon
+    StepCounter verticalSteps_;
 };
 
 }  // namespace kiv

@@ -1,6 +1,7 @@
 #include "Editor/Views/EventTools.h"
 
 #include <QBasicTimer>
+#include <QFocusEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -66,6 +67,11 @@ int clicks(ClickCounter &counter, const QMouseEvent &event, double scale) {
     const QStyleHints *hints = QGuiApplication::styleHints();
     return counter.press(double(event.timestamp()), event.position().x() * scale, event.position().y() * scale,
                          hints->mouseDoubleClickInterval(), hints->mouseDoubleClickDistance() * scale);
+}
+
+bool isMovedByKey(const QFocusEvent &event) {
+    const Qt::FocusReason reason = event.reason();
+    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason;
 }
 
 std::optional<ViewKey> viewKey(const QKeyEvent &event) {

@@ -10,6 +10,7 @@ class QKeyEvent;
 class QMouseEvent;
 class QWheelEvent;
 class QEvent;
+class QFocusEvent;
 class QObject;
 class QWidget;
 
@@ -24,6 +25,8 @@ WheelTurn wheelTurn(const QWheelEvent &event, double width);
 WheelTurn controlTurn(const QWheelEvent &event);
 // Which of quick successive presses this is.
 int clicks(ClickCounter &counter, const QMouseEvent &event, double scale);
+// Whether a key has moved the focus: Tab, F6.
+bool isMovedByKey(const QFocusEvent &event);
 std::optional<ViewKey> viewKey(const QKeyEvent &event);
 // The factor of a pinch, or none: 1.
 double pinchFactor(const QEvent &event);

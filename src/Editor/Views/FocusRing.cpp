@@ -5,6 +5,7 @@
 #include <QPainter>
 
 #include "Editor/Views/CrispPainting.h"
+#include "Editor/Views/EventTools.h"
 #include "Editor/Views/Field.h"
 
 namespace kiv {
@@ -15,10 +16,6 @@ constexpr int reach = 3;  // beyond the control
 constexpr double line = 2;
 constexpr int roundUpTo = 24;  // the slider's thumb, the dot of a choice
 constexpr const char *placeProperty = "kivFocusPlace";
-
-bool isKeyReason(Qt::FocusReason reason) {
-    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason;
-}
 
 }  // namespace
 
@@ -46,7 +43,7 @@ bool FocusRing::eventFilter(QObject *watched, QEvent *event) {
     auto *control = static_cast<QWidget *>(watched);
     switch (event->type()) {
         case QEvent::FocusIn:
-            control_ = isKeyReason(static_cast<QFocusEvent *>(event)->reason()) ? control : nullptr;
+            control_ = isMovedByKey(*static_cast<QFocusEvent *>(event)) ? control : nullptr;
             place();
             break;
         case QEvent::FocusOut:

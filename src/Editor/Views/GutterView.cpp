@@ -24,18 +24,24 @@ struct GutterView::Parts {
 GutterView::GutterView(AudioEditorModel &model, ViewStyle &style, QWidget *parent)
     : QWidget(parent), parts_(std::make_unique<Parts>(model, style)) {
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setFixedWidth(gutterWidth);
     setAccessibleName("Levels");
+    takeStyle();
     parts_->modelChanges = model.observers.add([this](const Changes &changes) {
         if (changes.containsAny({Change::audio, Change::verticalZoom})) refresh();
     });
-    parts_->styleChanges = style.changed.add([this](const ViewStyle &) { update(); });
+    parts_->styleChanges = style.changed.add([this](const ViewStyle &) { takeStyle(); });
 }
 
 GutterView::~GutterView() = default;
 
+void GutterView::takeStyle() {
+    setFixedWidth(gutterWidth(parts_->style.textFactor()));
+    refresh();
+    update();
+}
+
 void GutterView::refresh() {
-    GutterScene scene = gutterScene(parts_->model.state(), {double(width()), double(height()), devicePixelRatioF()});
+    GutterScene scene = gutterScene(parts_->model.state(), viewSize(*this, parts_->style));
     if (scene == parts_->scene) return;
     parts_->scene = std::move(scene);
     update();

@@ -8,7 +8,8 @@
 
 namespace kiv {
 
-// The level marks at the left of the waveform, of its height and 44 wide.
+// The level marks at the left of the waveform, of its height. Sets its own width (44 at the usual type
+// size).
 class GutterView : public QWidget {
 public:
     GutterView(AudioEditorModel &model, ViewStyle &style, QWidget *parent = nullptr);
@@ -22,6 +23,7 @@ protected:
 private:
     struct Parts;
     void refresh();
+    void takeStyle();
 
     std::unique_ptr<Parts> parts_;
 };

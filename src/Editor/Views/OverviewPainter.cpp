@@ -48,9 +48,9 @@ public:
                      {geometry_.rows.hi - loop, geometry_.rows.hi}, colors_[Role::accentBg]);
         if (geometry_.box) box(*geometry_.box);
         for (const int marker : marks.markers)
-            fillPart({marker, marker + hair_}, {geometry_.rows.lo, geometry_.rows.lo + tick}, colors_[Role::waveMarker]);
-        for (const int head : marks.playheads) fillPart({head, head + hair_}, geometry_.rows, colors_[Role::wavePlayhead]);
-        if (scene_.showsCursor()) fillPart({marks.cursor, marks.cursor + hair_}, geometry_.rows, colors_[Role::waveCursor]);
+            line(marker, {geometry_.rows.lo, geometry_.rows.lo + tick}, colors_[Role::waveMarker]);
+        for (const int head : marks.playheads) line(head, geometry_.rows, colors_[Role::wavePlayhead]);
+        if (scene_.showsCursor()) line(marks.cursor, geometry_.rows, colors_[Role::waveCursor]);
     }
 
 private:
@@ -62,6 +62,8 @@ private:
         const QRect rect = placed(columns, rows).intersected(part_);
         if (!rect.isEmpty()) fill(painter_, rect, color);
     }
+
+    void line(int column, PixelSpan rows, Rgba color) { fillPart(lineAt(column, hair_, strip_.count()), rows, color); }
 
     void pixels(const Pixel *from, const OverviewImage &image, PixelSpan columns) {
         const QRect rect = placed(intersected(columns, strip_), geometry_.rows).intersected(part_);

@@ -36,19 +36,19 @@ OverviewView::OverviewView(AudioEditorModel &model, ViewStyle &style, WaveformRm
     setAccessibleName("Overview");
     parts_->modelChanges = model.observers.add([this](const Changes &) { refresh(); });
     parts_->rmsChanges = rms.completed.add([this](const WaveformRms &) { refresh(); });
-    parts_->styleChanges = style.changed.add([this](const ViewStyle &) { update(); });
+    parts_->styleChanges = style.changed.add([this](const ViewStyle &) {
+        refresh();
+        update();
+    });
 }
 
 OverviewView::~OverviewView() = default;
 
 void OverviewView::refresh() {
-    const ViewSize size{double(width()), double(height()), devicePixelRatioF()};
-    OverviewScene scene = overviewScene(parts_->model.state(), size, parts_->rms.revision());
+    OverviewScene scene = overviewScene(parts_->model.state(), viewSize(*this, parts_->style), parts_->rms.revision());
     const Damage damage = overviewDamage(parts_->scene, scene);
     parts_->scene = std::move(scene);
-    const int left = parts_->scene.geometry.left;
-    if (damage.everything) update();
-    for (const PixelSpan &strip : damage.strips) update(toLogical({strip.lo + left, strip.hi + left}, height(), size.scale));
+    updateDamaged(*this, damage, parts_->scene.geometry.left);
 }
 
 void OverviewView::paintEvent(QPaintEvent *event) {

@@ -3,6 +3,7 @@
 #include <QFontMetricsF>
 #include <QImage>
 #include <QPainter>
+#include <QWidget>
 #include <cmath>
 
 #include "Editor/Views/ViewStyle.h"
@@ -13,6 +14,16 @@ namespace {
 constexpr std::size_t textsKept = 256;
 
 }  // namespace
+
+ViewSize viewSize(const QWidget &view, const ViewStyle &style) {
+    return {double(view.width()), double(view.height()), view.devicePixelRatioF(), style.textFactor()};
+}
+
+void updateDamaged(QWidget &view, const Damage &damage, int left) {
+    if (damage.everything) view.update();
+    for (const PixelSpan &strip : damage.strips)
+        view.update(toLogical({strip.lo + left, strip.hi + left}, view.height(), view.devicePixelRatioF()));
+}
 
 void useDevicePixels(QPainter &painter) {
     painter.resetTransform();

@@ -8,14 +8,23 @@
 #include <string>
 
 #include "Editor/Surfaces/DevicePixels.h"
+#include "Editor/Surfaces/ViewMarks.h"
+#include "Editor/Surfaces/WaveformGeometry.h"
 #include "Editor/Surfaces/WaveformRaster.h"
 #include "Preferences/AudioEditorTheme.h"
 
 class QPainter;
 class QRegion;
+class QWidget;
 
 // Painting in whole device pixels at any scale, as the scenes of the sound's views count them.
 namespace kiv {
+
+class ViewStyle;
+
+// A widget's size as its scene takes it, and the painting of what has changed there: strips of columns counted from `left`.
+ViewSize viewSize(const QWidget &view, const ViewStyle &style);
+void updateDamaged(QWidget &view, const Damage &damage, int left = 0);
 
 // Makes the painter's unit one device pixel, counted from the widget's upper left corner rounded to a whole one.
 void useDevicePixels(QPainter &painter);

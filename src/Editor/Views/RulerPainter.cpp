@@ -48,7 +48,7 @@ public:
         fillPart(strip_, geometry_.lane, colors_.lane);
         fillPart({left_ - hair_, left_}, geometry_.lane, colors_.edge);
         fillPart({0, left_}, foot, colors_.hairline);
-        // A large one in the middle of the corner, which does not grow.
+        // In the middle where the corner is narrow for it.
         const double spare = left_ - texts_.width(style_.font(textSize), scene_.unit, scale_);
         text(scene_.unit, std::min(unitLeft * scale_, spare / 2));
     }
@@ -80,23 +80,26 @@ public:
         painter_.setClipRect(rectOf(strip_, geometry_.lane), Qt::IntersectClip);
         const int top = geometry_.lane.lo + devicePixels(flagTop, scale_);
         for (const int marker : scene_.marks.markers) {
-            const double x = left_ + marker;
+            const int line = left_ + lineAt(marker, hair_, strip_.count()).lo;
+            const double x = line;
             if (x + flagWidth * scale_ < part_.left() || x > part_.right()) continue;
-            fillPart({left_ + marker, left_ + marker + hair_}, {top, geometry_.lane.hi}, colors_[Role::waveMarker]);
-            const double shoulder = x + flagShoulder * scale_, tip = x + flagWidth * scale_, height = flagHeight * scale_;
+            fillPart({line, line + hair_}, {top, geometry_.lane.hi}, colors_[Role::waveMarker]);
+            const int height = devicePixels(flagHeight, scale_);
+            const double shoulder = x + devicePixels(flagShoulder, scale_), tip = x + devicePixels(flagWidth, scale_);
             polygon({{x, double(top)},
                      {shoulder, double(top)},
-                     {tip, top + height / 2},
-                     {shoulder, top + height},
-                     {x, top + height}},
+                     {tip, top + height / 2.0},
+                     {shoulder, double(top + height)},
+                     {x, double(top + height)}},
                     colors_[Role::waveMarker]);
         }
         painter_.restore();
     }
 
     void cursor() {
-        const int column = scene_.marks.cursor, x = left_ + column, foot = geometry_.ruler.hi;
+        const int column = scene_.marks.cursor, foot = geometry_.ruler.hi;
         if (column < 0 || column >= strip_.count()) return;
+        const int x = left_ + lineAt(column, hair_, strip_.count()).lo;
         const int top = foot - devicePixels(cursorHeadHeight + 1, scale_);
         triangle(x + hair_ / 2.0, top, cursorHeadWidth, cursorHeadHeight, colors_[Role::waveCursor]);
         fillPart({x, x + hair_}, {top, geometry_.lane.hi}, colors_[Role::waveCursor]);
@@ -106,7 +109,7 @@ public:
         const int width = devicePixels(playheadWidth, scale_);
         for (const int head : scene_.marks.playheads) {
             if (head < 0 || head > strip_.count()) continue;
-            const int x = left_ + head - width / 2;
+            const int x = left_ + lineAt(head, width, strip_.count(), width / 2).lo;
             triangle(x + width / 2.0, hair_, playheadHeadWidth, playheadHeadHeight, colors_[Role::wavePlayhead]);
             fillPart({x, x + width}, {hair_, geometry_.lane.hi}, colors_[Role::wavePlayhead]);
         }

@@ -43,20 +43,19 @@ void RulerView::setUnitTip(const QString &tip) {
 }
 
 void RulerView::takeStyle() {
-    corner_->setGeometry(0, 0, gutterWidth, parts_->style.grown(rulerHeight));
+    corner_->setGeometry(0, 0, gutter(), parts_->style.grown(rulerHeight));
     setFixedHeight(parts_->style.grown(rulerHeight) + markerLaneHeight);
     refresh();
     update();
 }
 
+int RulerView::gutter() const { return gutterWidth(parts_->style.textFactor()); }
+
 void RulerView::refresh() {
-    const ViewSize size{double(width()), double(height()), devicePixelRatioF(), parts_->style.textFactor()};
-    RulerScene scene = rulerScene(parts_->model.state(), size, parts_->scene);
+    RulerScene scene = rulerScene(parts_->model.state(), viewSize(*this, parts_->style), parts_->scene);
     const Damage damage = rulerDamage(parts_->scene, scene);
     parts_->scene = std::move(scene);
-    const int left = parts_->scene.geometry.left;
-    if (damage.everything) update();
-    for (const PixelSpan &strip : damage.strips) update(toLogical({strip.lo + left, strip.hi + left}, height(), size.scale));
+    updateDamaged(*this, damage, parts_->scene.geometry.left);
 }
 
 void RulerView::paintEvent(QPaintEvent *event) {
@@ -89,19 +88,21 @@ void RulerView::mouseReleaseEvent(QMouseEvent *event) {
 }
 
 void RulerView::wheelEvent(QWheelEvent *event) {
-    parts_->wheel.turn(wheelTurn(*event, width() - gutterWidth), event->position().x() - gutterWidth, width() - gutterWidth);
+    parts_->wheel.turn(wheelTurn(*event, width() - gutter()), event->position().x() - gutter(), width() - gutter());
 }
 
 bool RulerView::event(QEvent *event) {
     if (const double factor = pinchFactor(*event); factor != 1) {
         const double x = static_cast<QSinglePointEvent *>(event)->position().x();
-        parts_->wheel.pinch(factor, x - gutterWidth, width() - gutterWidth);
+        parts_->wheel.pinch(factor, x - gutter(), width() - gutter());
         return true;
     }
     return QWidget::event(event);
 }
 
 void RulerView::setViewOnly(bool isViewOnly) { parts_->input.setViewOnly(isViewOnly); }
+
+void RulerView::setControlHeld(bool isHeld) { parts_->input.modifiersChanged({false, isHeld}, parts_->scene.geometry); }
 
 bool RulerView::cancelDrag() {
     if (!parts_->input.cancel()) return false;

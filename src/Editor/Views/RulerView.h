@@ -21,6 +21,8 @@ public:
     void setViewOnly(bool isViewOnly);
     // For Esc: ends the drag in progress and puts the view back. False when there is none.
     bool cancelDrag();
+    // Ctrl was pressed or let go, which a drag in progress heeds at once.
+    void setControlHeld(bool isHeld);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -38,6 +40,7 @@ private:
     // Takes over what has changed and asks for the painting of just that.
     void refresh();
     void takeStyle();
+    int gutter() const;
 
     std::unique_ptr<Parts> parts_;
     QWidget *corner_;  // only for its tip

@@ -4,10 +4,12 @@
 #include <QPainter>
 #include <QWheelEvent>
 #include <cmath>
+#include <cstdlib>
 
 #include "Editor/Surfaces/TimeEntry.h"
 #include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/DigitText.h"
+#include "Editor/Views/EventTools.h"
 
 namespace kiv {
 
@@ -16,8 +18,6 @@ namespace {
 using Role = AudioEditorThemeColor;
 using Command = EditorCommand;
 using Item = TopBarItem;
-
-constexpr int notch = 120;
 
 // A button that performs a command, with its icon and its words where it has any.
 struct CommandButton {
@@ -216,9 +216,8 @@ void TopBar::shareVerticalZoomWheel() {
 // The wheel over the vertical zoom group steps it.
 bool TopBar::eventFilter(QObject *watched, QEvent *event) {
     if (event->type() != QEvent::Wheel) return QWidget::eventFilter(watched, event);
-    wheelRest_ += static_cast<QWheelEvent *>(event)->angleDelta().y();
-    for (; wheelRest_ >= notch; wheelRest_ -= notch) target_.perform(Command::verticalZoomIn);
-    for (; wheelRest_ <= -notch; wheelRest_ += notch) target_.perform(Command::verticalZoomOut);
+    const int steps = wheelSteps_.add(controlTurn(*static_cast<QWheelEvent *>(event)).up);
+    for (int i = 0; i < std::abs(steps); ++i) target_.perform(steps > 0 ? Command::verticalZoomIn : Command::verticalZoomOut);
     return true;
 }
 

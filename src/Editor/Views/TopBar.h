@@ -6,6 +6,7 @@
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
 #include "Editor/Surfaces/TopBarLayout.h"
 #include "Editor/Surfaces/TopBarScene.h"
+#include "Editor/Surfaces/ValueInput.h"
 #include "Editor/Views/Button.h"
 #include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/ValueButton.h"
@@ -54,7 +55,7 @@ private:
     ValueButton *position_ = nullptr;
     TopBarScene scene_;
     Box separator_;
-    int wheelRest_ = 0;
+    StepCounter wheelSteps_;
     Subscription modelChanges_, styleChanges_;
 };
 

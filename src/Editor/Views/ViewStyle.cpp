@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Editor/Surfaces/DevicePixels.h"
 #include "Editor/Views/Icons.h"
 
 namespace kiv {
@@ -37,7 +38,7 @@ QFont ViewStyle::font(int pixels, QFont::Weight weight) const {
     return font;
 }
 
-int ViewStyle::grown(int height) const { return height + 4 * std::max(0, int(std::lround(height * (textFactor_ - 1) / 4))); }
+int ViewStyle::grown(int height) const { return grownWithText(height, textFactor_); }
 
 QPixmap ViewStyle::icon(std::string_view name, const QColor &color, double ratio, int size) const {
     return icons_->pixmap(name, size, ratio, color);

@@ -14,8 +14,8 @@ using Role = AudioEditorThemeColor;
 constexpr double previewStrength = 0.62, markerStrength = 0.75, hoverStrength = 0.25, loopStrength = 0.09;
 constexpr int bandRows = 64;  // painted at once, so that they stay near the processor from one layer to the next
 constexpr int noAudioSize = 13;
-constexpr double noAudioGap = 8;                                 // beside the text
-constexpr double topBarHeight = 2, dropFrameWidth = 2, dot = 3;  // logical pixels
+constexpr double noAudioGap = 8;                             // beside the text
+constexpr double topBarHeight = 2, frameWidth = 2, dot = 3;  // logical pixels
 
 // One painting of one part of the waveform.
 class Painting {
@@ -74,7 +74,7 @@ public:
 
     void overlays() {
         for (const OverlayLine &line : overlayLines(scene_)) overlay(line);
-        if (scene_.dropFrame) frame(devicePixels(dropFrameWidth, scale_), colors_[Role::accentBg]);
+        if (scene_.isFramed) frame(hairline(frameWidth * scale_), colors_[Role::accentBg]);
     }
 
     void noAudio(const ViewStyle &style, TextCache &texts) {

@@ -2,6 +2,7 @@
 
 #include <QBasicTimer>
 #include <QContextMenuEvent>
+#include <QFocusEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
@@ -27,7 +28,6 @@ struct WaveformView::Parts {
     ViewStyle &style;
     WaveformRms &rms;
     WaveformInput input;
-    bool isViewOnly = false;
     WheelInput wheel;
     ClickCounter clicks;
     QBasicTimer scrolling;  // runs only while a selection is dragged past a side
@@ -56,12 +56,10 @@ WaveformView::WaveformView(AudioEditorModel &model, ViewStyle &style, WaveformRm
 WaveformView::~WaveformView() = default;
 
 void WaveformView::refresh() {
-    const ViewSize size{double(width()), double(height()), devicePixelRatioF(), parts_->style.textFactor()};
     parts_->view.powersRevision = parts_->rms.revision();
-    const WaveformScene before = std::exchange(parts_->scene, waveformScene(parts_->model.state(), size, parts_->view));
-    const Damage damage = waveformDamage(before, parts_->scene);
-    if (damage.everything) update();
-    for (const PixelSpan &strip : damage.strips) update(toLogical(strip, height(), size.scale));
+    const WaveformScene before =
+        std::exchange(parts_->scene, waveformScene(parts_->model.state(), viewSize(*this, parts_->style), parts_->view));
+    updateDamaged(*this, waveformDamage(before, parts_->scene));
     if (onHover && before.pointed != parts_->scene.pointed) onHover(parts_->scene.pointed);
 }
 
@@ -108,7 +106,7 @@ void WaveformView::timerEvent(QTimerEvent *) { parts_->input.scroll(Parts::inter
 
 // From the keyboard the menu opens at the cursor.
 void WaveformView::contextMenuEvent(QContextMenuEvent *event) {
-    if (!onContextMenu || parts_->isViewOnly || parts_->input.isDragging()) return;
+    if (!onContextMenu || parts_->input.isViewOnly() || parts_->input.isDragging()) return;
     const int cursor = std::clamp(int(parts_->scene.marks.cursor / devicePixelRatioF()), 0, width() - 1);
     const bool isKey = event->reason() == QContextMenuEvent::Keyboard;
     onContextMenu(isKey ? mapToGlobal(QPoint(cursor, height() / 2)) : event->globalPos());
@@ -122,6 +120,13 @@ void WaveformView::leaveEvent(QEvent *) {
 void WaveformView::wheelEvent(QWheelEvent *event) {
     parts_->wheel.turn(wheelTurn(*event, width()), event->position().x(), width());
     parts_->input.viewMoved(parts_->scene.geometry);
+}
+
+void WaveformView::setControlHeld(bool isHeld) { parts_->input.modifiersChanged({false, isHeld}, parts_->scene.geometry); }
+
+void WaveformView::focusChanged(const QFocusEvent &event) {
+    parts_->view.keyFocus = event.gotFocus() && isMovedByKey(event);
+    refresh();
 }
 
 void WaveformView::keyPressEvent(QKeyEvent *event) {
@@ -139,7 +144,6 @@ bool WaveformView::event(QEvent *event) {
 }
 
 void WaveformView::setViewOnly(bool isViewOnly) {
-    parts_->isViewOnly = isViewOnly;
     parts_->scrolling.stop();
     parts_->input.setViewOnly(isViewOnly);
     setFocusPolicy(isViewOnly ? Qt::NoFocus : Qt::StrongFocus);

@@ -31,6 +31,8 @@ public:
     void setViewOnly(bool isViewOnly);
     // For Esc: puts back what the drag in progress has changed. False when there is none.
     bool cancelDrag();
+    // Ctrl was pressed or let go, which a drag in progress heeds at once.
+    void setControlHeld(bool isHeld);
     // The accent frame while files are dragged over the window.
     void setDropFrame(bool shown);
     // What a screen reader says: the left of the info line.
@@ -47,6 +49,8 @@ protected:
     void leaveEvent(QEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override { focusChanged(*event); }
+    void focusOutEvent(QFocusEvent *event) override { focusChanged(*event); }
     void timerEvent(QTimerEvent *event) override;
     bool event(QEvent *event) override;
 
@@ -55,6 +59,8 @@ private:
 
     // Takes over what has changed and asks for the painting of just that.
     void refresh();
+    // The ring is drawn inside the edge.
+    void focusChanged(const QFocusEvent &event);
     // After every event of the pointer.
     void pointerMoved(const QMouseEvent &event, const PointerEvent &at);
 

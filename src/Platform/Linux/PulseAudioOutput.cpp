@@ -20,6 +20,7 @@ constexpr double wantedLatency = 2048.0 / 44100.0;
 // stream begins to play in the midst of it; whoever listens on a monitor has had it already and would miss the beginning.
 constexpr double leadIn = wantedLatency * 3 / 8;
 constexpr pa_usec_t startTimeout = 1'800'000;
+constexpr pa_usec_t timingInterval = 100'000;  // between questions where the server is; the library reckons on from there
 
 std::runtime_error failure(const std::string &what, const pa_context *context) {
     return std::runtime_error(what + ": " + pa_strerror(pa_context_errno(context)));
@@ -79,6 +80,7 @@ private:
     void stateChanged();
     void fill(std::size_t bytes);
     void renderInto(std::span<float> out);
+    void askForTiming();
     void measureLatency();
 
     void lock() { pa_threaded_mainloop_lock(loop_); }
@@ -94,6 +96,7 @@ private:
     bool timedOut_ = false;
     bool opened_ = false;  // from then on a failure is a death, told once
     bool paused_ = true;
+    pa_usec_t nextTiming_ = 0;       // when to ask the server again where it is
     std::size_t silentSamples_ = 0;  // of the lead-in, still to be sent
 };
 
@@ -155,8 +158,7 @@ void PulseAudioOutput::Connection::openStream(const Format &format) {
         stream_, [](pa_stream *, void *self) { static_cast<Connection *>(self)->stateChanged(); }, this);
     pa_stream_set_write_callback(
         stream_, [](pa_stream *, std::size_t bytes, void *self) { static_cast<Connection *>(self)->fill(bytes); }, this);
-    const auto flags = pa_stream_flags_t(PA_STREAM_START_CORKED | PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE |
-                                         PA_STREAM_INTERPOLATE_TIMING);
+    const auto flags = pa_stream_flags_t(PA_STREAM_START_CORKED | PA_STREAM_ADJUST_LATENCY | PA_STREAM_INTERPOLATE_TIMING);
     const char *device = format.device.empty() ? nullptr : format.device.c_str();
     if (pa_stream_connect_playback(stream_, device, &attributes, flags, nullptr, nullptr) < 0)
         throw failure("the output device cannot be opened", context_);
@@ -194,6 +196,7 @@ void PulseAudioOutput::Connection::resume() {
     const std::size_t writable = pa_stream_writable_size(stream_);
     if (writable != std::size_t(-1)) fill(writable);
     forget(pa_stream_cork(stream_, 0, nullptr, nullptr));
+    nextTiming_ = 0;  // it moves again
 }
 
 void PulseAudioOutput::Connection::pause() {
@@ -217,7 +220,16 @@ void PulseAudioOutput::Connection::fill(std::size_t bytes) {
         if (pa_stream_write(stream_, memory, size, nullptr, 0, PA_SEEK_RELATIVE) < 0 || size == 0) return;
         bytes -= size;
     }
+    askForTiming();
     measureLatency();
+}
+
+// The library would ask on its own, but it does not stop when nothing plays.
+void PulseAudioOutput::Connection::askForTiming() {
+    const pa_usec_t now = pa_rtclock_now();
+    if (now < nextTiming_) return;
+    nextTiming_ = now + timingInterval;
+    forget(pa_stream_update_timing_info(stream_, nullptr, nullptr));
 }
 
 void PulseAudioOutput::Connection::renderInto(std::span<float> out) {

@@ -273,6 +273,11 @@ TEST_F(PlaybackEngineTest, AnEditedSoundGoesOn) {
     engine.setBuffer(ramp(400, 2));
     EXPECT_EQ(output.render(101)[200], rampSample(200)) << "a shorter sound loops within what is left";
 
+    engine.play(ramp(1000, 2), looping(0, 1000), client);
+    output.render(900);
+    engine.setBuffer(ramp(1500, 2));
+    EXPECT_EQ(output.render(200)[398], rampSample(1099)) << "what played to the end plays to the new one";
+
     play();
     engine.setBuffer(ramp(1000, 1));
     EXPECT_EQ(output.format().channels, 1);
@@ -353,6 +358,11 @@ TEST_F(PlaybackEngineTest, TheAnalyzerHearsWhatGoesIntoTheEqualizerAndWhatComesO
     engine.setEqTap(false, &client);
     pass(1000);
     EXPECT_FALSE(engine.readAnalyzer(&client, before, after)) << "nobody listens";
+    engine.play(constant(0.5f, 2), request, client);
+    pass(4000);
+    engine.play(constant(0.5f, 2), request, client);
+    pass(1000);
+    EXPECT_FALSE(engine.readAnalyzer(&client, before, after)) << "what played before has no part in it";
 }
 
 }  // namespace

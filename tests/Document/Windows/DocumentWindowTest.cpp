@@ -11,6 +11,7 @@
 #include <QUrl>
 #include <QtTest/QTest>
 #include <algorithm>
+#include <functional>
 
 #include "Document/DocumentWorld.h"
 #include "Document/Windows/AudioDrag.h"
@@ -306,6 +307,66 @@ TEST_F(DocumentWindowTest, F6GoesFromPartToPart) {
     EXPECT_EQ(view().focusWidget(), &view().waveform());
     key(Qt::Key_F6, Qt::ShiftModifier);
     EXPECT_EQ(view().focusWidget(), view().infoLine().value(InfoField::cursor));
+}
+
+// Nor does what gives the focus back when it closes.
+TEST_F(DocumentWindowTest, TheWaveformShowsTheFocusOnlyAfterAKeyMovedItThere) {
+    open();
+    const auto isRinged = [&] {
+        return view().waveform().grab().toImage().pixel(1, 300) == style.color(AudioEditorThemeColor::accentBg).rgb();
+    };
+    struct Row {
+        const char *way;
+        std::function<void()> act;
+        bool isRinged;
+    };
+    for (const Row &row : std::initializer_list<Row>{
+             {"at first", [] {}, false},
+             {"around by F6",
+              [&] {
+                  for (int i = 0; i < 4; ++i) key(Qt::Key_F6);
+              },
+              true},
+             {"a position entered", [&] { view().topBar().position().click(), key(Qt::Key_Return); }, false},
+             {"a sheet", [&] { controller->perform(gain), press("Cancel"); }, false},
+             {"back by Tab", [&] { key(Qt::Key_Tab), key(Qt::Key_Backtab); }, true},
+         }) {
+        row.act();
+        settle();
+        EXPECT_EQ(view().focusWidget(), &view().waveform()) << row.way;
+        EXPECT_EQ(isRinged(), row.isRinged) << row.way;
+    }
+}
+
+TEST_F(DocumentWindowTest, CtrlFreesAnEdgeThatRestsAtAMark) {
+    open();
+    model().load(model().state().buffer, {4000}, {});
+    const auto mouse = [&](QEvent::Type type, double x) {
+        QMouseEvent event(type, QPointF(x, 50), QPointF(x, 50), Qt::LeftButton, Qt::LeftButton, {});
+        QApplication::sendEvent(&view().waveform(), &event);
+    };
+    mouse(QEvent::MouseButtonPress, 100);
+    mouse(QEvent::MouseMove, 615);
+    EXPECT_EQ(model().state().selection->hi, 4000);
+    key(Qt::Key_Control);
+    EXPECT_NE(model().state().selection->hi, 4000);
+    QKeyEvent letGo(QEvent::KeyRelease, Qt::Key_Control, Qt::ControlModifier);
+    QApplication::sendEvent(view().focusWidget(), &letGo);
+    EXPECT_EQ(model().state().selection->hi, 4000);
+    mouse(QEvent::MouseButtonRelease, 615);
+}
+
+TEST_F(DocumentWindowTest, SheetsSlideUnlessTheDesktopWantsNoMotion) {
+    open();
+    for (const bool reduces : {false, true}) {
+        style.setReducesMotion(reduces);
+        controller->perform(gain);
+        const QWidget &sheet = *view().openSheet();
+        EXPECT_EQ(sheet.y() == 0, reduces);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return sheet.y() == 0; }, 1000));
+        press("Cancel");
+        settle();
+    }
 }
 
 TEST_F(DocumentWindowTest, TabFollowsTheOrderOfTheScreen) {

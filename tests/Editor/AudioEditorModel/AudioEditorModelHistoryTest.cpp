@@ -115,6 +115,11 @@ TEST_F(HistoryTest, aDragOfTheLoopIsOneStep) {
     model.undo();  // ends the drag, then takes it back
     EXPECT_EQ(state().loopPoints, (FrameRange{100, 200}));
     EXPECT_FALSE(state().pressLoop);
+    model.moveLoop({50, 60});
+    model.reload(buffer(), {}, FrameRange{1, 2});
+    model.endLoopMove();
+    EXPECT_EQ(state().loopPoints, (FrameRange{1, 2})) << "the drag was of a sound that is no more";
+    EXPECT_FALSE(model.canUndo());
 }
 
 // The same rules once more, on whole copies.

@@ -88,6 +88,8 @@ TEST_F(SlicesTest, anEdgeIsDraggedBetweenItsNeighboursAsOneStep) {
     EXPECT_EQ(state().slices[1], (FrameRange{125, 375}));
     moveSliceEdge(model, {1, true}, 999);
     EXPECT_EQ(state().slices[1], (FrameRange{374, 375}));
+    moveSliceEdge(model, {2, false}, 0);
+    EXPECT_EQ(state().slices[2], (FrameRange{500, 501}));
     moveSliceEdge(model, {3, false}, 9999);
     EXPECT_EQ(state().slices[3].hi, 1000);
     EXPECT_EQ(undoDepth(), 0u);
@@ -104,8 +106,12 @@ TEST_F(SlicesTest, anEdgeIsDraggedBetweenItsNeighboursAsOneStep) {
     EXPECT_EQ(state().slices, before);
     model.redo();
     EXPECT_EQ(state().slices[2], (FrameRange{500, 700}));
-    moveSliceEdge(model, {9, true}, 5);
+    moveSliceEdge(model, {4, true}, 5);
     EXPECT_FALSE(state().pressSlices) << "there is no such slice";
+    moveSliceEdge(model, {2, false}, 650);
+    AudioEditorEdits::reverse(model);
+    EXPECT_EQ(undoDepth(), 3u) << "an edit ends the drag first";
+    EXPECT_EQ(state().slices[2].hi, 650);
 }
 
 TEST_F(SlicesTest, aLongSoundIsLookedAtAsAJobAndWithTheLatestSettings) {

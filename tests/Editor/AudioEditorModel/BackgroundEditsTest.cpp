@@ -148,11 +148,15 @@ TEST_F(LongSound, AnEditThatComesTooLateIsDropped) {
 }
 
 TEST_F(LongSound, WhatIsAskedForDuringAnEditIsNotDone) {
+    std::vector<bool> heard;
+    const Subscription listening =
+        background.changed.add([&](const BackgroundEdits &now) { heard.push_back(now.isRunning()); });
     AudioEditorEdits::reverse(model);
     AudioEditorEdits::gain(model, 3);
     EXPECT_EQ(jobs.waiting(), 1);
     jobs.runAll();
     EXPECT_EQ(model.history().undoDepth(), 1u);
+    EXPECT_EQ(heard, (std::vector<bool>{true, false}));
 }
 
 TEST_F(LongSound, SilenceIsNotNormalizedInTheBackgroundEither) {

@@ -139,12 +139,16 @@ TEST(UndoHistory, letsSoundsGoThatNobodyWillAskForButStillCountsThem) {
     UndoHistory history;
     history.keepOnly(1, 0);
     history.push(sound(0, half));
-    history.push(sound(1, half));
+    Snapshot measured = sound(1, half);
+    measured.peaks.emplace();
+    history.push(std::move(measured));
     history.push(sound(2, half));
     EXPECT_EQ(history.undoDepth(), 2u);
     const auto none = [](const Snapshot &) { return position(9); };
     EXPECT_EQ(history.undo(none)->buffer->frames(), half.frames());
-    EXPECT_TRUE(history.undo(none)->buffer->isEmpty());
+    const auto letGo = history.undo(none);
+    EXPECT_TRUE(letGo->buffer->isEmpty());
+    EXPECT_FALSE(letGo->peaks);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "Editor/Surfaces/WaveformImage.h"
 
 #include <cmath>
+#include <functional>
+#include <utility>
 
 #include "Editor/Surfaces/SurfaceFixture.h"
 #include "Editor/Surfaces/WaveformCurve.h"
@@ -13,62 +15,57 @@ constexpr Pixel outer = 0xFF000001, inner = 0xFF000002, overColor = 0xFF000003, 
 const WaveformInk ink{outer, inner, overColor, curve, stem, ring};
 
 // One lane of 61 rows, centre row 30, half 20: full scale at rows 10 and 50.
-const ColumnDrawing drawing{{{0, 61}, 30.5, 20}, 1, 1, 3};
+const ColumnDrawing drawing{{{0, 61}, 30.5, 20}, 1, 1, 1, 3};
 
-// The rows of one column as letters: o outer, i inner, ! over, . nothing.
-std::string columnText(const std::vector<ColumnLevel> &levels, ColumnDrawing how = drawing, std::size_t column = 0) {
-    std::vector<Pixel> pixels(61 * (levels.size() - 1), 0xFFFFFFFF);
-    const auto width = std::ptrdiff_t(levels.size() - 1);
-    rasterColumns({pixels.data(), width}, 0, levels, how, ink);
+constexpr ColumnLevel none{};
+
+// The rows of the last column in runs: "20. 5o 11i" are twenty without sound, five of the extremes, eleven of the rms; "!" is
+// over full scale.
+std::string columnText(std::vector<ColumnLevel> levels, const ColumnDrawing &how) {
+    levels.insert(levels.begin(), none);
+    const std::size_t width = levels.size() - 1;
+    std::vector<Pixel> pixels(61 * width, 0xFFFFFFFF);
+    rasterColumns({pixels.data(), std::ptrdiff_t(width)}, 0, levels, how, ink);
     std::string text;
-    for (std::size_t row = 0; row < 61; ++row) {
-        const Pixel pixel = pixels[row * std::size_t(width) + column];
+    for (std::size_t row = 0, run = 0; row < 61; ++row) {
+        const Pixel pixel = pixels[(row + 1) * width - 1];
+        ++run;
+        if (row < 60 && pixels[(row + 2) * width - 1] == pixel) continue;
+        text += (text.empty() ? "" : " ") + std::to_string(std::exchange(run, 0));
         text += pixel == outer ? 'o' : pixel == inner ? 'i' : pixel == overColor ? '!' : pixel == 0 ? '.' : '?';
     }
     return text;
 }
 
-std::string rows(std::initializer_list<std::pair<char, int>> runs) {
-    std::string text;
-    for (const auto &[letter, count] : runs) text += std::string(std::size_t(count), letter);
-    return text;
-}
-
-constexpr ColumnLevel none{};
-
-TEST(WaveformRaster, DrawsExtremesAndRmsWithinThem) {
-    EXPECT_EQ(columnText({none, {-0.5f, 0.5f, 0.25f}}), rows({{'.', 20}, {'o', 5}, {'i', 11}, {'o', 5}, {'.', 20}}));
-    // All above the centre: the rms ends at the column's own extremes.
-    EXPECT_EQ(columnText({none, {0.25f, 0.5f, 0.4f}}), rows({{'.', 20}, {'o', 2}, {'i', 4}, {'.', 35}}));
-    // Not known: only extremes.
-    EXPECT_EQ(columnText({none, {-0.5f, 0.5f, -1}}), rows({{'.', 20}, {'o', 21}, {'.', 20}}));
-    EXPECT_EQ(columnText({none, none}), rows({{'.', 61}}));
-}
-
-TEST(WaveformRaster, DrawsSilenceAsOneRow) { EXPECT_EQ(columnText({none, {0, 0, 0}}), rows({{'.', 30}, {'o', 1}, {'.', 30}})); }
-
-TEST(WaveformRaster, LetsEveryColumnTouchTheOneBefore) {
-    const std::vector<ColumnLevel> falling{none, {0.5f, 0.5f, -1}, {-0.5f, -0.5f, -1}};
-    EXPECT_EQ(columnText(falling, drawing, 0), rows({{'.', 20}, {'o', 1}, {'.', 40}}));
-    EXPECT_EQ(columnText(falling, drawing, 1), rows({{'.', 20}, {'o', 21}, {'.', 20}}));
-    const std::vector<ColumnLevel> rising{none, {-0.5f, -0.5f, -1}, {0.5f, 0.5f, -1}};
-    EXPECT_EQ(columnText(rising, drawing, 1), rows({{'.', 20}, {'o', 21}, {'.', 20}}));
-}
-
-TEST(WaveformRaster, CapsWhatPassesFullScaleAtTheLanesEdge) {
-    EXPECT_EQ(columnText({none, {0, 1.0f, -1}}).find('!'), std::string::npos);
-    EXPECT_EQ(columnText({none, {0, 1.01f, -1}}), rows({{'!', 3}, {'.', 7}, {'o', 21}, {'.', 30}}));
-    EXPECT_EQ(columnText({none, {-9.0f, 0, -1}}), rows({{'.', 30}, {'o', 28}, {'!', 3}}));
-}
-
-TEST(WaveformRaster, PreviewsAGainAndColoursWhatWouldBeOver) {
-    ColumnDrawing preview = drawing;
-    preview.capRows = 0;
-    preview.factor = 2;
-    EXPECT_EQ(columnText({none, {0, 0.6f, -1}}, preview), rows({{'.', 6}, {'!', 4}, {'o', 21}, {'.', 30}}));
-    // With vertical zoom, full scale is elsewhere, and so is what passes it.
-    preview.gain = 0.5;
-    EXPECT_EQ(columnText({none, {0, 0.6f, -1}}, preview), rows({{'.', 18}, {'!', 2}, {'o', 11}, {'.', 30}}));
+TEST(WaveformRaster, DrawsColumns) {
+    ColumnDrawing thick = drawing, louder = drawing, smaller = drawing;
+    thick.leastRows = 2;
+    louder.capRows = smaller.capRows = 0;
+    louder.factor = smaller.factor = 2;
+    smaller.gain = 0.5;  // of the vertical zoom: full scale is elsewhere, and so is what passes it
+    struct Row {
+        const char *rule;
+        std::vector<ColumnLevel> levels;
+        ColumnDrawing how;
+        const char *rows;
+    };
+    for (const Row &row : std::initializer_list<Row>{
+             {"extremes and rms", {{-0.5f, 0.5f, 0.25f}}, drawing, "20. 5o 11i 5o 20."},
+             {"the rms ends at the extremes", {{0.25f, 0.5f, 0.4f}}, drawing, "20. 2o 4i 35."},
+             {"an unknown rms", {{-0.5f, 0.5f, -1}}, drawing, "20. 21o 20."},
+             {"outside the sound", {none}, drawing, "61."},
+             {"silence", {{0, 0, 0}}, drawing, "30. 1o 30."},
+             {"where a hairline is two", {{0, 0, 0}}, thick, "30. 2o 29."},
+             {"which a taller one keeps", {{-0.1f, 0.1f, -1}}, thick, "28. 5o 28."},
+             {"falling to touch the one before", {{0.5f, 0.5f, -1}, {-0.5f, -0.5f, -1}}, drawing, "20. 21o 20."},
+             {"rising", {{-0.5f, -0.5f, -1}, {0.5f, 0.5f, -1}}, drawing, "20. 21o 20."},
+             {"full scale", {{0, 1.0f, -1}}, drawing, "10. 21o 30."},
+             {"above it", {{0, 1.01f, -1}}, drawing, "3! 7. 21o 30."},
+             {"far below it", {{-9.0f, 0, -1}}, drawing, "30. 28o 3!"},
+             {"what a gain would do", {{0, 0.6f, -1}}, louder, "6. 4! 21o 30."},
+             {"zoomed out", {{0, 0.6f, -1}}, smaller, "18. 2! 11o 30."},
+         })
+        EXPECT_EQ(columnText(row.levels, row.how), row.rows) << row.rule;
 }
 
 TEST(BandLimited, RunsThroughItsSamplesAndBetweenThemAsTheSoundDid) {
@@ -113,28 +110,37 @@ TEST(WaveformCurve, MarksSamplesWithDotsAndStemsOnceThereIsRoom) {
     for (const Row &row : {Row{4, false, false}, Row{7.9, false, false}, Row{8, true, false}, Row{11.9, true, false},
                            Row{12, true, true}, Row{60, true, true}}) {
         const std::vector<Pixel> pixels = curvePixels(buffer, 1 / row.pixelsPerSample, 1);
-        const auto has = [&](Pixel color) { return std::find(pixels.begin(), pixels.end(), color) != pixels.end(); };
-        EXPECT_EQ(has(ring), row.dots) << row.pixelsPerSample;
-        EXPECT_EQ(has(stem), row.stems) << row.pixelsPerSample;
+        EXPECT_EQ(std::count(pixels.begin(), pixels.end(), ring) > 0, row.dots) << row.pixelsPerSample;
+        EXPECT_EQ(std::count(pixels.begin(), pixels.end(), stem) > 0, row.stems) << row.pixelsPerSample;
     }
-    // Sample 3 at column 180: the dot's middle, its ring, its stem and the line between dots.
-    const std::vector<Pixel> pixels = curvePixels(buffer, 1.0 / 60, 1);
-    const auto at = [&](int x, int row) { return pixels[std::size_t(row * 400 + x)]; };
-    EXPECT_EQ(at(180, 20), curve);
-    EXPECT_EQ(at(183, 20), curve);
-    EXPECT_EQ(at(180, 16), ring);
-    EXPECT_EQ(at(180, 28), stem);
-    EXPECT_EQ(at(181, 28), 0u);
-    EXPECT_EQ(at(210, 20), curve);
-    EXPECT_EQ(at(210, 24), 0u);
+}
+
+// Also the first sample's, and those of samples beyond the lane.
+TEST(WaveformCurve, DotsStandOnTheirSamplesAndAreSeenWhole) {
+    struct Row {
+        std::int64_t frame;
+        float sample;
+        int x, row;
+    };
+    for (const Row &row : {Row{3, 0.5f, 180, 20}, Row{0, 0.5f, 5, 20}, Row{3, 9.0f, 180, 5}, Row{3, -9.0f, 180, 55}}) {
+        std::vector<float> samples(100, 0.0f);
+        samples[std::size_t(row.frame)] = row.sample;
+        const std::vector<Pixel> pixels = curvePixels(AudioEditorBuffer(samples, 1, 44100), 1.0 / 60, 1);
+        const auto at = [&](int dx, int dy) { return pixels[std::size_t((row.row + dy) * 400 + row.x + dx)]; };
+        for (const int sign : {-1, 1}) {
+            for (const int side : {0, 3 * sign}) EXPECT_EQ(at(side, 0), curve) << row.frame << " " << row.sample;
+            EXPECT_TRUE(std::abs(row.sample) > 1 || at(0, 4 * sign) == ring) << row.frame << " " << sign;
+        }
+        EXPECT_TRUE(row.sample != 0.5f || at(0, 8) == stem) << row.frame;
+    }
 }
 
 TEST(WaveformCurve, OfASingleSampleFallsToTheEndOfItsTime) {
     const std::vector<Pixel> pixels = curvePixels(AudioEditorBuffer(std::vector<float>{1.0f}, 1, 44100), 1.0 / 400, 1);
-    for (int x = 10; x < 400; x += 10) {
-        int rows = 0;
-        for (int row = 10; row <= 31; ++row) rows += pixels[std::size_t(row * 400 + x)] != 0;
-        EXPECT_GE(rows, 1) << x;
+    for (std::size_t x = 10; x < 400; x += 10) {
+        bool isDrawn = false;
+        for (std::size_t row = 10; row <= 31; ++row) isDrawn = isDrawn || pixels[row * 400 + x] != 0;
+        EXPECT_TRUE(isDrawn) << x;
     }
 }
 
@@ -182,15 +188,17 @@ TEST_F(WaveformImageTest, DrawsAllAnewWhenWhatItShowsIsAnother) {
     const Sound sound(noise(400000, 2, 1));
     load(sound.buffer);
     show(0, 20);
-    EXPECT_EQ(update(sound, columns, image, look), 1000);
-    model.setVerticalZoomDb(3);
-    EXPECT_EQ(update(sound, columns, image, look), 1000);
-    EXPECT_EQ(update(sound, columns, image, {ink, 2, true}), 1000);
-    size.height = 180;
-    EXPECT_EQ(update(sound, columns, image, {ink, 2, true}), 1000);
-    EXPECT_EQ(update(sound, columns, image, {ink, 2, true}), 0);
-    show(0, 20.5);
-    EXPECT_EQ(update(sound, columns, image, {ink, 2, true}), 1000);
+    WaveformImage::Look how = look;
+    for (const auto &change : std::initializer_list<std::function<void()>>{[] {}, [&] { model.setVerticalZoomDb(3); },
+                                                                           [&] { how.factor = 2; }, [&] { size.height = 180; },
+                                                                           [&] { size.height = 80; }, [&] { show(0, 20.5); }}) {
+        change();
+        EXPECT_EQ(update(sound, columns, image, how), 1000);
+        EXPECT_EQ(update(sound, columns, image, how), 0);
+        WaveformImage fresh;
+        update(sound, columns, fresh, how);
+        EXPECT_TRUE(unrolled(image) == unrolled(fresh)) << "also where no lane is";
+    }
 }
 
 TEST_F(WaveformImageTest, KnowsWhichColumnsAreCapped) {

@@ -1,5 +1,7 @@
 #include "Editor/Surfaces/WaveformInput.h"
 
+#include <functional>
+
 #include "Editor/Surfaces/PlayheadFollower.h"
 #include "Editor/Surfaces/SurfaceFixture.h"
 #include "Editor/Surfaces/WheelInput.h"
@@ -7,7 +9,10 @@
 namespace kiv {
 namespace {
 
-// Ten frames a pixel from frame 10000 on; the middle of pixel x is frame 10000 + 10 x + 5.
+constexpr Modifiers shift{true, false}, control{false, true}, both{true, true};
+
+// Ten frames a pixel from frame 10000 on; the middle of pixel x is frame 10000 + 10 x + 5. Marks stand at the pixels 200 and
+// 500, the loop at 300 and 400.
 struct WaveformInputTest : SurfaceFixture {
     WaveformInput input{model};
 
@@ -23,91 +28,73 @@ struct WaveformInputTest : SurfaceFixture {
         move(to, modifiers);
         input.release();
     }
+    void hold(Modifiers modifiers) { input.modifiersChanged(modifiers, geometry()); }
     void key(ViewKey key, Modifiers modifiers = {}) { input.key(key, modifiers, geometry()); }
     std::optional<FrameRange> selection() const { return state().selection; }
+    double first() const { return firstVisibleFrame(state().view, 100000); }
 };
 
-constexpr Modifiers shift{true, false}, control{false, true};
-
-TEST_F(WaveformInputTest, PressPlacesTheCursorAndDraggingSelectsFromThere) {
-    model.select({50000, 60000});
-    EXPECT_EQ(notices([&] { press(50); }), bits({Change::cursor, Change::selection, Change::pointer}));
-    EXPECT_EQ(state().cursorFrame, 10505);
-    EXPECT_FALSE(selection());
-    move(52);  // not yet a drag
-    EXPECT_FALSE(selection());
-    EXPECT_EQ(notices([&] { move(90); }), bits({Change::selection, Change::pointer}));
-    EXPECT_EQ(selection(), (FrameRange{10505, 10905}));
-    move(20);
-    EXPECT_EQ(selection(), (FrameRange{10205, 10505}));
-    EXPECT_EQ(state().cursorFrame, 10205);
-    input.release();
-    EXPECT_FALSE(state().pointerMode);
-    EXPECT_EQ(selection(), (FrameRange{10205, 10505}));
-}
-
-TEST_F(WaveformInputTest, ShiftExtendsFromTheFartherEdgeOrTheCursor) {
-    model.placeCursor(11000);
-    press(300, shift);
-    EXPECT_EQ(selection(), (FrameRange{11000, 13005}));
-    input.release();
-    press(50, shift);  // the end is farther
-    EXPECT_EQ(selection(), (FrameRange{10505, 13005}));
-    move(600);
-    EXPECT_EQ(selection(), (FrameRange{13005, 16005}));
-}
-
-TEST_F(WaveformInputTest, EdgesOfTheSelectionAreDraggedFromFivePixelsAway) {
-    model.select({11000, 11500});  // pixels 100 and 150
-    for (const double x : {95.0, 100.0, 105.9}) EXPECT_EQ(input.shape(at(x), geometry()), PointerShape::horizontalSize) << x;
-    for (const double x : {94.9, 106.0, 125.0}) EXPECT_EQ(input.shape(at(x), geometry()), PointerShape::textBeam) << x;
-    press(103);
-    EXPECT_EQ(selection(), (FrameRange{11000, 11500}));
-    EXPECT_TRUE(state().resizingEdge);
-    move(103);
-    EXPECT_EQ(selection(), (FrameRange{11000, 11500}));
-    move(83);
-    EXPECT_NEAR(double(selection()->lo), 10800, 10);
-    EXPECT_EQ(selection()->hi, 11500);
-    move(183);
-    EXPECT_EQ(selection()->lo, 11500);
-    input.release();
-    EXPECT_FALSE(state().resizingEdge);
-}
-
-TEST_F(WaveformInputTest, DraggedEdgesStickToMarksUnlessCtrlIsHeld) {
+TEST_F(WaveformInputTest, PressesAndDragsSelectAndStick) {
     struct Row {
-        double to;
-        Modifiers modifiers;
-        std::int64_t end;
+        const char *rule;
+        std::optional<FrameRange> selected;  // before; else the cursor is at 11000
+        std::function<void()> act;
+        std::int64_t cursor;
+        std::optional<FrameRange> selection;
     };
-    for (const Row &row : {Row{196, {}, 12000}, Row{204, {}, 12000}, Row{206, {}, 12065}, Row{196, control, 11965},
-                           Row{303, {}, 13000}, Row{398, {}, 14000}, Row{503, {}, 15000}}) {
-        model.selectNone();
-        drag(50, row.to, row.modifiers);
-        EXPECT_EQ(selection()->hi, row.end) << row.to;
+    const FrameRange near{11000, 11500}, far{50000, 60000};  // pixels 100 and 150; out of view
+    for (const Row &row : std::initializer_list<Row>{
+             {"a press sets the cursor", far, [&] { press(50); }, 10505, {}},
+             {"three pixels make a drag", far, [&] { press(50), move(52); }, 10505, {}},
+             {"a drag selects", far, [&] { drag(50, 90); }, 10505, FrameRange{10505, 10905}},
+             {"backwards too", {}, [&] { press(50), move(90), move(20); }, 10205, FrameRange{10205, 10505}},
+             {"Shift extends from the cursor", {}, [&] { press(320, shift); }, 11000, FrameRange{11000, 13205}},
+             {"from close by too", {}, [&] { press(102, shift); }, 11000, FrameRange{11000, 11025}},
+             {"else from the farther edge", near, [&] { press(50, shift); }, 10505, FrameRange{10505, 11500}},
+             {"and drags on", near, [&] { press(50, shift), move(603); }, 11500, FrameRange{11500, 16035}},
+             {"an extended one sticks", {}, [&] { press(303, shift); }, 11000, FrameRange{11000, 13000}},
+             {"unless Ctrl is held", {}, [&] { press(303, both); }, 11000, FrameRange{11000, 13035}},
+             {"an edge that was only pressed stays", near, [&] { press(103), move(103); }, 11000, near},
+             {"a dragged one keeps its distance", near, [&] { press(103), move(83); }, 10800, FrameRange{10800, 11500}},
+             {"and turns round the other", near, [&] { press(103), move(183); }, 11500, FrameRange{11500, 11800}},
+             {"a drag's end sticks", {}, [&] { drag(50, 196); }, 10505, FrameRange{10505, 12000}},
+             {"from behind too", {}, [&] { drag(50, 204); }, 10505, FrameRange{10505, 12000}},
+             {"not from six away", {}, [&] { drag(50, 206); }, 10505, FrameRange{10505, 12065}},
+             {"nor with Ctrl held", {}, [&] { drag(50, 196, control); }, 10505, FrameRange{10505, 11965}},
+             {"to a loop's start", {}, [&] { drag(50, 303); }, 10505, FrameRange{10505, 13000}},
+             {"to its end", {}, [&] { drag(50, 398); }, 10505, FrameRange{10505, 14000}},
+             {"its beginning sticks", {}, [&] { drag(203, 250); }, 12000, FrameRange{12000, 12505}},
+             {"from before too", {}, [&] { drag(197, 250); }, 12000, FrameRange{12000, 12505}},
+             {"to the cursor that the press took away", {}, [&] { drag(105.9, 150); }, 11000, FrameRange{11000, 11505}},
+             {"not from six away", {}, [&] { drag(206, 250); }, 12065, FrameRange{12065, 12505}},
+             {"nor with Ctrl held", {}, [&] { drag(203, 250, control); }, 12035, FrameRange{12035, 12505}},
+             {"a press alone does not stick", {}, [&] { press(203), move(204); }, 12035, {}},
+             {"Ctrl acts at once", {}, [&] { press(50), move(196), hold(control); }, 10505, FrameRange{10505, 11965}},
+             {"and gives back", {}, [&] { press(50), move(196, control), hold({}); }, 10505, FrameRange{10505, 12000}},
+             {"Ctrl without a drag is nothing", near, [&] { hold(control); }, 11000, near},
+             {"a right click outside sets the cursor", near, [&] { input.pressRight(at(300), geometry()); }, 13005, {}},
+             {"one inside does not", near, [&] { input.pressRight(at(130), geometry()); }, 11000, near},
+             {"two clicks select between the marks", {}, [&] { press(250, {}, 2); }, 12000, FrameRange{12000, 13000}},
+             {"a loop's points are such", {}, [&] { press(350, {}, 2); }, 13000, FrameRange{13000, 14000}},
+             {"the file's start is one", {}, [&] { press(100, {}, 2); }, 0, FrameRange{0, 12000}},
+             {"and its end", {}, [&] { press(900, {}, 2); }, 15000, FrameRange{15000, 100000}},
+             {"three clicks select all", {}, [&] { press(450, {}, 3); }, 0, FrameRange{0, 100000}},
+         }) {
+        model.setCursorAndSelection(row.selected ? row.selected->lo : 11000, row.selected);
+        told.clear();
+        row.act();
+        EXPECT_EQ(state().cursorFrame, row.cursor) << row.rule;
+        EXPECT_EQ(selection(), row.selection) << row.rule;
+        input.release();
+        EXPECT_FALSE(state().pointerMode) << row.rule;
+        EXPECT_EQ(selection(), row.selection) << row.rule;
     }
     show(90000, 10);
-    model.selectNone();
     drag(50, 997);
     EXPECT_EQ(selection()->hi, 100000);
-}
-
-TEST_F(WaveformInputTest, MoreClicksSelectBetweenMarksAndEverything) {
-    struct Row {
-        double x;
-        FrameRange range;
-    };
-    for (const Row &row : {Row{100, {0, 12000}}, Row{250, {12000, 13000}}, Row{350, {13000, 14000}}, Row{450, {14000, 15000}},
-                           Row{900, {15000, 100000}}}) {
-        press(row.x);
-        input.release();
-        press(row.x, {}, 2);
-        input.release();
-        EXPECT_EQ(selection(), row.range) << row.x;
-    }
-    press(450, {}, 3);
-    EXPECT_EQ(selection(), (FrameRange{0, 100000}));
+    show(10000, 10);
+    EXPECT_EQ(notices([&] { press(50); }), bits({Change::cursor, Change::selection, Change::pointer}));
+    EXPECT_EQ(notices([&] { move(90); }), bits({Change::selection, Change::pointer}));
 }
 
 TEST_F(WaveformInputTest, CancellingPutsEverythingBackAsAtThePress) {
@@ -119,31 +106,29 @@ TEST_F(WaveformInputTest, CancellingPutsEverythingBackAsAtThePress) {
     input.scroll(0.5, geometry());
     EXPECT_NE(state().view, view);
     EXPECT_TRUE(input.cancel());
+    move(400);
     EXPECT_EQ(state().cursorFrame, 20000);
     EXPECT_EQ(selection(), (FrameRange{20000, 30000}));
     EXPECT_EQ(state().view, view);
     EXPECT_FALSE(state().pointerMode);
-    move(400);
-    EXPECT_EQ(selection(), (FrameRange{20000, 30000}));
 }
 
 TEST_F(WaveformInputTest, DraggingPastASideScrollsFasterWithDistance) {
+    const auto speed = [&](double x) {
+        move(x);
+        return input.scrollSpeed(geometry());
+    };
     press(500);
     EXPECT_EQ(input.scrollSpeed(geometry()), 0);
-    move(-10);
-    const double slow = input.scrollSpeed(geometry());
-    move(1050);
-    EXPECT_LT(slow, 0);
-    EXPECT_GT(input.scrollSpeed(geometry()), -slow);
-    const double first = firstVisibleFrame(state().view, 100000), way = input.scrollSpeed(geometry());
+    EXPECT_EQ(speed(998), 0);
+    EXPECT_GT(speed(999), 0) << "the last column, beyond which there may be no screen";
+    EXPECT_LT(speed(-10), 0);
+    EXPECT_GT(speed(1050), -speed(-10));
+    const double before = first(), way = speed(1050);
     const std::int64_t end = selection()->hi;
     input.scroll(0.1, geometry());
-    EXPECT_NEAR(firstVisibleFrame(state().view, 100000), first + way, 1);
+    EXPECT_NEAR(first(), before + way, 1);
     EXPECT_NEAR(double(selection()->hi), double(end) + way, 10);
-    move(998);
-    EXPECT_EQ(input.scrollSpeed(geometry()), 0);
-    move(999);  // the last column, beyond which there may be no screen
-    EXPECT_GT(input.scrollSpeed(geometry()), 0);
     input.release();
     EXPECT_EQ(input.scrollSpeed(geometry()), 0);
 }
@@ -153,19 +138,18 @@ TEST_F(WaveformInputTest, TheMiddleButtonMovesTheView) {
     EXPECT_EQ(input.shape(at(500), geometry()), PointerShape::closedHand);
     EXPECT_TRUE(state().viewDragged);
     EXPECT_EQ(notices([&] { move(400); }), bits({Change::view}));
-    EXPECT_NEAR(firstVisibleFrame(state().view, 100000), 11000, 1e-6);
+    EXPECT_NEAR(first(), 11000, 1e-6);
     // Zoomed by the wheel meanwhile, the frame that is held stays under the pointer.
     WheelInput(model).turn({3, 0, {}}, 400, 1000);
     const double perColumn = geometry().axis.framesPerColumn;
     move(300);
-    EXPECT_NEAR(geometry().axis.framesPerColumn, perColumn, 1e-9);
-    EXPECT_NEAR(firstVisibleFrame(state().view, 100000), 15000 - 300 * perColumn, 1e-6);
+    EXPECT_NEAR(first(), 15000 - 300 * perColumn, 1e-6);
     input.release();
     EXPECT_FALSE(state().viewDragged);
 }
 
 TEST_F(WaveformInputTest, TheLoopIsDraggedWhileItIsEdited) {
-    model.commitLoop(FrameRange{13000, 14000});  // pixels 300 and 400
+    model.commitLoop(FrameRange{13000, 14000});
     const auto steps = model.history().undoDepth();
     drag(303, 350);
     EXPECT_EQ(state().loopPoints, (FrameRange{13000, 14000})) << "not in this mode";
@@ -196,7 +180,7 @@ TEST_F(WaveformInputTest, TheLoopIsDraggedWhileItIsEdited) {
 }
 
 TEST_F(WaveformInputTest, TheNearestEdgeIsCaughtAndTheModesOwnWinTies) {
-    model.setEditLoopEnabled(true);  // the loop at pixels 300 and 400
+    model.setEditLoopEnabled(true);
     struct Row {
         FrameRange selection;
         double x;
@@ -207,22 +191,17 @@ TEST_F(WaveformInputTest, TheNearestEdgeIsCaughtAndTheModesOwnWinTies) {
          {Row{{13000, 13500}, 300, TimeEdge{Kind::loop, true}}, Row{{13040, 13500}, 302, TimeEdge{Kind::loop, true}},
           Row{{13040, 13500}, 303, TimeEdge{Kind::selection, true}}, Row{{11000, 14060}, 405, TimeEdge{Kind::selection, false}},
           Row{{11000, 14110}, 406, TimeEdge{Kind::selection, false}}, Row{{11000, 11020}, 99, TimeEdge{Kind::selection, true}},
-          Row{{11000, 11020}, 104, TimeEdge{Kind::selection, false}}, Row{{11000, 14200}, 406, {}}}) {
+          Row{{11000, 11020}, 104, TimeEdge{Kind::selection, false}}, Row{{11000, 14200}, 406, {}},
+          Row{{11000, 11500}, 95, TimeEdge{Kind::selection, true}}, Row{{11000, 11500}, 94.9, {}},
+          Row{{11000, 11500}, 105.9, TimeEdge{Kind::selection, true}}, Row{{11000, 11500}, 106, {}}}) {
         model.select(row.selection);
         EXPECT_EQ(edgeNear(state(), geometry().axis, row.x, 1), row.edge) << row.x;
+        const PointerShape shape = row.edge ? PointerShape::horizontalSize : PointerShape::textBeam;
+        EXPECT_EQ(input.shape(at(row.x), geometry()), shape) << row.x;
     }
 }
 
-TEST_F(WaveformInputTest, ARightClickOutsideTheSelectionSetsTheCursor) {
-    model.select({11000, 12000});
-    input.pressRight(at(150), geometry());
-    EXPECT_EQ(selection(), (FrameRange{11000, 12000}));
-    input.pressRight(at(300), geometry());
-    EXPECT_FALSE(selection());
-    EXPECT_EQ(state().cursorFrame, 13005);
-}
-
-TEST_F(WaveformInputTest, KeysMoveTheCursor) {
+TEST_F(WaveformInputTest, KeysMoveTheCursorOrTheEndThatMovedLast) {
     struct Row {
         ViewKey key;
         Modifiers modifiers;
@@ -236,57 +215,57 @@ TEST_F(WaveformInputTest, KeysMoveTheCursor) {
         key(row.key, row.modifiers);
         EXPECT_EQ(state().cursorFrame, row.cursor) << int(row.key);
         EXPECT_TRUE(isInView(state().view, double(row.cursor), 100000)) << int(row.key);
+        model.placeCursor(13500);
+        key(row.key, {true, row.modifiers.control});
+        EXPECT_EQ(selection(),
+                  (FrameRange{std::min<std::int64_t>(row.cursor, 13500), std::max<std::int64_t>(row.cursor, 13500)}))
+            << int(row.key);
     }
+    show(10000, 10);
+    model.placeCursor(13500);
+    for (const ViewKey pressed : {ViewKey::right, ViewKey::left, ViewKey::left}) key(pressed, shift);
+    EXPECT_EQ(selection(), (FrameRange{13490, 13500}));
+    drag(80, 20);  // its start moved last
+    key(ViewKey::left, shift);
+    EXPECT_EQ(selection(), (FrameRange{10195, 10805}));
+    model.select({11000, 12000});
+    key(ViewKey::right, both);
+    EXPECT_EQ(selection(), (FrameRange{11000, 13000}));
     show(13480, 0.1);
     model.placeCursor(13500);
     key(ViewKey::right);
-    EXPECT_EQ(state().cursorFrame, 13501);
+    EXPECT_EQ(state().cursorFrame, 13501) << "a frame is wider than a pixel";
     key(ViewKey::up);
     EXPECT_EQ(state().verticalZoomDb, 3);
     key(ViewKey::down);
     EXPECT_EQ(state().verticalZoomDb, 0);
 }
 
-TEST_F(WaveformInputTest, ShiftedKeysMoveTheEndThatMovedLast) {
-    model.placeCursor(13500);
-    key(ViewKey::right, shift);
-    key(ViewKey::right, shift);
-    EXPECT_EQ(selection(), (FrameRange{13500, 13520}));
-    for (int i = 0; i < 3; ++i) key(ViewKey::left, shift);
-    EXPECT_EQ(selection(), (FrameRange{13490, 13500}));
-    key(ViewKey::home, shift);
-    EXPECT_EQ(selection(), (FrameRange{0, 13500}));
-    show(10000, 10);
-    drag(80, 20);  // its start moved last
-    key(ViewKey::left, shift);
-    EXPECT_EQ(selection(), (FrameRange{10195, 10805}));
-    model.select({11000, 12000});
-    key(ViewKey::right, {true, true});
-    EXPECT_EQ(selection(), (FrameRange{11000, 13000}));
-}
-
 TEST_F(WaveformInputTest, TheWheelZoomsScrollsAndZoomsVertically) {
     WheelInput wheel(model);
-    const double under = geometry().axis.frameAt(250);
-    wheel.turn({1, 0, {}}, 250, 1000);
-    EXPECT_NEAR(geometry().axis.framesPerColumn, 8, 1e-9);
-    EXPECT_NEAR(geometry().axis.frameAt(250), under, 8);
-    wheel.turn({-0.5, 0, control}, 250, 1000);
-    wheel.turn({-0.5, 0, {}}, 250, 1000);
-    EXPECT_NEAR(geometry().axis.framesPerColumn, 10, 1e-9);
-    EXPECT_NEAR(firstVisibleFrame(state().view, 100000), 10000, 1e-6);
-    wheel.turn({-1, 0, shift}, 250, 1000);
-    wheel.turn({0.2, -0.5, {}}, 250, 1000);
-    EXPECT_NEAR(firstVisibleFrame(state().view, 100000), 11500, 1e-6);
-    for (int i = 0; i < 5; ++i) wheel.turn({0.3, 0, {true, true}}, 250, 1000);
-    EXPECT_EQ(state().verticalZoomDb, 3);
+    struct Row {
+        std::vector<WheelTurn> turns;
+        double first, framesPerPixel;
+        int verticalDb;
+    };
+    for (const Row &row : std::initializer_list<Row>{{{{1, 0, {}}}, 10500, 8, 0},
+                                                     {{{-0.5, 0, control}, {-0.5, 0, {}}}, 10000, 10, 0},
+                                                     {{{-1, 0, shift}}, 11000, 10, 0},
+                                                     {{{0.2, -0.5, {}}}, 11500, 10, 0},
+                                                     {{{0.3, 0, both}, {0.3, 0, both}, {0.3, 0, both}}, 11500, 10, 0},
+                                                     {{{0.3, 0, both}}, 11500, 10, 3}}) {
+        for (const WheelTurn &turn : row.turns) wheel.turn(turn, 250, 1000);
+        EXPECT_NEAR(geometry().axis.framesPerColumn, row.framesPerPixel, 1e-9);
+        EXPECT_NEAR(first(), row.first, 1e-6);
+        EXPECT_EQ(state().verticalZoomDb, row.verticalDb);
+    }
     wheel.turnVertical(-1);
     EXPECT_EQ(state().verticalZoomDb, 0);
     wheel.pinch(2, 250, 1000);
     EXPECT_NEAR(geometry().axis.framesPerColumn, 5, 1e-9);
 }
 
-TEST_F(WaveformInputTest, PressesCountAsClicksWhileQuickAndInOnePlace) {
+TEST(ClickCounter, CountsPressesWhileQuickAndInOnePlace) {
     ClickCounter counter;
     struct Row {
         double at, x;
@@ -301,51 +280,44 @@ struct PlayheadFollowerTest : WaveformInputTest {
     PlayheadFollower follower{model};
 
     PlayheadFollowerTest() { model.setFollowPlayhead(true); }
-    void play(double frame) { model.setPlayheads({{1, frame}}); }
-    double first() const { return firstVisibleFrame(state().view, 100000); }
+    // Where the view begins once the playhead stands at a frame.
+    double playedTo(double frame) {
+        model.setPlayheads({{1, frame}});
+        return first();
+    }
 };
 
 TEST_F(PlayheadFollowerTest, TurnsTheViewWhenThePlayheadLeavesIt) {
-    play(19000);
-    EXPECT_NEAR(first(), 10000, 1);
-    play(20010);
-    EXPECT_NEAR(first(), 20010 - 1000, 1);
-    play(5000);  // a loop begins again
-    EXPECT_NEAR(first(), 4000, 1);
+    EXPECT_NEAR(playedTo(19000), 10000, 1);
+    EXPECT_NEAR(playedTo(20010), 19010, 1);
+    EXPECT_NEAR(playedTo(5000), 4000, 1) << "a loop begins again";
     model.setFollowPlayhead(false);
-    play(50000);
-    EXPECT_NEAR(first(), 4000, 1);
+    EXPECT_NEAR(playedTo(50000), 4000, 1);
     model.setFollowPlayhead(true);
     EXPECT_NEAR(first(), 49000, 1);
 }
 
 TEST_F(PlayheadFollowerTest, WaitsAfterTheUserLookedElsewhere) {
-    play(15000);
+    playedTo(15000);
     show(40000, 10);
-    play(15100);
-    EXPECT_NEAR(first(), 40000, 1);
+    EXPECT_NEAR(playedTo(15100), 40000, 1);
     show(12000, 10);  // in view again
-    play(15200);
-    play(22010);
-    EXPECT_NEAR(first(), 21010, 1);
+    playedTo(15200);
+    EXPECT_NEAR(playedTo(22010), 21010, 1);
     show(40000, 10);
     model.setPlayheads({});
-    play(60000);  // played anew
-    EXPECT_NEAR(first(), 59000, 1);
+    EXPECT_NEAR(playedTo(60000), 59000, 1) << "played anew";
 }
 
 TEST_F(PlayheadFollowerTest, DoesNotTurnUnderADrag) {
-    play(19900);
+    playedTo(19900);
     press(500);
-    play(20100);
-    EXPECT_NEAR(first(), 10000, 1);
+    EXPECT_NEAR(playedTo(20100), 10000, 1);
     input.release();
-    play(20200);
-    EXPECT_NEAR(first(), 10000, 1);
-    play(19900);
+    EXPECT_NEAR(playedTo(20200), 10000, 1);
+    playedTo(19900);
     input.pressMiddle(at(500), geometry());
-    play(20100);
-    EXPECT_NEAR(first(), 10000, 1);
+    EXPECT_NEAR(playedTo(20100), 10000, 1);
 }
 
 }  // namespace

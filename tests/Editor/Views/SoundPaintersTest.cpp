@@ -53,11 +53,20 @@ struct SoundPaintersTest : SurfaceFixture, testing::WithParamInterface<double> {
     Rgba at(double x, double y, int dx = 0, int dy = 0) const {
         return Rgba(image.pixel(int(x * scale) + dx, int(y * scale) + dy)) << 8 | 0xFF;
     }
-    ::testing::AssertionResult near(Rgba a, Rgba b) const {
+    static bool near(Rgba a, Rgba b) {
         for (int shift = 8; shift < 32; shift += 8)
-            if (std::abs(int(a >> shift & 255) - int(b >> shift & 255)) > 2)
-                return ::testing::AssertionFailure() << std::hex << a << " is not " << b;
-        return ::testing::AssertionSuccess();
+            if (std::abs(int(a >> shift & 255) - int(b >> shift & 255)) > 2) return false;
+        return true;
+    }
+    struct Place {
+        double x, y;
+        Rgba color;
+        int dx = 0, dy = 0;
+    };
+    void expect(std::initializer_list<Place> places) const {
+        for (const auto &[x, y, color, dx, dy] : places)
+            EXPECT_TRUE(near(at(x, y, dx, dy), color))
+                << x << ", " << y << " " << dx << ", " << dy << std::hex << ": " << at(x, y, dx, dy) << ", not " << color;
     }
 };
 
@@ -65,44 +74,27 @@ INSTANTIATE_TEST_SUITE_P(Scales, SoundPaintersTest, testing::Values(1.0, 1.25, 1
 
 TEST_P(SoundPaintersTest, TheWaveformInItsLayers) {
     paintSound();
-    const Rgba bg = colors[Role::waveBg], tinted = over(bg, colors[Role::waveSelection]);
-    // Lanes of 100 rows: full scale at 10, ±0.5 at 30 and 70, rms at 40 and 60.
-    EXPECT_TRUE(near(at(50, 5), bg));
-    EXPECT_TRUE(near(at(50, 34), colors.waveOuter));
-    EXPECT_TRUE(near(at(50, 45), colors[Role::waveFg]));
-    EXPECT_TRUE(near(at(50, 66), colors.waveOuter));
-    EXPECT_TRUE(near(at(50, 75), bg));
-    EXPECT_TRUE(near(at(650, 50), colors.waveOuter));  // silence
-    EXPECT_TRUE(near(at(650, 53), bg));
-    // The sound lies over the tint of the selection, not under it.
-    EXPECT_TRUE(near(at(150, 5), tinted));
-    EXPECT_TRUE(near(at(150, 45), colors[Role::waveFg]));
-    EXPECT_TRUE(near(at(150, 1), colors.selectionEdge));
-    EXPECT_TRUE(near(at(200, 5), colors.selectionEdge));
-    EXPECT_TRUE(near(at(200, 5, hairline(scale)), bg));
-}
-
-TEST_P(SoundPaintersTest, TheWaveformsLines) {
-    paintSound();
-    const Rgba bg = colors[Role::waveBg];
-    const int hair = hairline(scale);
-    EXPECT_TRUE(near(at(100, 20), colors[Role::waveCursor]));
-    EXPECT_FALSE(near(at(100, 20, hair), colors[Role::waveCursor]));
-    EXPECT_TRUE(near(at(700, 20), mix(bg, colors[Role::waveMarker], 0.75)));
-    EXPECT_TRUE(near(at(700, 20, hair), bg));
-    const int thick = devicePixels(2, scale), middle = int(900 * scale);
-    for (int dx = 0; dx < thick; ++dx) EXPECT_TRUE(near(at(0, 20, middle - thick / 2 + dx), colors[Role::wavePlayhead])) << dx;
-    EXPECT_TRUE(near(at(0, 20, middle - thick / 2 - 1), bg));
-    EXPECT_TRUE(near(at(0, 20, middle - thick / 2 + thick), bg));
-    // Dotted, 3 on and 3 off.
-    const int dot = devicePixels(3, scale);
-    EXPECT_TRUE(near(at(600, 0, 0, 2 * dot), colors.loopMark));
-    EXPECT_TRUE(near(at(600, 0, 0, dot), bg));
-    EXPECT_TRUE(near(at(800, 0, 0, 4 * dot), colors.loopMark));
+    const Rgba bg = colors[Role::waveBg], tinted = over(bg, colors[Role::waveSelection]), inner = colors[Role::waveFg];
+    const int hair = hairline(scale), thick = devicePixels(2, scale), dot = devicePixels(3, scale), middle = int(900 * scale);
     const WaveformGeometry g = geometry();
-    EXPECT_TRUE(near(at(50, 0, 0, g.lanes[0].rows.hi), colors.edge));
-    EXPECT_TRUE(near(at(50, 0, 0, g.rowOf(g.lanes[0], 1)), colors.fullScale));
-    EXPECT_TRUE(near(at(850, 0, 0, g.lanes[1].centreRow()), colors.waveOuter));
+    // Lanes of 100 rows: full scale at 10, ±0.5 at 30 and 70, rms at 40 and 60. From 500 on there is silence.
+    expect({{50, 5, bg}, {50, 34, colors.waveOuter}, {50, 45, inner}, {50, 66, colors.waveOuter}, {50, 75, bg}});
+    expect({{650, 50, colors.waveOuter, 0, hair - 1}, {650, 53, bg}, {850, 0, colors.waveOuter, 0, g.lanes[1].centreRow()}});
+    // The sound lies over the tint of the selection, not under it.
+    expect({{150, 5, tinted}, {150, 45, inner}, {150, 1, colors.selectionEdge}});
+    expect({{200, 5, colors.selectionEdge, hair - 1}, {200, 5, bg, hair}});
+    expect({{100, 20, colors[Role::waveCursor], hair - 1}, {100, 20, tinted, hair}});
+    expect({{700, 20, mix(bg, colors[Role::waveMarker], 0.75), hair - 1}, {700, 20, bg, hair}});
+    for (int dx = 0; dx < thick; ++dx) expect({{0, 20, colors[Role::wavePlayhead], middle - thick / 2 + dx}});
+    expect({{0, 20, bg, middle - thick / 2 - 1}, {0, 20, bg, middle - thick / 2 + thick}});
+    // The loop is dotted, 3 on and 3 off.
+    expect({{600, 0, colors.loopMark, 0, 2 * dot}, {600, 0, bg, 0, dot}, {800, 0, colors.loopMark, 0, 4 * dot}});
+    expect({{50, 0, colors.edge, 0, g.lanes[0].rows.hi}, {50, 0, colors.fullScale, 0, g.rowOf(g.lanes[0], 1)}});
+    model.setEditLoopEnabled(true);
+    paintSound();
+    const Rgba accent = colors[Role::accentBg];
+    for (const double y : {4.0, 8.0, 55.0, 95.0}) expect({{600, y, accent}});
+    expect({{800, 4, accent}, {620, 4, mix(bg, accent, 0.09)}, {820, 4, bg}});
 }
 
 TEST_P(SoundPaintersTest, WhatAGainWouldDo) {
@@ -110,15 +102,10 @@ TEST_P(SoundPaintersTest, WhatAGainWouldDo) {
     model.setGainDb(8);  // 0.5 becomes 1.256
     model.openDialog(Dialog::gain);
     paintSound();
-    EXPECT_TRUE(near(at(150, 25), outcome));
-    EXPECT_TRUE(near(at(150, 45), colors[Role::waveFg]));
-    EXPECT_TRUE(near(at(150, 5), colors.over));
-    EXPECT_TRUE(near(at(50, 25), colors[Role::waveBg]));
+    expect({{150, 25, outcome}, {150, 45, colors[Role::waveFg]}, {150, 5, colors.over}, {50, 25, colors[Role::waveBg]}});
     model.setGainDb(-6);
     paintSound();
-    EXPECT_TRUE(near(at(150, 45), outcome));
-    EXPECT_TRUE(near(at(150, 34), colors.waveOuter));
-    EXPECT_TRUE(near(at(50, 45), colors[Role::waveFg]));
+    expect({{150, 45, outcome}, {150, 34, colors.waveOuter}, {50, 45, colors[Role::waveFg]}});
 }
 
 TEST_P(SoundPaintersTest, CapsLieOverTheBarOfTheSelection) {
@@ -127,27 +114,15 @@ TEST_P(SoundPaintersTest, CapsLieOverTheBarOfTheSelection) {
     load(AudioEditorBuffer(samples, 1, 44100));
     model.select({10000, 20000});
     paintSound();
-    EXPECT_TRUE(near(at(150.5, 0), colors.over));
-    EXPECT_TRUE(near(at(150.5, 2), colors.over));
-    EXPECT_TRUE(near(at(140, 0), colors.selectionEdge));
-    EXPECT_TRUE(near(at(160, 0), colors.selectionEdge));
-    EXPECT_FALSE(near(at(160, 0, 0, devicePixels(2, scale)), colors.selectionEdge));
-}
-
-TEST_P(SoundPaintersTest, TheLoopWhileItIsEdited) {
-    model.setEditLoopEnabled(true);
-    paintSound();
-    const Rgba bg = colors[Role::waveBg], accent = colors[Role::accentBg];
-    for (const int y : {4, 8, 55, 95}) EXPECT_TRUE(near(at(600, y), accent)) << y;
-    EXPECT_TRUE(near(at(800, 4), accent));
-    EXPECT_TRUE(near(at(620, 4), mix(bg, accent, 0.09)));
-    EXPECT_TRUE(near(at(820, 4), bg));
+    const Rgba bar = colors.selectionEdge, tinted = over(colors[Role::waveBg], colors[Role::waveSelection]);
+    expect({{150.5, 0, colors.over}, {150.5, 2, colors.over}, {140, 0, bar}, {160, 0, bar}});
+    expect({{160, 0, tinted, 0, devicePixels(2, scale)}});
 }
 
 TEST_P(SoundPaintersTest, AnEmptySoundSaysSo) {
     load(AudioEditorBuffer(2, 44100));
     paintSound();
-    EXPECT_TRUE(near(at(300, 0, 0, geometry().lanes[0].centreRow()), colors.zero));
+    expect({{300, 0, colors.zero, 0, geometry().lanes[0].centreRow()}});
     int letters = 0;
     for (int x = 460; x < 540; ++x)
         for (int y = 90; y < 110; ++y) letters += near(at(x, y), colors.dim);
@@ -158,66 +133,80 @@ TEST_P(SoundPaintersTest, TheOverview) {
     size = {1044, 44, scale};
     model.setView({4, 37500});  // 25000 … 50000: columns 250 … 500
     const Sound sound(buffer());
-    const OverviewScene scene = overviewScene(state(), size, 0);
     OverviewImage pixels;
-    EXPECT_TRUE(pixels.update(sound.source(), scene.geometry, overviewLook(colors)));
-    EXPECT_FALSE(pixels.update(sound.source(), scene.geometry, overviewLook(colors)));
-    paint([&](QPainter &painter, const QRect &all) { paintOverview(painter, scene, pixels, colors, all); });
+    const auto paintStrip = [&] {
+        const OverviewScene scene = overviewScene(state(), size, 0);
+        EXPECT_EQ(pixels.update(sound.source(), scene.geometry, overviewLook(colors)), image.isNull());
+        paint([&](QPainter &painter, const QRect &all) { paintOverview(painter, scene, pixels, colors, all); });
+    };
+    paintStrip();
     const double left = 44;
-    EXPECT_TRUE(near(at(10, 0), colors.hairline));
-    EXPECT_TRUE(near(at(10, 20), colors.well));
-    const Rgba outside = mix(colors.well, colors[Role::waveFg], 0.42);
-    EXPECT_TRUE(near(at(left + 50, 22), outside));
-    EXPECT_TRUE(near(at(left + 50, 7), colors.well));
-    EXPECT_TRUE(near(at(left + 400, 22), colors[Role::waveFg]));
-    EXPECT_TRUE(near(at(left + 400, 7), colors[Role::waveBg]));
-    EXPECT_TRUE(near(at(left + 400, 15), mix(colors[Role::waveBg], colors[Role::waveFg], 0.72)));
-    EXPECT_TRUE(near(at(left + 150, 22), over(outside, colors[Role::waveSelection])));
-    EXPECT_TRUE(near(at(left + 400, 0, 0, hairline(scale)), mix(colors[Role::waveBg], colors[Role::topbarButtonText], 0.85)));
-    EXPECT_TRUE(near(at(left + 500, 22, -1), colors[Role::topbarButtonText]));  // a grip
-    EXPECT_TRUE(near(at(left + 700, 3), colors[Role::waveMarker]));
-    EXPECT_TRUE(near(at(left + 650, 43), colors[Role::accentBg]));
-    EXPECT_TRUE(near(at(left + 900, 30), colors[Role::wavePlayhead]));
+    const Rgba outside = mix(colors.well, colors[Role::waveFg], 0.42), bg = colors[Role::waveBg], fg = colors[Role::waveFg];
+    const Rgba white = colors[Role::topbarButtonText];
+    expect({{10, 0, colors.hairline}, {10, 20, colors.well}, {left + 50, 22, outside}, {left + 50, 7, colors.well}});
+    expect({{left + 400, 22, fg}, {left + 400, 7, bg}, {left + 400, 15, mix(bg, fg, 0.72)}});
+    expect({{left + 150, 22, over(outside, colors[Role::waveSelection])}, {left + 500, 22, white, -1}});  // a grip
+    expect({{left + 400, 0, mix(bg, white, 0.85), 0, hairline(scale)}, {left + 700, 3, colors[Role::waveMarker]}});
+    expect({{left + 650, 43, colors[Role::accentBg]}, {left + 900, 30, colors[Role::wavePlayhead]}});
     EXPECT_FALSE(near(at(left + 100, 30), colors[Role::waveCursor]));
+    for (const auto &[heads, color] : {std::pair(1, Role::wavePlayhead), std::pair(0, Role::waveCursor)}) {
+        model.placeCursor(100000);
+        model.setPlayheads(std::vector<AudioEditorPlayhead>(std::size_t(heads), {1, 100000}));
+        paintStrip();
+        for (int dx = 1; dx <= hairline(scale); ++dx) expect({{1044, 30, colors[color], -dx}});
+    }
 }
 
 TEST_P(SoundPaintersTest, RulerAndLane) {
     size = {1044, 40, scale};
-    const RulerScene scene = rulerScene(state(), size, {});
-    paint([&](QPainter &painter, const QRect &all) { paintRuler(painter, scene, style, texts, all); });
+    const auto paintAll = [&] {
+        const RulerScene scene = rulerScene(state(), size, {});
+        paint([&](QPainter &painter, const QRect &all) { paintRuler(painter, scene, style, texts, all); });
+    };
+    paintAll();
     const double left = 44;
-    EXPECT_TRUE(near(at(500, 0), colors.hairline));
-    EXPECT_TRUE(near(at(left + 20, 2), colors[Role::rulerBg]));
-    EXPECT_TRUE(near(at(left + 20, 30), colors.lane));
-    EXPECT_TRUE(near(at(20, 30), colors[Role::rulerBg]));
-    EXPECT_TRUE(near(at(20, 40, 0, -1), colors.hairline));
-    EXPECT_TRUE(near(at(left, 30, -1), colors.edge));
-    EXPECT_TRUE(near(at(left, 16), mix(colors[Role::rulerBg], colors[Role::rulerText], 0.55)));  // a tick
-    EXPECT_TRUE(near(at(left + 100, 35), colors[Role::waveCursor]));
-    EXPECT_TRUE(near(at(left + 103, 15), colors[Role::waveCursor]));  // its head
-    EXPECT_TRUE(near(at(left + 107, 15), colors[Role::rulerBg]));
-    EXPECT_TRUE(near(at(left + 903, 2), colors[Role::wavePlayhead]));
-    EXPECT_TRUE(near(at(left + 904, 8), colors[Role::rulerBg]));
-    EXPECT_TRUE(near(at(left + 707, 27), colors[Role::waveMarker]));
-    EXPECT_TRUE(near(at(left + 712, 27), colors.lane));
-    EXPECT_TRUE(near(at(left + 750, 36), colors.loopMark));
-    EXPECT_TRUE(near(at(left + 602, 29), colors.loopMark));
-    EXPECT_TRUE(near(at(left + 750, 29), colors.lane));
-    EXPECT_TRUE(near(at(left + 750, 40, 0, -1), colors.lane));
+    const Rgba bg = colors[Role::rulerBg], cursor = colors[Role::waveCursor], head = colors[Role::wavePlayhead];
+    expect({{500, 0, colors.hairline}, {left + 20, 2, bg}, {left + 20, 30, colors.lane}, {20, 30, bg}});
+    expect({{20, 40, colors.hairline, 0, -1}, {left, 30, colors.edge, -1}});
+    expect({{left, 16, mix(bg, colors[Role::rulerText], 0.55)}, {left + 100, 35, cursor}});                // a tick
+    expect({{left + 103, 15, cursor}, {left + 107, 15, bg}, {left + 903, 2, head}, {left + 904, 8, bg}});  // heads
+    expect({{left + 707, 27, colors[Role::waveMarker]}, {left + 712, 27, colors.lane}});
+    expect({{left + 750, 36, colors.loopMark}, {left + 602, 29, colors.loopMark}, {left + 750, 29, colors.lane}});
+    expect({{left + 750, 40, colors.lane, 0, -1}});
+    model.placeCursor(100000);
+    model.setPlayheads({});
+    paintAll();
+    for (int dx = 1; dx <= hairline(scale); ++dx) expect({{1044, 35, cursor, -dx}});
+    model.setPlayheads({{1, 100000}});
+    paintAll();
+    for (int dx = 1; dx <= devicePixels(2, scale); ++dx) expect({{1044, 35, head, -dx}});
 }
 
+// Names and levels keep apart, also in large type and where levels are longest.
 TEST_P(SoundPaintersTest, TheGutter) {
-    size = {44, 201, scale};
-    const GutterScene scene = gutterScene(state(), size);
-    paint([&](QPainter &painter, const QRect &) { paintGutter(painter, scene, style, texts); });
-    EXPECT_TRUE(near(at(3, 50), colors[Role::rulerBg]));
-    EXPECT_TRUE(near(at(44, 50, -1), colors.edge));
-    EXPECT_TRUE(near(at(3, 0, 0, scene.edges[0].lo), colors.edge));
-    int ink = 0, beyond = 0;
-    for (int x = 0; x < 43; ++x)
-        for (int y = 5; y < 16; ++y) (x < 36 ? ink : beyond) += !near(at(x, y), colors[Role::rulerBg]);
-    EXPECT_GT(ink, 10);
-    EXPECT_EQ(beyond, 0);
+    for (const double points : {10.0, 16.0})
+        for (const int db : {0, 36}) {
+            style.setDesktopFont(QFont("Inter", int(points)));
+            model.setVerticalZoomDb(db);
+            const int width = gutterWidth(style.textFactor());
+            EXPECT_EQ(width, points == 10 ? 44 : 72);
+            size = {double(width), 401, scale, style.textFactor()};
+            const GutterScene scene = gutterScene(state(), size);
+            paint([&](QPainter &painter, const QRect &) { paintGutter(painter, scene, style, texts); });
+            expect({{3, 50, colors[Role::rulerBg]}, {double(width), 50, colors.edge, -1}});
+            expect({{3, 0, colors.edge, 0, scene.edges[0].lo}});
+            const auto inked = [&](double from, double to) {
+                int ink = 0;
+                for (double x = from; x < to; ++x)
+                    for (int y = 5; y < 24; ++y) ink += !near(at(x, y), colors[Role::rulerBg]);
+                return ink;
+            };
+            const double factor = style.textFactor(), afterName = 6 + 8 * factor;
+            EXPECT_GT(inked(5, afterName), 10) << "the channel " << points << " " << db;
+            EXPECT_EQ(inked(afterName, afterName + 2), 0) << points << " " << db;
+            EXPECT_GT(inked(afterName + 2, width - 5), 10) << "the level " << points << " " << db;
+            EXPECT_EQ(inked(width - 5, width - 1), 0);
+        }
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 #include <QMouseEvent>
+#include <QNativeGestureEvent>
 #include <QPaintEvent>
+#include <QPointingDevice>
 #include <QScreen>
 #include <QWheelEvent>
+#include <cmath>
 #include <functional>
 #include <map>
 #include <random>
@@ -68,16 +71,25 @@ struct SoundViewsTest : SurfaceFixture {
         for (const QRect &rect : region) columns += rect.width();
         return columns;
     }
-    template <class Event>
-    void mouse(QWidget &view, Event type, double x, double y, Qt::MouseButton button = Qt::LeftButton,
-               Qt::KeyboardModifiers modifiers = {}) {
+    void mouse(QWidget &view, QEvent::Type type, double x, Qt::MouseButton button = Qt::LeftButton, double y = 50) {
         const bool isMove = type == QEvent::MouseMove, isRelease = type == QEvent::MouseButtonRelease;
         held_ = isMove ? held_ : isRelease ? held_ & ~Qt::MouseButtons(button) : held_ | button;
-        QMouseEvent event(type, QPointF(x, y), view.mapToGlobal(QPointF(x, y)), isMove ? Qt::NoButton : button, held_,
-                          modifiers);
+        QMouseEvent event(type, QPointF(x, y), view.mapToGlobal(QPointF(x, y)), isMove ? Qt::NoButton : button, held_, {});
         event.setTimestamp(clock_ += 1000);
         QApplication::sendEvent(&view, &event);
     }
+    void hover(double x) { mouse(waveform, QEvent::MouseMove, x); }
+    void pinch(QWidget &view, double x, double value, Qt::NativeGestureType type = Qt::ZoomNativeGesture) {
+        QNativeGestureEvent event(type, QPointingDevice::primaryPointingDevice(), 2, QPointF(x, 10), QPointF(x, 10),
+                                  view.mapToGlobal(QPointF(x, 10)), value, {});
+        QApplication::sendEvent(&view, &event);
+    }
+    static void turn(QWidget &view, double x, QPoint pixels, QPoint delta, Qt::ScrollPhase phase,
+                     Qt::KeyboardModifiers modifiers = {}) {
+        QWheelEvent event({x, 10}, view.mapToGlobal(QPointF(x, 10)), pixels, delta, {}, modifiers, phase, false);
+        QApplication::sendEvent(&view, &event);
+    }
+    const std::vector<QWidget *> views{&overview, &ruler, &gutter, &waveform};
 
 private:
     Qt::MouseButtons held_;
@@ -85,19 +97,17 @@ private:
 };
 
 TEST_F(SoundViewsTest, NothingIsPaintedWhenNothingChanges) {
-    for (QWidget *view : std::initializer_list<QWidget *>{&overview, &ruler, &gutter, &waveform}) {
-        const QRegion &region = painted(*view, [&] {
-            model.setMaxLevel(0.3f);
-            model.setLoopEnabled(!state().loopEnabled);
-            model.placeCursor(state().cursorFrame);
-        });
-        EXPECT_TRUE(region.isEmpty());
-    }
+    for (QWidget *view : views)
+        EXPECT_TRUE(painted(*view, [&] {
+                        model.setMaxLevel(0.3f);
+                        model.setLoopEnabled(!state().loopEnabled);
+                        model.placeCursor(state().cursorFrame);
+                    }).isEmpty());
 }
 
-TEST_F(SoundViewsTest, APlayheadStepPaintsTwoNarrowStrips) {
-    model.setPlayheads({{1, 30000}});
-    for (QWidget *view : std::initializer_list<QWidget *>{&overview, &ruler, &waveform}) {
+TEST_F(SoundViewsTest, OnlyWhatChangedIsPainted) {
+    for (QWidget *view :
+         {static_cast<QWidget *>(&overview), static_cast<QWidget *>(&ruler), static_cast<QWidget *>(&waveform)}) {
         model.setPlayheads({{1, 30000}});
         const QRegion &region = painted(*view, [&] { model.setPlayheads({{1, 40000}}); });
         EXPECT_EQ(region.rectCount(), 2);
@@ -105,32 +115,36 @@ TEST_F(SoundViewsTest, APlayheadStepPaintsTwoNarrowStrips) {
         EXPECT_GE(width(region), view == &overview ? 2 : 24);
     }
     EXPECT_TRUE(painted(gutter, [&] { model.setPlayheads({{1, 50000}}); }).isEmpty());
+    mouse(waveform, QEvent::MouseButtonPress, 100);
+    hover(300);
+    EXPECT_LE(width(painted(waveform, [&] { hover(330); })), 30 + 2 * 14);
+    mouse(waveform, QEvent::MouseButtonRelease, 330);
+    EXPECT_EQ(state().selection, (FrameRange{10050, 33050}));
+    EXPECT_LE(width(painted(waveform, [&] { hover(400); })), 28);
+    EXPECT_EQ(painted(waveform, [&] { style.setTheme(AudioEditorTheme::light()); }).boundingRect(), waveform.rect());
+    EXPECT_EQ(painted(waveform, [&] { model.setVerticalZoomDb(6); }).boundingRect(), waveform.rect());
+    EXPECT_EQ(painted(overview, [&] { load(noise(5000, 1, 2)); }).boundingRect(), overview.rect());
 }
 
 // What is on the screen after many small paintings is what one painting of everything gives.
 TEST_F(SoundViewsTest, PartsComeOutAsTheWhole) {
     std::mt19937 random(7);
     const auto frame = [&] { return std::int64_t(random() % 100001); };
+    const auto range = [&] { return FrameRange{frame() / 2, 50000 + frame() / 2}; };
+    const auto play = [&](double at) { model.setPlayheads({{1, at}}); };
+    const auto look = [&](double zoom, double at) { model.setView({zoom, at}); };
     const std::vector<std::function<void()>> acts{
         [&] { model.placeCursor(frame()); },
-        [&] {
-            model.select({frame() / 2, 50000 + frame() / 2});
-        },
-        [&] {
-            model.setPlayheads({{1, double(frame())}});
-        },
+        [&] { model.select(range()); },
+        [&] { play(double(frame())); },
         [&] { model.setPlayheads({}); },
-        [&] {
-            model.commitLoop(FrameRange{frame() / 2, 50000 + frame() / 2});
-        },
-        [&] {
-            model.setView({double(random() % 300 + 1), double(frame())});
-        },
-        [&] {
-            model.setView({state().view.zoom, state().view.centerFrame + 300});
-        },
+        [&] { model.commitLoop(range()); },
+        [&] { look(double(random() % 300 + 1), double(frame())); },
+        [&] { look(state().view.zoom, state().view.centerFrame + 300); },
         [&] { model.toggleTimeUnit(); },
-        [&] { mouse(waveform, QEvent::MouseMove, double(random() % 1000), 50); },
+        [&] { hover(double(random() % 1000)); },
+        [&] { model.placeCursor(100000); },
+        [&] { play(100000); },
     };
     for (int i = 0; i < 300; ++i) {
         const std::size_t act = random() % acts.size();
@@ -142,22 +156,21 @@ TEST_F(SoundViewsTest, PartsComeOutAsTheWhole) {
     }
 }
 
-TEST_F(SoundViewsTest, ASelectionDragPaintsWhereItsEdgeWent) {
-    mouse(waveform, QEvent::MouseButtonPress, 100, 50);
-    mouse(waveform, QEvent::MouseMove, 300, 50);
-    EXPECT_EQ(state().selection->lo, 10050);
-    const QRegion &region = painted(waveform, [&] { mouse(waveform, QEvent::MouseMove, 330, 50); });
-    EXPECT_LE(width(region), 30 + 2 * 14);
-    mouse(waveform, QEvent::MouseButtonRelease, 330, 50);
-    EXPECT_EQ(state().selection, (FrameRange{10050, 33050}));
-}
-
-TEST_F(SoundViewsTest, HoveringTellsWhereThePointerIsAndPaintsOneLine) {
+TEST_F(SoundViewsTest, HoveringTellsWhereThePointerIsButDrawsNoLineWhileAButtonIsDown) {
     std::vector<std::optional<WaveformHover>> hovers;
     waveform.onHover = [&](std::optional<WaveformHover> hover) { hovers.push_back(hover); };
-    mouse(waveform, QEvent::MouseMove, 200, 50);
-    EXPECT_LE(width(painted(waveform, [&] { mouse(waveform, QEvent::MouseMove, 400, 50); })), 28);
+    hover(200);
+    hover(400);
     EXPECT_EQ(hovers.back()->frame, 40050);
+    const auto pixel = [&] { return waveform.grab().toImage().pixel(400, 2); };
+    const QRgb hovered = pixel();
+    for (const Qt::MouseButton button : {Qt::MiddleButton, Qt::RightButton}) {
+        mouse(waveform, QEvent::MouseButtonPress, 400, button);
+        model.placeCursor(90000);
+        EXPECT_NE(pixel(), hovered);
+        mouse(waveform, QEvent::MouseButtonRelease, 400, button);
+        EXPECT_EQ(pixel(), hovered);
+    }
     model.setView({2, 60000});  // the pointer rests, the sound moves
     EXPECT_EQ(hovers.back()->frame, 55025);
     QEvent leave(QEvent::Leave);
@@ -166,93 +179,106 @@ TEST_F(SoundViewsTest, HoveringTellsWhereThePointerIsAndPaintsOneLine) {
     EXPECT_EQ(hovers.size(), 4u);
 }
 
-TEST_F(SoundViewsTest, WhileAButtonIsDownThereIsNoHoverLine) {
-    mouse(waveform, QEvent::MouseMove, 400, 50);
-    EXPECT_EQ(waveform.cursor().shape(), Qt::IBeamCursor);
-    const auto pixel = [&] { return waveform.grab().toImage().pixel(400, 2); };
-    const QRgb hovered = pixel();
-    for (const Qt::MouseButton button : {Qt::MiddleButton, Qt::RightButton}) {
-        mouse(waveform, QEvent::MouseButtonPress, 400, 50, button);
-        model.placeCursor(90000);
-        EXPECT_NE(pixel(), hovered);
-        mouse(waveform, QEvent::MouseButtonRelease, 400, 50, button);
-        EXPECT_EQ(pixel(), hovered);
-    }
-    model.select({39000, 60000});
-    mouse(waveform, QEvent::MouseMove, 392, 50);
-    EXPECT_EQ(waveform.cursor().shape(), Qt::SizeHorCursor);
-}
-
-TEST_F(SoundViewsTest, EscPutsADragBack) {
+TEST_F(SoundViewsTest, CtrlAndEscActOnADragThatRests) {
     model.setCursorAndSelection(70000, FrameRange{70000, 75000});
-    mouse(waveform, QEvent::MouseButtonPress, 100, 50);
-    mouse(waveform, QEvent::MouseMove, 300, 50);
+    mouse(waveform, QEvent::MouseButtonPress, 100);
+    hover(197);
+    EXPECT_EQ(state().selection->hi, 20000) << "at a marker";
+    waveform.setControlHeld(true);
+    EXPECT_EQ(state().selection->hi, 19750);
+    waveform.setControlHeld(false);
+    EXPECT_EQ(state().selection->hi, 20000);
     EXPECT_TRUE(waveform.cancelDrag());
     EXPECT_FALSE(waveform.cancelDrag());
     EXPECT_EQ(state().selection, (FrameRange{70000, 75000}));
 }
 
-TEST_F(SoundViewsTest, ARightClickAsksForTheMenu) {
-    QPoint asked;
-    waveform.onContextMenu = [&](QPoint global) { asked = global; };
-    mouse(waveform, QEvent::MouseButtonPress, 100, 50, Qt::RightButton);
-    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(100, 50), QPoint(7, 9));
-    QApplication::sendEvent(&waveform, &event);
-    EXPECT_EQ(state().cursorFrame, 10050);
-    EXPECT_EQ(asked, QPoint(7, 9));
+TEST_F(SoundViewsTest, TheFocusIsShownInsideTheEdgeAfterAKeyMovedIt) {
+    const auto isRinged = [&] {
+        const QImage image = waveform.grab().toImage();
+        const QRgb accent = style.color(AudioEditorThemeColor::accentBg).rgb();
+        return image.pixel(0, 150) == accent && image.pixel(1, 150) == accent && image.pixel(998, 150) == accent &&
+               image.pixel(500, 315) == accent && image.pixel(2, 150) != accent;
+    };
+    model.placeCursor(50000);
+    for (const auto &[reason, isShown] :
+         {std::pair(Qt::MouseFocusReason, false), std::pair(Qt::TabFocusReason, true), std::pair(Qt::OtherFocusReason, false),
+          std::pair(Qt::BacktabFocusReason, true), std::pair(Qt::ShortcutFocusReason, true)}) {
+        QFocusEvent in(QEvent::FocusIn, reason), out(QEvent::FocusOut, reason);
+        QApplication::sendEvent(&waveform, &in);
+        EXPECT_EQ(isRinged(), isShown) << reason;
+        QApplication::sendEvent(&waveform, &out);
+        EXPECT_FALSE(isRinged()) << reason;
+    }
 }
 
-TEST_F(SoundViewsTest, WheelsAndKeysReachTheModel) {
-    const auto turn = [](QWidget &view, QPointF at, QPoint pixels, QPoint delta, Qt::KeyboardModifiers modifiers,
-                         Qt::ScrollPhase phase) {
-        QWheelEvent event(at, view.mapToGlobal(at), pixels, delta, {}, modifiers, phase, false);
-        QApplication::sendEvent(&view, &event);
+TEST_F(SoundViewsTest, WheelsTouchpadsPinchesAndKeysReachTheModel) {
+    struct Row {
+        const char *rule;
+        QWidget *view;
+        double x;
+        QPoint pixels, delta;  // pixels with a phase are fingers
+        Qt::ScrollPhase phase;
+        double pinch;
+        int times;
+        double zoom, center;
+        int verticalDb;
     };
-    const auto wheel = [&](QWidget &view, QPoint delta, Qt::KeyboardModifiers modifiers, QPointF at = {500, 10}) {
-        turn(view, at, {}, delta, modifiers, Qt::NoScrollPhase);
-    };
-    wheel(waveform, {0, 120}, {});
-    EXPECT_NEAR(state().view.zoom, 1.25, 1e-9);
-    wheel(overview, {0, 240}, {});
-    EXPECT_NEAR(state().view.zoom, 1.25 * 1.25 * 1.25, 1e-9);
-    wheel(ruler, {0, -360}, {});
-    EXPECT_NEAR(state().view.zoom, 1, 1e-9);
-    wheel(gutter, {0, 120}, {});
-    EXPECT_EQ(state().verticalZoomDb, 3);
-    wheel(ruler, {0, 120}, {}, {20, 10});  // the gutter's upper end
-    EXPECT_EQ(state().verticalZoomDb, 6);
-    // Fingers move the picture as far as they go, and zoom by 2 in 64 pixels.
-    model.setView({4, 50000});
-    turn(waveform, {500, 10}, {30, 1}, {900, 30}, {}, Qt::ScrollUpdate);
-    EXPECT_NEAR(state().view.centerFrame, 50000 - 30 * 25, 1e-6);
-    turn(waveform, {500, 10}, {0, -20}, {0, -900}, Qt::ShiftModifier, Qt::ScrollUpdate);
-    EXPECT_NEAR(state().view.centerFrame, 50000 - 10 * 25, 1e-6);
-    turn(waveform, {500, 10}, {0, 64}, {0, 900}, {}, Qt::ScrollUpdate);
+    constexpr auto wheel = Qt::NoScrollPhase, fingers = Qt::ScrollUpdate;
+    for (const Row &row : std::initializer_list<Row>{
+             {"a notch over the waveform", &waveform, 500, {}, {0, 120}, wheel, 0, 1, 5, 50000, 0},
+             {"over the overview", &overview, 544, {}, {0, 240}, wheel, 0, 1, 6.25, 50000, 0},
+             {"over the ruler", &ruler, 544, {}, {0, -360}, wheel, 0, 1, 2.048, 50000, 0},
+             {"over the gutter", &gutter, 20, {}, {0, 120}, wheel, 0, 1, 4, 50000, 3},
+             {"over its upper end", &ruler, 20, {}, {0, 120}, wheel, 0, 1, 4, 50000, 3},
+             {"fingers move the picture", &waveform, 500, {30, 1}, {900, 30}, fingers, 0, 1, 4, 49250, 0},
+             {"and zoom by 2 in 64", &waveform, 500, {0, 64}, {0, 900}, fingers, 0, 1, 8, 50000, 0},
+             {"pixel by pixel", &waveform, 500, {0, 1}, {0, 1}, fingers, 0, 64, 8, 50000, 0},
+             {"a wheel's pixels mean nothing", &waveform, 500, {0, 640}, {0, 120}, wheel, 0, 1, 5, 50000, 0},
+             {"a pinch", &waveform, 500, {}, {}, wheel, 0.5, 1, 6, 50000, 0},
+             {"in small steps", &waveform, 500, {}, {}, wheel, 0.01, 10, 4 * std::pow(1.01, 10), 50000, 0},
+             {"together, at its place", &waveform, 0, {}, {}, wheel, -0.5, 1, 2, 62500, 0},
+             {"over the ruler", &ruler, 544, {}, {}, wheel, 1, 1, 8, 50000, 0},
+             {"over the overview", &overview, 544, {}, {}, wheel, 1, 1, 8, 50000, 0},
+         }) {
+        model.setView({4, 50000});
+        model.setVerticalZoomDb(0);
+        for (int i = 0; i < row.times; ++i)
+            row.pinch != 0 ? pinch(*row.view, row.x, row.pinch) : turn(*row.view, row.x, row.pixels, row.delta, row.phase);
+        EXPECT_NEAR(state().view.zoom, row.zoom, 1e-9) << row.rule;
+        EXPECT_NEAR(state().view.centerFrame, row.center, 1e-6) << row.rule;
+        EXPECT_EQ(state().verticalZoomDb, row.verticalDb) << row.rule;
+    }
+    turn(waveform, 500, {0, -20}, {0, -900}, fingers, Qt::ShiftModifier);
+    EXPECT_NEAR(state().view.centerFrame, 50000 + 20 * 12.5, 1e-6);
+    pinch(waveform, 500, 0.5, Qt::RotateNativeGesture);
     EXPECT_NEAR(state().view.zoom, 8, 1e-9);
-    // Of a wheel that says so too, its pixels mean nothing.
-    turn(waveform, {500, 10}, {0, 640}, {0, 120}, {}, Qt::NoScrollPhase);
-    EXPECT_NEAR(state().view.zoom, 10, 1e-9);
     QKeyEvent end(QEvent::KeyPress, Qt::Key_End, Qt::NoModifier);
     QApplication::sendEvent(&waveform, &end);
     EXPECT_EQ(state().cursorFrame, 100000);
 }
 
-TEST_F(SoundViewsTest, RulerAndOverviewTakeThePointer) {
-    mouse(ruler, QEvent::MouseButtonPress, 500, 5);
-    mouse(ruler, QEvent::MouseButtonRelease, 500, 5);
+TEST_F(SoundViewsTest, EachTakesThePointer) {
+    QPoint asked;
+    waveform.onContextMenu = [&](QPoint global) { asked = global; };
+    mouse(waveform, QEvent::MouseButtonPress, 100, Qt::RightButton);
+    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(100, 50), QPoint(7, 9));
+    QApplication::sendEvent(&waveform, &event);
+    EXPECT_EQ(state().cursorFrame, 10050);
+    EXPECT_EQ(asked, QPoint(7, 9));
+    EXPECT_EQ(waveform.cursor().shape(), Qt::IBeamCursor);
+    model.select({39000, 60000});
+    hover(392);
+    EXPECT_EQ(waveform.cursor().shape(), Qt::SizeHorCursor);
+    mouse(ruler, QEvent::MouseButtonPress, 500, Qt::LeftButton, 5);
+    mouse(ruler, QEvent::MouseButtonRelease, 500, Qt::LeftButton, 5);
     EXPECT_EQ(state().timeUnit, AudioEditorTimeUnit::samples);
     model.setView({4, 20000});
-    mouse(overview, QEvent::MouseButtonPress, 844, 20);
-    mouse(overview, QEvent::MouseMove, 744, 20);
+    mouse(overview, QEvent::MouseButtonPress, 844, Qt::LeftButton, 20);
+    mouse(overview, QEvent::MouseMove, 744, Qt::LeftButton, 20);
     EXPECT_NEAR(state().view.centerFrame, 70000, 100);
     EXPECT_TRUE(overview.cancelDrag());
     EXPECT_EQ(state().view.centerFrame, 20000);
-}
-
-TEST_F(SoundViewsTest, ANewThemeAndNewPowersPaintEverything) {
-    EXPECT_EQ(painted(waveform, [&] { style.setTheme(AudioEditorTheme::light()); }).boundingRect(), waveform.rect());
-    EXPECT_EQ(painted(waveform, [&] { model.setVerticalZoomDb(6); }).boundingRect(), waveform.rect());
-    EXPECT_EQ(painted(overview, [&] { load(noise(5000, 1, 2)); }).boundingRect(), overview.rect());
 }
 
 }  // namespace
