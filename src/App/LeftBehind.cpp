@@ -19,7 +19,7 @@ const char *stateOfFile(AbandonedJournal::Base base) {
         case AbandonedJournal::Base::asItWas:
             return " were kept. The file itself is as it was last saved.";
         case AbandonedJournal::Base::changed:
-            return " were kept, and what the file then held. It has been changed or removed since.";
+            return " were kept and can be restored, though the file has been changed or removed since.";
         case AbandonedJournal::Base::lost:
             break;
     }

@@ -246,7 +246,9 @@ int killMany(const std::string &folder, int kills, unsigned seed) {
     std::mt19937 random(seed);
     int endedItself = 0;
     for (int i = 0; i < kills && endedItself == 0; ++i) {
-        const unsigned childSeed = unsigned(random()), wait = unsigned(random() % 120'000);
+        const unsigned childSeed = unsigned(random()),
+                       wait =
+                           unsigned(random() % (i % 6 == 0 ? 1'500'000 : 120'000));  // some long enough for edits to grow old
         const bool copies = random() % 2 == 0, early = random() % 8 == 0;
         const pid_t child = fork();
         if (child == 0) Program(path, journals, copies, shared, childSeed).run();

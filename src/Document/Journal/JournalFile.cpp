@@ -14,6 +14,8 @@ std::size_t metadataBytes(const AudioFileContents &contents) {
     std::size_t bytes = contents.trailing.size();
     for (const AudioFileChunk &chunk : contents.chunks) bytes += chunk.data.size();
     for (const FlacMetadataBlock &block : contents.flacMetadata) bytes += block.data.size();
+    if (contents.wrapping)
+        for (const SampleWrapping::Part &part : contents.wrapping->parts) bytes += part.bytes.size();
     return bytes;
 }
 

@@ -268,7 +268,8 @@ TEST_F(RealFiles, a_save_that_is_overtaken_is_an_error_and_hard_links_keep_the_o
         {folder / "usb/song.wav", [&] { std::filesystem::remove_all(folder / "usb"); }},
     };
     for (const auto &[where, meanwhile] : rows)
-        EXPECT_THROW(files->replace(where, [&](ByteSink &sink) { makes("new")(sink), meanwhile(); }), std::system_error);
+        EXPECT_THROW(files->replace(where, [&, &meanwhile = meanwhile](ByteSink &sink) { makes("new")(sink), meanwhile(); }),
+                     std::system_error);
     EXPECT_EQ(readText(path), "theirs");
     EXPECT_THAT(namesIn(folder.path()), ElementsAre("backup.wav", "song.wav"));
 }
