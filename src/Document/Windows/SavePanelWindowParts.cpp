@@ -141,7 +141,7 @@ void SavePanelWindow::layOut() {
     if (containers_) containers_->setGeometry(toRect(layout_.containers));
     for (Segments *row : bits_)
         if (row) row->setGeometry(layout_.bits.x, layout_.bits.y, row->sizeHint().width(), layout_.bits.height);
-    placeButtons({save_, cancel_}, layout_.buttons.right(), layout_.buttons.y);
+    placeButtons({save_, cancel_}, layout_.buttons.x, layout_.buttons.right(), layout_.buttons.y);
     update();
 }
 
