@@ -313,7 +313,8 @@ TEST_F(DocumentWindowTest, TheWaveformShowsTheFocusOnlyAfterAKeyMovedItThere) {
                   for (int i = 0; i < 4; ++i) key(Qt::Key_F6);
               },
               true},
-             {"a position entered", [&] { view().topBar().position().click(), key(Qt::Key_Return); }, false},
+             {"a position entered",
+              [&] { QTest::mouseClick(&view().topBar().position(), Qt::LeftButton), key(Qt::Key_Return); }, false},
              {"a sheet", [&] { controller->perform(gain), press("Cancel"); }, false},
              {"back by Tab", [&] { key(Qt::Key_Tab), key(Qt::Key_Backtab); }, true},
          }) {
