@@ -12,19 +12,21 @@
 // positions stay where they are in the contents: a note names them by their index.
 namespace kiv {
 
+// How a sampler plays it.
+struct SoundInstrument {
+    int note = 60;                    // the key on which it sounds as it is, 0 … 127
+    int detune = 0;                   // cents that playing it is to be raised by, −50 … 50
+    int lowNote = 0, highNote = 127;  // the keys that play it
+    int lowVelocity = 1, highVelocity = 127;
+    int gainDb = 0;
+};
+
 struct SoundNotes {
+    using Instrument = SoundInstrument;
     struct Marker {
         std::uint32_t index = 0;  // into positions
         std::string name;
     };
-    struct Instrument {
-        int note = 60;                    // the key on which it sounds as it is, 0 … 127
-        int detune = 0;                   // cents that playing it is to be raised by, −50 … 50
-        int lowNote = 0, highNote = 127;  // the keys that play it
-        int lowVelocity = 1, highVelocity = 127;
-        int gainDb = 0;
-    };
-
     std::vector<Marker> markers;  // all positions but the loop's, in their order
     std::optional<Instrument> instrument;
     bool alternates = false;                                 // the loop is played forth and back
