@@ -1,8 +1,8 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -23,19 +23,18 @@ struct SoundInstrument {
 
 struct SoundNotes {
     using Instrument = SoundInstrument;
+
     struct Marker {
         std::uint32_t index = 0;  // into positions
         std::string name;
     };
+
     std::vector<Marker> markers;  // all positions but the loop's, in their order
     std::optional<Instrument> instrument;
     bool alternates = false;                                 // the loop is played forth and back
     std::vector<std::pair<std::string, std::string>> texts;  // "TITLE", …: UTF-8, one key perhaps several times
     Bytes id3;                                               // a whole ID3 tag
     std::vector<std::string> others;  // what else there is, as the user is told of it: “bext”, pictures
-
-    // The texts of a key, in their order.
-    std::vector<std::string> textsOf(std::string_view key) const;
 };
 
 // A key of texts, and what WAV and AIFF call it; empty where they have no place for it.
