@@ -52,22 +52,6 @@ TEST(DocumentEq, ASaveAsksAboutWhatIsHeardAndNotApplied) {
     EXPECT_TRUE(closed.ui.asked.empty());
 }
 
-TEST(DocumentEq, ASaveOfTheSelectionAsksAboutTheSelection) {
-    EqWorld world;
-    world.model.select({50, 150});
-    world.ui.answers = {"Apply EQ to Selection and Save"};
-    bool went = false;
-    world.document->confirmEqBeforeSaving(AudioDocument::Saved::selection, [&](bool go) { went = go; });
-    EXPECT_TRUE(went);
-    EXPECT_NEAR(world.level(), lowered, 0.01);
-    EXPECT_NEAR(world.model.state().buffer.sample(10, 0) * 32768, 8000, 0.01);
-    EXPECT_EQ(world.ui.asked[0].informative,
-              "What you hear through the EQ is not in the audio yet. Apply it to the selection before saving?");
-    world.document->confirmEqBeforeSaving(AudioDocument::Saved::selection, [&](bool) { went = false; });
-    EXPECT_FALSE(went);
-    EXPECT_EQ(world.ui.asked.size(), 1u) << "what is applied is not asked about";
-}
-
 TEST(DocumentEq, IsHeardFromTheFirstFrameGlidesAndIsAnalyzed) {
     EqWorld world;
     world.document->play({0, 20000}, 0, true);

@@ -239,7 +239,10 @@ TEST(SaveSelection, AsksAboutTheEqualizerInItsOwnWords) {
     world.document->saveSelection();
     world.jobs.runAll();
     ASSERT_EQ(world.ui.asked.size(), 1u);
+    EXPECT_EQ(world.ui.asked[0].informative,
+              "What you hear through the EQ is not in the audio yet. Apply it to the selection before saving?");
     EXPECT_TRUE(world.onDisk("/music/part.wav") == Wav::file({4009, 4009}));
+    EXPECT_EQ(world.model.state().buffer.sample(9, 0) * 32768, 8000) << "outside the selection";
 }
 
 TEST(CheckDisk, ReadsAgainWithoutEditsAndAsksOnceWithThem) {

@@ -103,12 +103,13 @@ std::vector<std::string> putAiffNotes(AudioFileContents &contents, const SoundNo
         AudioFileChunk &inst = chunkOrNew(contents, "INST", {});
         putWord(std::span(inst.data), sustainLoop + playMode, order, forthAndBack);
     }
-    for (const auto &[name, text] : notes.texts) {
-        const auto key = std::ranges::find_if(textKeys(), [&](const TextKey &each) { return name == each.key && *each.aiff; });
+    for (const auto &text : notes.texts) {
+        const auto isIt = [&](const TextKey &each) { return text.first == each.key && *each.aiff; };
+        const auto key = std::ranges::find_if(textKeys(), isIt);
         if (key == textKeys().end())
-            left.push_back(name);
+            left.push_back(text.first);
         else
-            append(addChunk(contents, key->aiff, {}).data, text);
+            append(addChunk(contents, key->aiff, {}).data, text.second);
     }
     if (!notes.id3.empty()) addChunk(contents, "ID3 ", notes.id3);
     return left;

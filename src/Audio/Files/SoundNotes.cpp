@@ -23,13 +23,6 @@ std::string fromLatin1(std::string_view text) {
 
 }  // namespace
 
-std::vector<std::string> SoundNotes::textsOf(std::string_view key) const {
-    std::vector<std::string> found;
-    for (const auto &[name, text] : texts)
-        if (name == key) found.push_back(text);
-    return found;
-}
-
 std::span<const TextKey> textKeys() { return keys; }
 
 SoundNotes soundNotes(const AudioFileContents &contents) {

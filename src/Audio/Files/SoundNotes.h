@@ -1,8 +1,8 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -12,17 +12,21 @@
 // positions stay where they are in the contents: a note names them by their index.
 namespace kiv {
 
+// How a sampler plays it.
+struct SoundInstrument {
+    int note = 60;                    // the key on which it sounds as it is, 0 … 127
+    int detune = 0;                   // cents that playing it is to be raised by, −50 … 50
+    int lowNote = 0, highNote = 127;  // the keys that play it
+    int lowVelocity = 1, highVelocity = 127;
+    int gainDb = 0;
+};
+
 struct SoundNotes {
+    using Instrument = SoundInstrument;
+
     struct Marker {
         std::uint32_t index = 0;  // into positions
         std::string name;
-    };
-    struct Instrument {
-        int note = 60;                    // the key on which it sounds as it is, 0 … 127
-        int detune = 0;                   // cents that playing it is to be raised by, −50 … 50
-        int lowNote = 0, highNote = 127;  // the keys that play it
-        int lowVelocity = 1, highVelocity = 127;
-        int gainDb = 0;
     };
 
     std::vector<Marker> markers;  // all positions but the loop's, in their order
@@ -31,9 +35,6 @@ struct SoundNotes {
     std::vector<std::pair<std::string, std::string>> texts;  // "TITLE", …: UTF-8, one key perhaps several times
     Bytes id3;                                               // a whole ID3 tag
     std::vector<std::string> others;  // what else there is, as the user is told of it: “bext”, pictures
-
-    // The texts of a key, in their order.
-    std::vector<std::string> textsOf(std::string_view key) const;
 };
 
 // A key of texts, and what WAV and AIFF call it; empty where they have no place for it.

@@ -201,12 +201,12 @@ Bytes instrumentPayload(const SoundNotes::Instrument &instrument) {
 void putInfo(AudioFileContents &contents, const SoundNotes &notes, std::vector<std::string> &left) {
     Bytes info;
     append(info, "INFO");
-    for (const auto &[name, text] : notes.texts) {
-        const auto key = std::ranges::find_if(textKeys(), [&](const TextKey &each) { return name == each.key; });
+    for (const auto &text : notes.texts) {
+        const auto key = std::ranges::find_if(textKeys(), [&](const TextKey &each) { return text.first == each.key; });
         if (key == textKeys().end())
-            left.push_back(name);
+            left.push_back(text.first);
         else
-            appendPart(info, key->info, {}, text);
+            appendPart(info, key->info, {}, text.second);
     }
     if (info.size() > 4) addChunk(contents, "LIST", std::move(info));
 }
