@@ -82,6 +82,11 @@ bool namesUnusualSpeakers(const AudioFileContents &contents) {
     return u16At(fmt->data, FmtChunk::formatTag, order) == FmtChunk::extensibleTag && mask != 0 && mask != usual;
 }
 
+// AIFF can say a rate of 22254.5454 Hz; where the format is made anew it becomes a whole number.
+bool hasWholeRate(const AudioFileContents &contents) {
+    return contents.format.sampleRate == double(contents.buffer.sampleRate());
+}
+
 // The same kind of file with other samples: all chunks stay but the one that says what the samples are.
 void exchangeFormat(AudioFileContents &contents) {
     const FormIds ids = formIds(contents.format);
@@ -113,7 +118,7 @@ void forgetLoop(AudioFileContents &contents) {
 Conversion toFlac(AudioFileContents contents, int bits) {
     Conversion result{std::move(contents), {}};
     AudioFileContents &flac = result.contents;
-    const bool wasFlac = flac.decodedSetting(formatIdentifierKey) == "flac";
+    const bool wasFlac = flac.decodedSetting(formatIdentifierKey) == "flac", losesRate = !hasWholeRate(flac);
     const SoundNotes notes = soundNotes(flac);
     const std::vector<FlacMetadataBlock> kept = flac.flacMetadata;
     if (flac.loop) forgetLoop(flac);
@@ -129,6 +134,7 @@ Conversion toFlac(AudioFileContents contents, int bits) {
         flac.flacMetadata = kept;
     else
         result.left = putFlacNotes(flac, notes);
+    if (losesRate) result.left.push_back("the exact sample rate");
     return result;
 }
 
@@ -142,7 +148,7 @@ bool isSameKind(const AudioFileFormat &from, const AudioFileFormat &to) {
 Conversion toForm(AudioFileContents contents, const AudioSaveFormat &format) {
     Conversion result{std::move(contents), {}};
     AudioFileContents &form = result.contents;
-    const bool losesSpeakers = namesUnusualSpeakers(form);
+    const bool losesSpeakers = namesUnusualSpeakers(form), losesRate = !hasWholeRate(form);
     const AudioFileFormat to = fileFormat(format, form.buffer);
     if (isSameKind(form.format, to)) {
         form.format = to;
@@ -154,6 +160,7 @@ Conversion toForm(AudioFileContents contents, const AudioSaveFormat &format) {
         result.left = format.container == Container::wav ? putWavNotes(form, notes) : putAiffNotes(form, notes);
     }
     if (losesSpeakers) result.left.push_back("which speaker each channel is for");
+    if (losesRate) result.left.push_back("the exact sample rate");
     return result;
 }
 
