@@ -15,7 +15,10 @@
 #include "Editor/Views/FocusRing.h"
 #include "Editor/Views/KnobPainter.h"
 #include "Editor/Views/LevelSliderView.h"
+#include "Editor/Views/ListRowPainter.h"
+#include "Editor/Views/NoteBoxPainter.h"
 #include "Editor/Views/ParameterCellPainter.h"
+#include "Editor/Views/PathBar.h"
 #include "Editor/Views/RulerPainter.h"
 #include "Editor/Views/WaveformPainter.h"
 #include "Platform/Fake/FakeDefaults.h"
@@ -262,16 +265,55 @@ void paintTipAndNotice(const Page &page) {
     paintNotice(page.painter, pill, NoticeKind::done, notice, page.style);
 }
 
+// In a window.
+void paintNotes(const Page &page) {
+    page.heading(32, 716, "Notes and the way to a folder");
+    paintBox(page.painter, QRectF(32, 744, 372, 232), 10, page.style.color(Role::dialogBg));
+    const std::tuple<NoteTone, const char *, int> notes[] = {
+        {NoteTone::plain, "MP3 files can't be written: choose a format.", 760},
+        {NoteTone::warning, "The chosen device is not connected.", 804},
+        {NoteTone::error, "Something is wrong.", 848},
+    };
+    for (const auto &[tone, text, y] : notes)
+        paintNoteBox(page.painter, QRectF(48, y, 340, noteBoxHeight(text, 340, page.style)), tone, text, page.style);
+    paintNoteLine(page.painter, QRectF(48, 900, 340, 16), NoteTone::error, "This folder cannot be written to", page.style);
+    QWidget window;
+    auto *bar = new PathBar(page.style, &window);
+    bar->setCrumbs(folderCrumbs("/home/ann/Music/Interviews", "/home/ann"));
+    bar->resize(340, bar->barHeight());
+    bar->render(&page.painter, QPoint(48, 932), {}, QWidget::DrawChildren);
+}
+
+void paintList(const Page &page) {
+    page.heading(448, 716, "List rows");
+    paintListBox(page.painter, QRectF(448, 744, 372, 232), page.style);
+    const ListColumns columns{.second = 80, .third = 100};
+    paintListHeader(page.painter, QRectF(456, 752, 356, 24), {"Name", "Size", "Changed"}, columns, page.style);
+    const std::pair<ListRow, ListRowLook> rows[] = {
+        {{"A folder", "", "Today", "folder"}, {}},
+        {{"dim.mp3", "28.8 MB", "Today"}, {.isDim = true}},
+        {{"under the pointer.wav", "115 MB", "Yesterday"}, {.isHovered = true}},
+        {{"chosen.wav", "17.3 MB", "3 Nov"}, {.isChosen = true}},
+        {{"chosen by a key.wav", "9.1 MB", "3 Nov 2024"}, {.isChosen = true, .isFocused = true}},
+        {{"a name that is too long for the room that it has.wav", "1 byte", "Today"}, {}},
+    };
+    double y = 777;
+    for (const auto &[row, look] : rows) {
+        paintListRow(page.painter, QRectF(456, y, 356, listRowHeight(page.style)), row, look, columns, page.style);
+        y += listRowHeight(page.style);
+    }
+}
+
 }  // namespace
 
 QImage componentSheet(ViewStyle &style, double scale) {
-    QImage image(QSize(1280, 800) * scale, QImage::Format_RGB32);
+    QImage image(QSize(1280, 1000) * scale, QImage::Format_RGB32);
     image.setDevicePixelRatio(scale);
     image.fill(style.color(Role::topbarBg));
     QPainter painter(&image);
     const Page page{painter, style};
     for (const auto paint : {paintButtons, paintSegments, paintCells, paintFields, paintChoices, paintKnobs, paintType,
-                             paintMarks, paintMenu, paintTipAndNotice})
+                             paintMarks, paintMenu, paintTipAndNotice, paintNotes, paintList})
         paint(page);
     return image;
 }

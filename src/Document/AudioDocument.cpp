@@ -58,6 +58,7 @@ std::string listed(const std::vector<std::string> &things) {
 
 // The file as it stands on the disk, for the next save; the samples are the model's.
 AudioFileContents asWritten(AudioFileContents contents) {
+    if (contents.wrapping) contents.wrapping->frames = contents.buffer.frames();
     contents.buffer = AudioEditorBuffer(contents.buffer.channels(), contents.buffer.sampleRate());
     std::erase_if(contents.chunks, [](const AudioFileChunk &chunk) { return isStaleChunkId(chunk.id); });
     return contents;
@@ -256,12 +257,17 @@ void AudioDocument::confirmEqBeforeSaving(Saved what, std::function<void(bool go
 }
 
 void AudioDocument::save(std::function<void(bool)> done) {
-    if (!contents_ || contents_->canSaveInPlace()) return confirmAndSave({path_, IfChanged::ask, std::move(done)});
+    if (!contents_ || whyElsewhere().empty()) return confirmAndSave({path_, IfChanged::ask, std::move(done)});
     if (!done) done = [](bool) {};
-    confirmEqAndEdits(Saved::file, [this, done = std::move(done)](bool go) {
-        if (!go) return done(false);
-        chooseFormat(contents_->format.typeName + " files can't be written: choose a format.", done);
-    });
+    confirmEqAndEdits(Saved::file,
+                      [this, done = std::move(done)](bool go) { go ? chooseFormat(whyElsewhere(), done) : done(false); });
+}
+
+std::string AudioDocument::whyElsewhere() const {
+    const std::string files = contents_->format.typeName + " files can't ";
+    if (!contents_->canSaveInPlace()) return files + "be written: choose a format.";
+    const bool fits = !contents_->wrapping || contents_->wrapping->fits(model_.state().buffer);
+    return fits ? "" : files + "follow these edits: choose a format.";
 }
 
 void AudioDocument::saveTo(const std::string &path, std::function<void(bool)> done) {

@@ -144,6 +144,7 @@ private:
     enum class Install { fresh, again };
     void install(Loaded loaded, Install how);
     void readAgain();
+    std::string whyElsewhere() const;  // a save cannot go over the file; empty when it can
     void confirmAndSave(SaveOrder order);
     void requestSave(SaveOrder order);
     void runSave(const SaveOrder &order);

@@ -119,8 +119,8 @@ std::optional<AudioEditorBuffer> audioFileShape(Files &files, DecodedReader *dec
 bool holdsStill(Files &files, DecodedReader *decoders, const std::string &path, const AudioFileContents &contents) {
     try {
         const auto source = opened(files, path);
-        if (contents.format.container != AudioContainer::coreAudio)
-            return isImage(*source, AudioFileCodec::nativeImage(contents));
+        if (contents.wrapping || contents.format.container != AudioContainer::coreAudio)
+            return isImage(*source, AudioFileCodec::fileImage(contents));
         Progress unwatched;
         const auto found = decoders ? readDecoded(*decoders, *source, path, unwatched) : std::nullopt;
         return found && found->format == contents.format && found->flacMetadata == contents.flacMetadata &&

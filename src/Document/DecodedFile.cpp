@@ -5,6 +5,7 @@
 
 #include "Audio/Files/SampleDecoding.h"
 #include "Audio/Files/SampleResidue.h"
+#include "Audio/Files/SampleWrapping.h"
 
 namespace kiv {
 namespace {
@@ -94,6 +95,16 @@ private:
     std::vector<std::int32_t> integers_;
 };
 
+// Whether a decoder finds in a file what we found.
+bool isSame(const WrappedFile &file, DecodedSound &sound) {
+    const DecodedFormat &format = sound.format();
+    const AudioSampleEncoding &encoding = file.wrapping.encoding;
+    const bool isFloat = encoding.kind == AudioSampleEncoding::Kind::floating;
+    return format.channels == file.wrapping.channels && format.sampleRate == file.sampleRate &&
+           format.bits == encoding.bytes * 8 && format.isFloat == isFloat &&
+           (file.audio.frames == 0 || sound.countFrames() == file.audio.frames);
+}
+
 // Opens the file and reads of it what is wanted.
 template <class Result, class Read>
 std::optional<Result> withSound(DecodedReader &decoders, const ByteSource &source, Read read) {
@@ -104,6 +115,21 @@ std::optional<Result> withSound(DecodedReader &decoders, const ByteSource &sourc
     } catch (const DecodeFault &fault) {
         throw AudioFileError::unreadable(fault.what());
     }
+}
+
+// A file that can be written back. Its samples are read as ours are: with nothing rounded.
+std::optional<AudioFileContents> readWrapped(DecodedReader &decoders, const ByteSource &source, const ByteSource &counted,
+                                             const std::string &path) {
+    auto file = findWrapping(SourceReader(source));
+    if (!file) return std::nullopt;
+    return withSound<AudioFileContents>(decoders, source, [&](DecodedSound &sound) -> std::optional<AudioFileContents> {
+        if (!isSame(*file, sound)) return std::nullopt;
+        AudioFileContents contents = described(sound.format(), path);
+        contents.buffer =
+            readSamples(SourceReader(counted), file->audio, file->wrapping.encoding, file->wrapping.channels, file->sampleRate);
+        contents.wrapping = std::move(file->wrapping);
+        return contents;
+    });
 }
 
 // For a file that cannot tell.
@@ -120,6 +146,7 @@ std::int64_t framesByReading(DecodedReader &decoders, const ByteSource &source) 
 std::optional<AudioFileContents> readDecoded(DecodedReader &decoders, const ByteSource &source, const std::string &path,
                                              Progress &progress) {
     const CountedSource counted(source, progress);
+    if (auto wrapped = readWrapped(decoders, source, counted, path)) return wrapped;
     return withSound<AudioFileContents>(decoders, counted, [&](DecodedSound &sound) {
         AudioFileContents contents = described(sound.format(), path);
         AudioEditorBuffer &buffer = contents.buffer;
@@ -141,6 +168,8 @@ std::optional<AudioFileCodec::AudioFileSummary> summarizeDecoded(DecodedReader &
         Summary summary{described(sound.format(), path), 0};
         const auto told = sound.countFrames();
         summary.frames = told ? *told : framesByReading(decoders, counted);
+        if (auto file = findWrapping(SourceReader(source)); file && isSame(*file, sound))
+            summary.contents.wrapping = std::move(file->wrapping);
         summary.contents.flacMetadata = AudioFileCodec::flacMetadata(source);
         return summary;
     });

@@ -53,6 +53,8 @@ inline constexpr TextSetting spectralBrush{"audio_editor_spectral_brush", "atten
 inline constexpr NumberSetting spectralBrushSize{"audio_editor_spectral_size", 40, 4, 400};
 inline constexpr NumberSetting spectralIntensity{"audio_editor_spectral_intensity", 50, 0, 100};
 inline constexpr TextSetting folderBookmarks{"folder_bookmarks", "", ""};
+// Its place from the document's window on.
+inline constexpr TextSetting savePanelFrame{"save_panel_frame", "", ""};
 inline constexpr TextSetting documentWindowFrame{"KivDocumentWindow", "", ""};
 }  // namespace Setting
 

@@ -68,6 +68,13 @@ def aiff(words):
     return chunk("FORM", b"AIFF" + chunk("COMM", comm, ">") + chunk("SSND", sound, ">"), ">")
 
 
+def au(words):
+    """samples or frames, channels; behind: what stands behind the samples"""
+    data = b"".join(struct.pack(">h", s) for s in samples_of(words))
+    head = struct.pack(">IIIII", 28, len(data), 3, int(words.get("rate", 8000)), int(words.get("channels", 1)))
+    return b".snd" + head + b"note" + data + words.get("behind", "").encode()
+
+
 def png_start(words):
     """The beginning of a picture with a table of 256 colours; what follows may be anything."""
     header = b"IHDR" + struct.pack(">IIBBBBB", int(words["width"]), int(words["height"]), 8, 3, 0, 0, 0)
@@ -75,12 +82,12 @@ def png_start(words):
 
 
 def make(line):
-    """NAME wav|aiff|text|png KEY=VALUE …: the file's name and bytes. A text is given as Python would write it."""
+    """NAME wav|aiff|au|text|png KEY=VALUE …: the file's name and bytes. A text is given as Python would write it."""
     name, kind, *rest = shlex.split(line)
     words = dict(word.split("=", 1) for word in rest)
     if kind == "text":
         return name, words["is"].encode("latin-1").decode("unicode_escape").encode("latin-1")
-    return name, {"wav": wav, "aiff": aiff, "png": png_start}[kind](words)
+    return name, {"wav": wav, "aiff": aiff, "au": au, "png": png_start}[kind](words)
 
 
 def lines(path):

@@ -5,13 +5,15 @@ function of the open editor, with the file it opens and the settings that it sta
 import array
 import functools
 import math
+import os
 import random
 import struct
+import subprocess
 import sys
 import time
 from pathlib import Path
 
-from desktop import GUTTER, Desktop, Editor, chunk
+from desktop import GUTTER, Desktop, Editor, chunk, wait_for
 
 RATE = 48000
 
@@ -213,6 +215,27 @@ def loud_file():
     return float_file([1.3 * value for value in smooth_noise(RATE)], 2)
 
 
+def mp3_file():
+    return subprocess.run(["ffmpeg", "-loglevel", "error", "-i", "pipe:", "-f", "mp3", "pipe:"], input=break_file(),
+                          capture_output=True, check=True).stdout
+
+
+def save_as(editor):
+    """The panel alone: with a name proposed, files of two days and an older one beside it."""
+    home, now = editor.desktop.folder, time.time()
+    for name, size, days in (("interview notes.wav", 115e6, 1), ("room tone.wav", 17.3e6, 1), ("street.aiff", 52.9e6, 19)):
+        path = home / "Music" / "Interviews" / name
+        path.touch()
+        os.truncate(path, int(size))
+        os.utime(path, (now - days * 86400,) * 2)
+    for name in ("Desktop", "Documents", "Downloads"):
+        (home / name).mkdir()
+    editor.key("ctrl+a", "shift+r", "ctrl+s")
+    panels = lambda: editor.desktop.output(["xdotool", "search", "--onlyvisible", "--name", "^Save As$"]).split()
+    editor.window = wait_for("the panel", panels)[0]
+    time.sleep(0.5)
+
+
 SITUATIONS = {
     "main": (break_file, {"follow_playhead": "true"}, main_window),
     "long-file": (talk_file, {}, long_file),
@@ -222,13 +245,16 @@ SITUATIONS = {
     "one-frame": (lambda: wav24([0.5, -0.25], 2), {}, lambda editor: None),
     "sixteen-channels": (lambda: wav24(smooth_noise(RATE * 4), 16), {}, lambda editor: None),
     "no-audio": (lambda: wav24([], 2), {}, lambda editor: None),
+    "save-as": (mp3_file, {}, save_as),
 }
+PLACES = {"save-as": "Music/Interviews/interview.mp3"}  # of the file, where it matters
 
 
 def take(program, folder, name, theme, scale):
     make, settings, arrange = SITUATIONS[name]
     with Desktop(sound=True, settings={"theme": theme, **settings}, scale=scale) as desktop:
-        path = desktop.folder / f"{name}.wav"
+        path = desktop.folder / PLACES.get(name, f"{name}.wav")
+        path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(make())
         editor = Picture(desktop, program, path)
         time.sleep(1)

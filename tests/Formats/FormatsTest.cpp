@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "Audio/Files/AudioFileConversion.h"
 #include "Formats/Tools.h"
 
 // Other programs read what we write, and we read what they write: each kind of file at several depths, rates and channel
@@ -59,7 +60,27 @@ std::string withBits(std::string text, int bits) {
 // What a file must start with to be one that we write.
 bool isWritten(const Desk &desk, const std::string &name) {
     const std::string mark = readText(desk.path(name)).substr(0, 4);
-    return mark == "fLaC" || mark == "RIFF" || mark == "FORM";
+    const bool isPlain =
+        name != "alac.caf" && std::string("RIFF FORM caff .snd riff RF64 RIFX").find(mark) != std::string::npos;
+    return mark == "fLaC" || isPlain;
+}
+
+// A file of a kind that is not our own: unedited it stays as it is to the byte; edited, other programs find the edits.
+void expectWrittenBack(Desk &desk, const std::string &name, AudioFileContents contents, const std::string &what) {
+    const std::string before = readText(desk.path(name));
+    desk.write(name, contents);
+    EXPECT_TRUE(readText(desk.path(name)) == before) << what;
+    const std::int64_t channels = contents.buffer.channels();
+    contents.buffer = contents.buffer.replacing({1000, 2001}, AudioEditorBuffer(channels, contents.buffer.sampleRate()));
+    KnownSound edited{32, channels, contents.buffer.sampleRate(), wordsOf(contents.buffer)};
+    desk.write(name, contents);
+    expectSame(wordsOf(desk.read(name).buffer), edited, what + " again");
+    // Of big-endian RIFF files the one reader does not swap the bytes, and the other knows few kinds of files.
+    const bool isSwapped = contents.format.typeName == "RIFX";
+    expectSame(desk.wordsFrom(isSwapped ? "sox " + name + " -t raw -e signed -b 32 -L raw"
+                                        : "ffmpeg -y -i " + name + " -f s32le -c:a pcm_s32le raw"),
+               edited, what + " by another program");
+    EXPECT_TRUE(desk.run("sndfile-info " + name)) << what;
 }
 
 TEST(Formats, AreReadSampleForSampleFromOtherPrograms) {
@@ -76,10 +97,13 @@ TEST(Formats, AreReadSampleForSampleFromOtherPrograms) {
                 EXPECT_EQ(contents.format.typeName, withBits(row.typeName, bits)) << what;
                 EXPECT_EQ(contents.format.bitsDescription, withBits(row.description, bits)) << what;
                 EXPECT_EQ(contents.buffer.sampleRate(), rate) << what;
-                EXPECT_EQ(contents.canSaveInPlace(), isWritten(desk, row.name)) << what;
+                // A pad byte that is counted as samples would be lost.
+                const bool isPadCounted = row.typeName == "RF64" && sound.words.size() * std::size_t(bits / 8) % 2 != 0;
+                EXPECT_EQ(contents.canSaveInPlace(), isWritten(desk, row.name) && !isPadCounted) << what;
                 EXPECT_EQ(contents.buffer.channels(), channels) << what;
                 expectSame(wordsOf(contents.buffer), sound, what);
                 EXPECT_EQ(desk.framesTold(row.name), contents.buffer.frames()) << what;
+                if (contents.wrapping) expectWrittenBack(desk, row.name, contents, what);
             }
 }
 
@@ -156,30 +180,37 @@ struct Ours {
     const char *readers;  // f: ffmpeg, s: sox, n: libsndfile, p: scipy, F: flac
 };
 
-AudioFileContents wav(const KnownSound &sound) { return ourWav(sound); }
+// As saved in another format than the file's own.
+using Container = AudioSaveFormat::Container;
+AudioFileContents wav(const KnownSound &sound) {
+    return AudioFileCodec::converted(ourFlac(sound), {Container::wav, sound.bits}).contents;
+}
 AudioFileContents floatWav(const KnownSound &sound) {
-    KnownSound wide = sound;
-    wide.bits = 32;
-    return ourWav(wide, 3);
+    return AudioFileCodec::converted(ourAiff(sound), {Container::wav, 32, true}).contents;
+}
+AudioFileContents aiff(const KnownSound &sound) {
+    return AudioFileCodec::converted(ourWav(sound), {Container::aiff, sound.bits}).contents;
+}
+AudioFileContents flac(const KnownSound &sound) {
+    return AudioFileCodec::converted(ourWav(sound), {Container::flac, sound.bits}).contents;
 }
 AudioFileContents doubleWav(const KnownSound &sound) {
     KnownSound wide = sound;
     wide.bits = 64;
     return ourWav(wide, 3);
 }
-AudioFileContents aiff(const KnownSound &sound) { return ourAiff(sound); }
 template <char first>
 AudioFileContents aifc(const KnownSound &sound) {
     return ourAiff(sound, first == 's' ? "sowt" : first == '3' ? "in32" : "fl32");
 }
 
 const Ours ours[] = {
-    {"o.wav", 8, wav, "fsnp"},       {"o.wav", 16, wav, "fsnp"},       {"o.wav", 24, wav, "fsnp"},
-    {"o.wav", 32, wav, "fsnp"},      {"o.wav", 24, floatWav, "fsp"},   {"o.wav", 24, doubleWav, "fsp"},
-    {"o.aiff", 8, aiff, "fsn"},      {"o.aiff", 16, aiff, "fsn"},      {"o.aiff", 24, aiff, "fsn"},
-    {"o.aiff", 32, aiff, "fsn"},     {"o.aifc", 16, aifc<'s'>, "fsn"}, {"o.aifc", 32, aifc<'3'>, "fn"},
-    {"o.aifc", 24, aifc<'f'>, "f"},  {"o.flac", 8, ourFlac, "Ffsn"},   {"o.flac", 16, ourFlac, "Ffsn"},
-    {"o.flac", 24, ourFlac, "Ffsn"}, {"o.flac", 32, ourFlac, "F"},     {"o.flac", 12, ourFlac, "f"},
+    {"o.wav", 8, wav, "fsnp"},      {"o.wav", 16, wav, "fsnp"},       {"o.wav", 24, wav, "fsnp"},
+    {"o.wav", 32, wav, "fsnp"},     {"o.wav", 24, floatWav, "fsp"},   {"o.wav", 24, doubleWav, "fsp"},
+    {"o.aiff", 8, aiff, "fsn"},     {"o.aiff", 16, aiff, "fsn"},      {"o.aiff", 24, aiff, "fsn"},
+    {"o.aiff", 32, aiff, "fsn"},    {"o.aifc", 16, aifc<'s'>, "fsn"}, {"o.aifc", 32, aifc<'3'>, "fn"},
+    {"o.aifc", 24, aifc<'f'>, "f"}, {"o.flac", 8, ourFlac, "Ffsn"},   {"o.flac", 16, flac, "Ffsn"},
+    {"o.flac", 24, flac, "Ffsn"},   {"o.flac", 32, ourFlac, "F"},     {"o.flac", 12, ourFlac, "f"},
     {"o.flac", 20, ourFlac, "f"},
 };
 
@@ -203,8 +234,10 @@ std::string rawFrom(char reader, const std::string &name) {
 }
 
 TEST(Formats, AreReadSampleForSampleByOtherPrograms) {
+    constexpr std::pair<std::int64_t, std::int64_t> ourShapes[] = {{1, 8000},  {2, 22051}, {2, 44100},
+                                                                   {1, 48000}, {6, 96000}, {8, 192000}};
     Desk desk;
-    for (const auto &[channels, rate] : shapes)
+    for (const auto &[channels, rate] : ourShapes)
         for (const Ours &row : ours) {
             const KnownSound sound = knownNoise(row.bits, channels, rate);
             desk.write(row.name, row.make(sound));

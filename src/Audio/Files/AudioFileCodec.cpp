@@ -10,6 +10,7 @@
 #include "Audio/Files/FlacMetadata.h"
 #include "Audio/Files/SampleEncoding.h"
 #include "Audio/Files/SampleResidue.h"
+#include "Audio/Files/SampleWrapping.h"
 #include "Audio/Files/SourceReader.h"
 #include "Audio/Files/WavReader.h"
 
@@ -81,6 +82,7 @@ AudioFileImage nativeImage(const AudioFileContents &contents) {
 }
 
 AudioFileImage fileImage(const AudioFileContents &contents) {
+    if (contents.wrapping) return wrappedImage(contents);
     const bool isFlac = contents.decodedSetting(formatIdentifierKey) == "flac";
     if (contents.format.container != AudioContainer::coreAudio || !isFlac) return nativeImage(contents);
     return flacImage(contents, std::stoi(contents.decodedSetting(bitDepthKey)));
@@ -114,6 +116,7 @@ AudioFileContents bareContents(AudioEditorBuffer buffer, const AudioFileContents
     AudioFileContents bare;
     bare.format = contents.format;
     bare.coreAudioSettings = contents.coreAudioSettings;
+    if (contents.wrapping) bare.wrapping = bareWrapping(*contents.wrapping);
     bare.buffer = std::move(buffer);
     for (const AudioFileChunk &chunk : contents.chunks) {
         const auto sameId = [&](const AudioFileChunk &kept) { return kept.id == chunk.id; };

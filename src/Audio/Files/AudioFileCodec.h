@@ -47,6 +47,9 @@ AudioFileImage nativeImage(const AudioFileContents &contents);  // by container
 // A FLAC file of 4 to 32 bits with the metadata blocks of the contents; its audio is not compressed. Throws AudioFileError
 // `writeCheckFailed` for what FLAC cannot hold: more than 8 channels, or rates above 1,048,575 Hz.
 AudioFileImage flacImage(const AudioFileContents &contents, int bits);
+// A file of another kind with its wrapping as it was and the sizes in it set right. Throws AudioFileError `tooLarge`, and
+// `writeCheckFailed` where the wrapping does not fit the sound.
+AudioFileImage wrappedImage(const AudioFileContents &contents);
 // The file in the contents' own format, whichever that is. Throws as these do, and `unsupported` where there is no writer.
 AudioFileImage fileImage(const AudioFileContents &contents);
 

@@ -61,7 +61,7 @@ std::string AudioSampleEncoding::description() const {
 }
 
 bool AudioFileContents::canSaveInPlace() const {
-    return format.container != AudioContainer::coreAudio || decodedSetting(formatIdentifierKey) == "flac";
+    return format.container != AudioContainer::coreAudio || wrapping || decodedSetting(formatIdentifierKey) == "flac";
 }
 
 std::string AudioFileContents::decodedSetting(const char *key) const {

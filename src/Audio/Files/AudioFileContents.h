@@ -83,6 +83,42 @@ struct FlacMetadataBlock {
     friend bool operator==(const FlacMetadataBlock &, const FlacMetadataBlock &) = default;
 };
 
+// A file of a kind that is not our own whose samples stand in it uncompressed and in one piece: all that stands around them,
+// kept byte for byte, so that the file can be written back with other samples and nothing is lost.
+struct SampleWrapping {
+    // A number that says how much there is: of bytes of samples, of frames, of bytes of the whole file.
+    struct Size {
+        enum class Of { samples, frames, file };
+        std::uint32_t offset = 0;  // into the part
+        int bytes = 4;             // 4 or 8
+        Of of = Of::samples;
+        std::int64_t more = 0;  // that are counted too, or left out
+    };
+    struct Part {
+        std::string id;
+        Bytes bytes;
+        bool isBare = true;  // says what the samples are
+        std::vector<Size> sizes;
+        friend bool operator==(const Part &a, const Part &b) { return a.id == b.id && a.bytes == b.bytes; }
+    };
+
+    AudioSampleEncoding encoding;
+    std::int64_t channels = 1;
+    std::int64_t frames = 0;     // of the file
+    bool bigEndian = false;      // the sizes
+    bool countsFrames = false;   // something in the parts may stand for frames, whose number then has to stay
+    std::int64_t alignment = 1;  // zeros behind the samples fill up their bytes, with `headerBytes`, to a multiple of this
+    std::int64_t headerBytes = 0;
+    std::vector<Part> parts;
+    std::size_t samplesBefore = 0;  // index of the part behind the samples; the number of parts when none is
+
+    // Whether a sound can take the place of the file's own.
+    bool fits(const AudioEditorBuffer &sound) const {
+        return sound.channels() == channels && (!countsFrames || sound.frames() == frames);
+    }
+    friend bool operator==(const SampleWrapping &, const SampleWrapping &) = default;
+};
+
 // The entry of coreAudioSettings that says what the file is, as four characters: ".mp3", "flac".
 inline constexpr const char *formatIdentifierKey = "formatIdentifier";
 inline constexpr const char *bitDepthKey = "bitDepth";  // of its samples; 0: they have none that comes back exactly
@@ -97,9 +133,11 @@ struct AudioFileContents {
     std::optional<AudioFileLoop> loop;
     std::optional<std::map<std::string, std::string>> coreAudioSettings;
     std::vector<FlacMetadataBlock> flacMetadata;
-    Bytes trailing;  // what stands behind the last chunk and is none; written back as it is
+    std::optional<SampleWrapping> wrapping;  // decoded files that can be written back all the same
+    Bytes trailing;                          // what stands behind the last chunk and is none; written back as it is
 
-    // Whether it can be written back in its own format with nothing lost. Of decoded files only FLAC can.
+    // Whether it can be written back in its own format with nothing lost. Of decoded files FLAC can, and those with a wrapping
+    // that fits the sound.
     bool canSaveInPlace() const;
     // The entry of coreAudioSettings; empty when there is none.
     std::string decodedSetting(const char *key) const;

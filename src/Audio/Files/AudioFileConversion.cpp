@@ -102,6 +102,7 @@ void startAnew(AudioFileContents &contents) {
     contents.trailing.clear();
     contents.flacMetadata.clear();
     contents.coreAudioSettings.reset();
+    contents.wrapping.reset();
     if (contents.format.container == AudioContainer::coreAudio) return;
     const FormIds ids = formIds(contents.format);
     addChunk(contents, ids.format, ids.payload(contents.format, contents.buffer));
@@ -194,7 +195,7 @@ AudioSaveFormat nearestSaveFormat(const AudioFileContents &contents) {
 AudioFileContents partContents(AudioEditorBuffer part, const AudioFileContents &contents) {
     const std::string depth = contents.decodedSetting(bitDepthKey);
     AudioFileContents bare = bareContents(std::move(part), contents);
-    if (contents.canSaveInPlace()) return bare;
+    if (bare.wrapping ? bare.wrapping->fits(bare.buffer) : contents.canSaveInPlace()) return bare;
     const bool isDeep = !depth.empty() && std::stoi(depth) > 16;
     return converted(std::move(bare), {Container::wav, isDeep ? 24 : 16}).contents;
 }

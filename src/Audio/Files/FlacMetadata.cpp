@@ -38,7 +38,8 @@ std::vector<FlacMetadataBlock> readFlacMetadata(const SourceReader &reader) {
         const std::int64_t size = word & 0xFFFFFF;
         const int type = int(word >> 24 & 0x7F);
         if (size > reader.size() - at) break;
-        if (type == Block::application || type == Block::tags || type == Block::picture) blocks.push_back({type, reader.bytes(at, size)});
+        if (type == Block::application || type == Block::tags || type == Block::picture)
+            blocks.push_back({type, reader.bytes(at, size)});
         isLast = word >> 31 != 0;
         at += size;
     }

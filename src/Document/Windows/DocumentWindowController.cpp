@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <chrono>
 
+#include "Document/Windows/SavePanelWindow.h"
 #include "Editor/Views/AlertSheet.h"
 #include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/LevelSheet.h"
@@ -123,6 +124,27 @@ void DocumentWindowController::ask(const Question &question, std::function<void(
         --questionsOpen_;
         answer(button);
     });
+}
+
+// Parts of a sound often go to one folder, which need not be the sound's own.
+void DocumentWindowController::chooseFile(const SavePanel &panel,
+                                          std::function<void(const std::optional<SaveTarget> &)> answer) {
+    ++questionsOpen_;
+    bringForward();
+    const std::string proposed = folderAbove(panel.path);
+    SavePanel asked = panel;
+    const bool isPart = !panel.format;
+    if (isPart && proposed == proposedFolder_)
+        asked.path = pathWithin(chosenFolder_, panel.path.substr(panel.path.find_last_of('/') + 1));
+    const auto answered = [this, proposed, isPart, answer = std::move(answer)](const std::optional<SaveTarget> &target) {
+        --questionsOpen_;
+        if (target && isPart && proposed != chosenFolder_) proposedFolder_ = proposed;
+        if (target && isPart) chosenFolder_ = folderAbove(target->path);
+        answer(target);
+    };
+    const SavePanelServices services{services_.document.files, services_.document.jobs, services_.document.settings,
+                                     services_.style};
+    (new SavePanelWindow(services, asked, answered, view_.get()))->open();
 }
 
 void DocumentWindowController::showError(const std::string &message, const std::string &informative) {

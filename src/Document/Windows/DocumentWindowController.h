@@ -52,6 +52,7 @@ public:
     std::function<void()> onComplete;  // the sound is read and shown
 
     void ask(const Question &question, std::function<void(std::size_t)> answer) override;
+    void chooseFile(const SavePanel &panel, std::function<void(const std::optional<SaveTarget> &)> answer) override;
     void showError(const std::string &message, const std::string &informative) override;
     void showNotice(NoticeKind kind, const std::string &text) override;
 
@@ -75,6 +76,8 @@ private:
     std::unique_ptr<DocumentHostingView> view_;
     std::optional<Dialog> shownDialog_;
     int questionsOpen_ = 0;
+    // Where the last panel began and where it ended: the next one that would begin there begins where that one ended.
+    std::string proposedFolder_, chosenFolder_;
     std::optional<std::int64_t> quitVersion_;  // of the content that may go
     bool isClosed_ = false;
     bool wasFailed_ = false;

@@ -66,6 +66,7 @@ QAccessibleInterface *interfaceFor(const QString &, QObject *object) {
     if (dynamic_cast<BusyLine *>(widget)) return new QAccessibleWidget(widget, QAccessible::ProgressBar);
     // A window of ours has no frame of the toolkit's that would say so.
     if (widget->windowType() == Qt::Window) return new QAccessibleWidget(widget, QAccessible::Window);
+    if (widget->windowType() == Qt::Dialog) return new QAccessibleWidget(widget, QAccessible::Dialog);
     return nullptr;
 }
 

@@ -53,7 +53,10 @@ void Button::paintEvent(QPaintEvent *) {
 
 void Button::keyPressEvent(QKeyEvent *event) {
     if (look_.isSegment && (event->key() == Qt::Key_Left || event->key() == Qt::Key_Right)) return event->ignore();
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) return click();
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    // The chosen one of a row has nothing to press: Enter is for what the row stands in.
+    if (isEnter && look_.isSegment && isChecked()) return event->ignore();
+    if (isEnter) return click();
     QPushButton::keyPressEvent(event);
 }
 

@@ -3,6 +3,7 @@
 #include <QStyleOptionMenuItem>
 
 #include "Editor/Views/Menu.h"
+#include "Editor/Views/ScrollBar.h"
 
 namespace kiv {
 
@@ -31,6 +32,9 @@ int KivStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, const 
             return 0;
         case PM_MenuBarHMargin:
             return MenuBar::padding;
+        case PM_ScrollBarExtent:
+            return dynamic_cast<const ScrollBar *>(widget) ? ScrollBar::thickness
+                                                           : QProxyStyle::pixelMetric(metric, option, widget);
         default:
             return QProxyStyle::pixelMetric(metric, option, widget);
     }
