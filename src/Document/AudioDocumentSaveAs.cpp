@@ -30,8 +30,7 @@ std::string proposedPath(const std::string &path, const AudioFileContents &conte
 }
 
 std::string selectionPath(const std::string &path, const AudioFileContents &contents) {
-    const std::string end = contents.canSaveInPlace() ? contents.format.fileExtension : "wav";
-    return folderPart(path) + fileStem(path) + "-selection." + end;
+    return folderPart(path) + fileStem(path) + "-selection." + AudioFileCodec::partExtension(contents);
 }
 
 }  // namespace

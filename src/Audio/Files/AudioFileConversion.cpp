@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cctype>
 
 #include "Audio/Files/AudioFileCodec.h"
 #include "Audio/Files/ByteFields.h"
@@ -195,9 +196,20 @@ AudioSaveFormat nearestSaveFormat(const AudioFileContents &contents) {
 AudioFileContents partContents(AudioEditorBuffer part, const AudioFileContents &contents) {
     const std::string depth = contents.decodedSetting(bitDepthKey);
     AudioFileContents bare = bareContents(std::move(part), contents);
-    if (bare.wrapping ? bare.wrapping->fits(bare.buffer) : contents.canSaveInPlace()) return bare;
+    if (bare.wrapping ? bare.wrapping->fits(bare.buffer) : contents.canSaveInPlace()) {
+        bare.format.fileExtension = partExtension(contents);
+        return bare;
+    }
     const bool isDeep = !depth.empty() && std::stoi(depth) > 16;
     return converted(std::move(bare), {Container::wav, isDeep ? 24 : 16}).contents;
+}
+
+std::string partExtension(const AudioFileContents &contents) {
+    if (!contents.canSaveInPlace()) return "wav";
+    if (!contents.format.fileExtension.empty()) return contents.format.fileExtension;
+    std::string name = contents.format.typeName;
+    std::ranges::transform(name, name.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    return name;
 }
 
 }  // namespace kiv::AudioFileCodec

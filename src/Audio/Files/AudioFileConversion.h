@@ -27,5 +27,7 @@ AudioSaveFormat nearestSaveFormat(const AudioFileContents &contents);
 // Contents for a new file made from part of the audio: bare, in the file's own format where that can be written, else as WAV
 // of 16 bits, or 24 where the file has more.
 AudioFileContents partContents(AudioEditorBuffer part, const AudioFileContents &contents);
+// The extension of such a file: the file's own, or what says the format where that has none.
+std::string partExtension(const AudioFileContents &contents);
 
 }  // namespace kiv::AudioFileCodec

@@ -180,5 +180,18 @@ TEST(PartOfASound, OfAFileThatIsNotWrittenIsAWavFile) {
     }
 }
 
+TEST(PartOfASound, HasTheExtensionOfTheFileOrOneThatSaysWhatItIs) {
+    const std::tuple<const char *, const char *, const char *> rows[] = {
+        {"flac", "FLAC", "FLAC"}, {"flac", "", "flac"}, {".mp3", "mp3", "wav"}, {".mp3", "", "wav"}};
+    for (const auto &[identifier, extension, expected] : rows) {
+        AudioFileContents contents;
+        contents.format.container = AudioContainer::coreAudio;
+        contents.format.typeName = "FLAC";
+        contents.format.fileExtension = extension;
+        contents.coreAudioSettings = {{formatIdentifierKey, identifier}, {bitDepthKey, "16"}};
+        EXPECT_EQ(AudioFileCodec::partContents(AudioEditorBuffer(1, 44100), contents).format.fileExtension, expected);
+    }
+}
+
 }  // namespace
 }  // namespace kiv
