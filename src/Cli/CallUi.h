@@ -30,16 +30,24 @@ public:
         answer(std::nullopt);
     }
     void showError(const std::string &, const std::string &informative) override { error = informative; }
-    void showNotice(NoticeKind, const std::string &text) override { notices.push_back(text); }
+    void showNotice(NoticeKind kind, const std::string &text) override {
+        notices.push_back(text);
+        if (kind == NoticeKind::warning) warnings.push_back(text);
+    }
 
     // Says on standard error that a file was saved without what the equalizer does.
     void tellIfEqIsLeftOut(const std::string &file) const {
         if (leavesEqOut) std::fprintf(stderr, "%s: the equalizer is not applied, so it was not saved\n", file.c_str());
     }
 
+    // Says there what a file could not take, to those who do not get the notices.
+    void tellWarnings(const std::string &file) const {
+        for (const std::string &text : warnings) std::fprintf(stderr, "%s: %s\n", file.c_str(), text.c_str());
+    }
+
     std::string error;
-    std::vector<std::string> notices;
-    bool leavesEqOut = false;  // what was saved was saved without the equalizer
+    std::vector<std::string> notices, warnings;  // the warnings are among the notices
+    bool leavesEqOut = false;                    // what was saved was saved without the equalizer
 };
 
 }  // namespace kiv::Cli

@@ -135,6 +135,7 @@ std::string edit(const EditCall &call, const DocumentServices &services) {
         saveDocument(document, call, ui);
         outcome.saved = call.out.value_or(call.file);
         ui.tellIfEqIsLeftOut(*outcome.saved);
+        if (!call.json) ui.tellWarnings(*outcome.saved);
     }
     if (!call.saves && document.model().state().loopPoints && !document.model().state().canStoreLoop)
         ui.notices.push_back("This format cannot store a loop: it will not be saved");

@@ -2,10 +2,11 @@
 
 #include "Support/Progress.h"
 
-// Ctrl+C: the first cancels what is going on, a second one ends the program at once.
+// Ctrl+C, a terminal that is closed, and a program that is asked to end: the first cancels what is going on, so that nothing of
+// it stays behind; a second one ends the program at once.
 namespace kiv::Cli::Interrupt {
 
-void install();  // from here on; before, Ctrl+C ends the program
+void install();  // from here on; before, they end the program
 bool wasRequested();
 void throwIfRequested();  // Cancelled
 

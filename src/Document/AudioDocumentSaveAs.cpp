@@ -106,7 +106,10 @@ void AudioDocument::saveSelection(std::function<void(bool)> done) {
     const std::string message =
         isWritable ? "" : contents_->format.typeName + " files can't be written: the selection is saved as WAV.";
     const DocumentUi::SavePanel panel{
-        "Save Selection As", message, selectionPath(path_, isWritable ? contents_->format.fileExtension : "wav"), {}};
+        "Save Selection As",
+        message,
+        selectionPath(path_, isWritable ? AudioFileCodec::partExtension(contents_->format) : "wav"),
+        {}};
     confirmEqAndEdits(Saved::selection, [this, panel, done = std::move(done)](bool go) {
         if (!go) return done(false);
         chooseTarget(panel, [this, done](const std::optional<DocumentUi::SaveTarget> &target) {

@@ -96,14 +96,25 @@ private:
     std::vector<std::int32_t> integers_;
 };
 
-// Whether a decoder finds in a file what we found.
-bool isSame(const WrappedFile &file, DecodedSound &sound) {
-    const DecodedFormat &format = sound.format();
+bool hasSameSamples(const WrappedFile &file, const DecodedFormat &format) {
     const AudioSampleEncoding &encoding = file.wrapping.encoding;
     const bool isFloat = encoding.kind == AudioSampleEncoding::Kind::floating;
     return format.channels == file.wrapping.channels && format.sampleRate == file.sampleRate &&
-           format.bits == encoding.bytes * 8 && format.isFloat == isFloat &&
-           (file.audio.frames == 0 || sound.countFrames() == file.audio.frames);
+           format.bits == encoding.bytes * 8 && format.isFloat == isFloat;
+}
+
+struct KnownFile {
+    WrappedFile file;
+    bool canBeWritten = false;  // the decoder, which looks at what was written, finds in it what we find
+};
+
+// A file in which we know our way about as well as the decoder does, or better: what stands behind the samples of a W64 file is
+// more of them to some.
+std::optional<KnownFile> knownFile(std::optional<WrappedFile> file, DecodedSound &sound) {
+    if (!file || !hasSameSamples(*file, sound.format())) return std::nullopt;
+    const std::int64_t told = sound.countFrames().value_or(0), frames = file->audio.frames;
+    if (told < frames) return std::nullopt;
+    return KnownFile{std::move(*file), told == frames};
 }
 
 // Opens the file and reads of it what is wanted.
@@ -118,17 +129,19 @@ std::optional<Result> withSound(DecodedReader &decoders, const ByteSource &sourc
     }
 }
 
-// A file that can be written back. Its samples are read as ours are: with nothing rounded.
-std::optional<AudioFileContents> readWrapped(DecodedReader &decoders, const ByteSource &source, const ByteSource &counted,
-                                             const std::string &path) {
-    auto file = findWrapping(SourceReader(source));
-    if (!file) return std::nullopt;
+// Its samples are read as ours are: with nothing rounded.
+std::optional<AudioFileContents> readKnown(DecodedReader &decoders, const ByteSource &source, const ByteSource &counted,
+                                           const std::string &path) {
+    auto found = findWrapping(SourceReader(source));
+    if (!found) return std::nullopt;
     return withSound<AudioFileContents>(decoders, source, [&](DecodedSound &sound) -> std::optional<AudioFileContents> {
-        if (!isSame(*file, sound)) return std::nullopt;
+        auto known = knownFile(std::move(found), sound);
+        if (!known) return std::nullopt;
+        WrappedFile &file = known->file;
         AudioFileContents contents = described(sound.format(), path);
         contents.buffer =
-            readSamples(SourceReader(counted), file->audio, file->wrapping.encoding, file->wrapping.channels, file->sampleRate);
-        contents.wrapping = std::move(file->wrapping);
+            readSamples(SourceReader(counted), file.audio, file.wrapping.encoding, file.wrapping.channels, file.sampleRate);
+        if (known->canBeWritten) contents.wrapping = std::move(file.wrapping);
         return contents;
     });
 }
@@ -147,7 +160,7 @@ std::int64_t framesByReading(DecodedReader &decoders, const ByteSource &source) 
 std::optional<AudioFileContents> readDecoded(DecodedReader &decoders, const ByteSource &source, const std::string &path,
                                              Progress &progress) {
     const CountedSource counted(source, progress);
-    if (auto wrapped = readWrapped(decoders, source, counted, path)) return wrapped;
+    if (auto known = readKnown(decoders, source, counted, path)) return known;
     return withSound<AudioFileContents>(decoders, counted, [&](DecodedSound &sound) {
         AudioFileContents contents = described(sound.format(), path);
         AudioEditorBuffer &buffer = contents.buffer;
@@ -167,10 +180,13 @@ std::optional<AudioFileCodec::AudioFileSummary> summarizeDecoded(DecodedReader &
     const CountedSource counted(source, progress);
     return withSound<Summary>(decoders, counted, [&](DecodedSound &sound) {
         Summary summary{described(sound.format(), path), 0};
+        if (auto known = knownFile(findWrapping(SourceReader(source)), sound)) {
+            summary.frames = known->file.audio.frames;
+            if (known->canBeWritten) summary.contents.wrapping = std::move(known->file.wrapping);
+            return summary;
+        }
         const auto told = sound.countFrames();
         summary.frames = told ? *told : framesByReading(decoders, counted);
-        if (auto file = findWrapping(SourceReader(source)); file && isSame(*file, sound))
-            summary.contents.wrapping = std::move(file->wrapping);
         summary.contents.flacMetadata = AudioFileCodec::flacMetadata(source);
         return summary;
     });

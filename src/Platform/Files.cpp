@@ -30,7 +30,10 @@ public:
         if (!identity(path)) fileSystem_.createFolder(path);
     }
     void moveToTrash(const std::string &path) override { fileSystem_.moveToTrash(path); }
-    Recovery recoverInterrupted(const std::string &path) override { return recoverInPlace(fileSystem_, path); }
+    Recovery recoverInterrupted(const std::string &path) override {
+        removeAbandonedSave(fileSystem_, path);
+        return recoverInPlace(fileSystem_, path);
+    }
 
 private:
     FileSystem &fileSystem_;

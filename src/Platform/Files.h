@@ -34,7 +34,8 @@ public:
     virtual void moveToTrash(const std::string &path) = 0;
 
     // To be called before a file is opened. Where a replacement had to be written over the old file in place and died on the
-    // way, puts the old file back, whole. A file that anybody has written to since is left alone.
+    // way, puts the old file back, whole. A file that anybody has written to since is left alone. What a save that died has
+    // left beside the file is removed.
     enum class Recovery { notNeeded, restored };
     virtual Recovery recoverInterrupted(const std::string &path) = 0;
 };

@@ -23,12 +23,16 @@ bool folderRefuses(const std::error_code &code) {
            code == errc::device_or_resource_busy;
 }
 
+std::string hiddenName(const std::string &target) {
+    return folderOf(target) + "/." + shortened(nameOf(target)) + ".kiv-saving";
+}
+
 // A file beside the one to be replaced, which goes away again unless it takes its place. It stays held all the while, so that
 // no other save takes it for abandoned.
 class Beside {
 public:
     Beside(FileSystem &fileSystem, const std::string &target, FileSystem::Access access) : fileSystem_(fileSystem) {
-        const std::string stem = folderOf(target) + "/." + shortened(nameOf(target)) + ".kiv-saving";
+        const std::string stem = hiddenName(target);
         for (int number = 1; !file_; ++number) tryName(number == 1 ? stem : stem + std::to_string(number), access, number);
     }
     ~Beside() {
@@ -112,6 +116,13 @@ void replaceSafely(FileSystem &fileSystem, const std::string &path, const Produc
         syncFolderAfterwards(fileSystem, folderOf(target));
     else
         replaceInPlace(fileSystem, target, contentsOf(fileSystem, beside->path(), blockBytes), blockBytes);
+}
+
+void removeAbandonedSave(FileSystem &fileSystem, const std::string &path) noexcept {
+    try {
+        fileSystem.removeAbandoned(hiddenName(fileSystem.resolve(path)));
+    } catch (...) {
+    }
 }
 
 }  // namespace kiv

@@ -5,8 +5,8 @@
 // Replacing a file so that at every moment the old one or the new one is there, whole, whatever fails, dies or loses power.
 //
 // The new file is written beside the old one under a hidden name, brought to the device with the old one's attributes, and put
-// in its place by a rename, which a file system does in one step. A crash leaves at most the hidden file; the next save of the
-// same file finds it abandoned and removes it.
+// in its place by a rename, which a file system does in one step. A crash leaves at most the hidden file; the next opening or
+// saving of the same file finds it abandoned and removes it.
 //
 // Where the folder does not allow this but the file itself can be written, it is written over in place: see InPlaceReplace.h.
 //
@@ -16,5 +16,8 @@ namespace kiv {
 
 void replaceSafely(FileSystem &fileSystem, const std::string &path, const Produce &produce, std::size_t blockBytes = 1 << 20,
                    const Check &check = {});
+
+// Removes the hidden file that a save of the file at `path` has left, if it has died. What cannot be removed is left.
+void removeAbandonedSave(FileSystem &fileSystem, const std::string &path) noexcept;
 
 }  // namespace kiv

@@ -9,12 +9,12 @@ namespace kiv::Cli {
 namespace {
 
 // What has been interrupted stays so; each of these is a process of its own.
-void endCancelledJob() {
+void endCancelledJob(int signal) {
     Interrupt::install();
     std::exception_ptr ended;
     ConsoleJobs jobs;
-    const auto work = [](Progress &progress) {
-        raise(SIGINT);
+    const auto work = [=](Progress &progress) {
+        raise(signal);
         progress.add(1);
         std::_Exit(1);
     };
@@ -37,13 +37,13 @@ void beginJobAfterInterrupt() {
 void interruptTwice() {
     Interrupt::install();
     raise(SIGINT);
-    raise(SIGINT);
+    raise(SIGTERM);
 }
 
 TEST(InterruptDeathTest, CancelsTheJobAtFirstAndEndsTheProgramThen) {
-    EXPECT_EXIT(endCancelledJob(), testing::ExitedWithCode(0), "");
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) EXPECT_EXIT(endCancelledJob(signal), testing::ExitedWithCode(0), "");
     EXPECT_EXIT(beginJobAfterInterrupt(), testing::ExitedWithCode(0), "");
-    EXPECT_EXIT(interruptTwice(), testing::KilledBySignal(SIGINT), "");
+    EXPECT_EXIT(interruptTwice(), testing::KilledBySignal(SIGTERM), "");
 }
 
 }  // namespace

@@ -107,6 +107,19 @@ TEST(Formats, AreReadSampleForSampleFromOtherPrograms) {
             }
 }
 
+// The library that decodes them takes such bytes for samples.
+TEST(Formats, OfW64DoNotTakeWhatStandsBehindTheSamplesForSound) {
+    Desk desk;
+    const KnownSound sound = knownNoise(16, 2, 44100, 5000);
+    desk.write("in.wav", ourWav(sound));
+    const std::string junk = "junk\\363\\254\\323\\021\\214\\321\\000\\300\\117\\216\\333\\212\\040\\0\\0\\0\\0\\0\\0\\0";
+    ASSERT_TRUE(desk.run("sox in.wav a.w64 && printf '" + junk + "behind:)' >> a.w64"));
+    const AudioFileContents contents = desk.read("a.w64");
+    expectSame(wordsOf(contents.buffer), sound, "a.w64");
+    EXPECT_EQ(desk.framesTold("a.w64"), 5000);
+    EXPECT_FALSE(contents.canSaveInPlace()) << "for want of a reader that could look at what was written";
+}
+
 struct Lossy {
     const char *name, *command;
     std::int64_t rate;

@@ -62,25 +62,15 @@ std::set<std::uint32_t> switchOffLoop(AudioFileContents &contents) {
     return {};
 }
 
-MarkerIds namedByLoops(const AudioFileContents &contents) {
-    MarkerIds ids;
-    for (const AudioFileChunk &chunk : contents.chunks)
-        for (const std::size_t at : {sustainLoop, releaseLoop})
-            if (const auto named = loopAt(chunk, at)) ids.insert({named->begin, named->end});
-    return ids;
-}
-
-// Takes the markers at positions out of a "MARK" chunk, but for those to be kept.
+// Takes the markers at positions out of a "MARK" chunk.
 struct RemovedMarkers {
     MarkerIds ids;
     std::vector<std::uint32_t> positions;
 };
-void removeMarkers(AudioFileChunk &mark, const std::set<std::uint32_t> &positions, const MarkerIds &kept,
-                   RemovedMarkers &removed) {
+void removeMarkers(AudioFileChunk &mark, const std::set<std::uint32_t> &positions, RemovedMarkers &removed) {
     std::map<std::size_t, std::uint32_t> gone;  // markers by their offset, with their positions
     for (const AudioFilePositionField &field : mark.fields)
-        if (positions.contains(field.index) && !kept.contains(u16At(mark.data, field.offset - 2, order)))
-            gone[field.offset - 2] = field.index;
+        if (positions.contains(field.index)) gone[field.offset - 2] = field.index;
     if (gone.empty()) return;
     const std::vector<AiffMarker> markers = aiffMarkers(mark.data);
     // The last first, so that the offsets of the others hold.
@@ -107,6 +97,13 @@ void removeComments(AudioFileChunk &comt, const MarkerIds &ids) {
     if (behind < all.size()) append(kept, all.subspan(behind));
     comt.data = std::move(kept);
     setCount(comt, comments.size() - std::size_t(gone));
+}
+
+// A release loop on the same markers is the same loop to whoever removes it; without them it would point at nothing.
+void switchOffLoopsOn(AudioFileChunk &inst, const MarkerIds &ids) {
+    for (const std::size_t at : {sustainLoop, releaseLoop})
+        if (const auto named = loopAt(inst, at); named && (ids.contains(named->begin) || ids.contains(named->end)))
+            std::fill_n(inst.data.begin() + std::ptrdiff_t(at), loopSize, std::byte{0});
 }
 
 using UsedIds = std::bitset<mostMarkers + 1>;
@@ -190,12 +187,13 @@ std::optional<AudioFileLoop> aiffLoop(const AudioFileContents &contents) {
 
 std::vector<std::uint32_t> removeAiffLoop(AudioFileContents &contents) {
     const std::set<std::uint32_t> positions = switchOffLoop(contents);
-    const MarkerIds kept = namedByLoops(contents);
     RemovedMarkers removed;
     for (AudioFileChunk &chunk : contents.chunks)
-        if (chunk.id == "MARK") removeMarkers(chunk, positions, kept, removed);
-    for (AudioFileChunk &chunk : contents.chunks)
+        if (chunk.id == "MARK") removeMarkers(chunk, positions, removed);
+    for (AudioFileChunk &chunk : contents.chunks) {
         if (chunk.id == "COMT") removeComments(chunk, removed.ids);
+        switchOffLoopsOn(chunk, removed.ids);
+    }
     std::sort(removed.positions.begin(), removed.positions.end());
     return removed.positions;
 }

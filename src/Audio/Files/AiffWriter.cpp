@@ -23,7 +23,8 @@ Bytes commonPayload(const AudioFileChunk &chunk, const AudioFileContents &conten
 }  // namespace
 
 AudioFileImage aiffImage(const AudioFileContents &contents) {
-    FormBuilder form("FORM", contents.format.container == AudioContainer::aifc ? "AIFC" : "AIFF", order, contents);
+    const bool isCompressed = contents.format.container == AudioContainer::aifc;
+    FormBuilder form("FORM", isCompressed ? "AIFC" : "AIFF", order, contents, {0x7FFF, INT64_MAX});
     const AudioFileChunk *common = firstChunk(contents, "COMM"), *sound = firstChunk(contents, "SSND");
     constexpr std::array<std::byte, SsndChunk::header> soundHeader{};
     for (const AudioFileChunk &chunk : contents.chunks) {

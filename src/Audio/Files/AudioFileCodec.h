@@ -39,8 +39,8 @@ std::vector<FlacMetadataBlock> flacMetadata(const ByteSource &source);
 // ours.
 void throwIfUnsupported(const ByteSource &source);
 
-// The file for contents whose container is wav, or aiff and aifc. Throws AudioFileError `unsupported` ("no PCM encoding") and
-// `tooLarge`.
+// The file for contents whose container is wav, or aiff and aifc. Throws AudioFileError `unsupported` ("no PCM encoding"),
+// `tooLarge`, and `writeCheckFailed` for more channels or a higher rate than the format can say.
 AudioFileImage wavImage(const AudioFileContents &contents);
 AudioFileImage aiffImage(const AudioFileContents &contents);
 AudioFileImage nativeImage(const AudioFileContents &contents);  // by container

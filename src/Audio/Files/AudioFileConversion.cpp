@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cctype>
 
 #include "Audio/Files/AudioFileCodec.h"
 #include "Audio/Files/ByteFields.h"
@@ -82,6 +83,11 @@ bool namesUnusualSpeakers(const AudioFileContents &contents) {
     return u16At(fmt->data, FmtChunk::formatTag, order) == FmtChunk::extensibleTag && mask != 0 && mask != usual;
 }
 
+// AIFF can say a rate of 22254.5454 Hz; where the format is made anew it becomes a whole number.
+bool hasWholeRate(const AudioFileContents &contents) {
+    return contents.format.sampleRate == double(contents.buffer.sampleRate());
+}
+
 // The same kind of file with other samples: all chunks stay but the one that says what the samples are.
 void exchangeFormat(AudioFileContents &contents) {
     const FormIds ids = formIds(contents.format);
@@ -115,7 +121,7 @@ void forgetLoop(AudioFileContents &contents) {
 Conversion toFlac(AudioFileContents contents, int bits) {
     Conversion result{std::move(contents), {}};
     AudioFileContents &flac = result.contents;
-    const bool wasFlac = flac.decodedSetting(formatIdentifierKey) == "flac";
+    const bool wasFlac = flac.decodedSetting(formatIdentifierKey) == "flac", losesRate = !hasWholeRate(flac);
     const SoundNotes notes = soundNotes(flac);
     const std::vector<FlacMetadataBlock> kept = flac.flacMetadata;
     if (flac.loop) forgetLoop(flac);
@@ -131,6 +137,7 @@ Conversion toFlac(AudioFileContents contents, int bits) {
         flac.flacMetadata = kept;
     else
         result.left = putFlacNotes(flac, notes);
+    if (losesRate) result.left.push_back("the exact sample rate");
     return result;
 }
 
@@ -144,7 +151,7 @@ bool isSameKind(const AudioFileFormat &from, const AudioFileFormat &to) {
 Conversion toForm(AudioFileContents contents, const AudioSaveFormat &format) {
     Conversion result{std::move(contents), {}};
     AudioFileContents &form = result.contents;
-    const bool losesSpeakers = namesUnusualSpeakers(form);
+    const bool losesSpeakers = namesUnusualSpeakers(form), losesRate = !hasWholeRate(form);
     const AudioFileFormat to = fileFormat(format, form.buffer);
     if (isSameKind(form.format, to)) {
         form.format = to;
@@ -156,6 +163,7 @@ Conversion toForm(AudioFileContents contents, const AudioSaveFormat &format) {
         result.left = format.container == Container::wav ? putWavNotes(form, notes) : putAiffNotes(form, notes);
     }
     if (losesSpeakers) result.left.push_back("which speaker each channel is for");
+    if (losesRate) result.left.push_back("the exact sample rate");
     return result;
 }
 
@@ -190,11 +198,21 @@ bool isPartWritable(const AudioEditorBuffer &part, const AudioFileContents &cont
     return contents.wrapping ? contents.wrapping->channels == part.channels() : contents.canSaveInPlace();
 }
 
+std::string partExtension(const AudioFileFormat &format) {
+    if (!format.fileExtension.empty()) return format.fileExtension;
+    std::string name = format.typeName;
+    std::ranges::transform(name, name.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    return name;
+}
+
 AudioFileContents partContents(AudioEditorBuffer part, const AudioFileContents &contents) {
     const std::string depth = contents.decodedSetting(bitDepthKey);
     const bool isWritable = isPartWritable(part, contents);
     AudioFileContents bare = bareContents(std::move(part), contents);
-    if (isWritable) return bare;
+    if (isWritable) {
+        bare.format.fileExtension = partExtension(bare.format);
+        return bare;
+    }
     const bool isDeep = !depth.empty() && std::stoi(depth) > 16;
     return converted(std::move(bare), {Container::wav, isDeep ? 24 : 16}).contents;
 }

@@ -28,5 +28,8 @@ AudioSaveFormat nearestSaveFormat(const AudioFileContents &contents);
 // of 16 bits, or 24 where the file has more.
 bool isPartWritable(const AudioEditorBuffer &part, const AudioFileContents &contents);
 AudioFileContents partContents(AudioEditorBuffer part, const AudioFileContents &contents);
+// The extension of a file made from part of one of this format, in the same: that one's own, or what says the format where it
+// has none.
+std::string partExtension(const AudioFileFormat &format);
 
 }  // namespace kiv::AudioFileCodec

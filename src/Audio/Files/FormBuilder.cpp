@@ -18,9 +18,12 @@ constexpr std::int64_t formHeader = 8;
 
 }  // namespace
 
-FormBuilder::FormBuilder(std::string_view group, std::string_view form, std::endian order, const AudioFileContents &contents)
+FormBuilder::FormBuilder(std::string_view group, std::string_view form, std::endian order, const AudioFileContents &contents,
+                         Limits limits)
     : contents_(contents), order_(order), pieces_(1) {
     if (!contents.format.encoding) throw AudioFileError::unsupported("no PCM encoding");
+    const AudioEditorBuffer &buffer = contents.buffer;
+    if (buffer.channels() > limits.channels || buffer.sampleRate() > limits.rate) throw AudioFileError::writeCheckFailed();
     header(group, 0);
     append(bytes(), form);
 }

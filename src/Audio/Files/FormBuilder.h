@@ -12,8 +12,14 @@ namespace kiv {
 // Builds the image of a RIFF or FORM file chunk by chunk, each padded to an even length. Borrows the contents.
 class FormBuilder {
 public:
-    // Throws AudioFileError `unsupported` when the contents say no sample encoding.
-    FormBuilder(std::string_view group, std::string_view form, std::endian order, const AudioFileContents &contents);
+    // The largest numbers that the format's chunk has room for.
+    struct Limits {
+        std::int64_t channels, rate;
+    };
+    // Throws AudioFileError `unsupported` when the contents say no sample encoding, and `writeCheckFailed` when they are beyond
+    // the limits: the number written would be another one.
+    FormBuilder(std::string_view group, std::string_view form, std::endian order, const AudioFileContents &contents,
+                Limits limits);
 
     void chunk(std::string_view id, std::span<const std::byte> payload);
     // A chunk of a header and all samples; at most one.

@@ -22,8 +22,8 @@ std::optional<AudioFileLoop> wavLoop(const AudioFileContents &contents);
 std::optional<AudioFileLoop> aiffLoop(const AudioFileContents &contents);
 
 // Takes that loop out of "smpl", or out of "INST", its markers out of "MARK" and comments on these out of "COMT". The chunks
-// stay, even when nothing is left in them, and so do further loops. Return which positions nothing in the chunks stands for
-// any more, sorted: markers that another loop names stay markers.
+// stay, even when nothing is left in them, and so do further loops, but for those of "INST" on the same markers. Return which
+// positions nothing in the chunks stands for any more, sorted.
 std::vector<std::uint32_t> removeWavLoop(AudioFileContents &contents);
 std::vector<std::uint32_t> removeAiffLoop(AudioFileContents &contents);
 

@@ -179,7 +179,8 @@ void putCues(AudioFileContents &contents, const std::vector<SoundNotes::Marker> 
 void putSampler(AudioFileContents &contents, const SoundNotes &notes) {
     Bytes header(SmplChunk::header);
     if (notes.instrument) {
-        const int detune = notes.instrument->detune, note = std::clamp(notes.instrument->note - (detune > 0), 0, 127);
+        const int detune = std::clamp(notes.instrument->detune, -50, 50);  // a file may say anything
+        const int note = std::clamp(notes.instrument->note - (detune > 0), 0, 127);
         const double fraction = (detune > 0 ? 100 - detune : -detune) / 100.0;
         putWord(std::span(header), SmplChunk::note, order, std::uint32_t(note));
         putWord(std::span(header), SmplChunk::fraction, order, std::uint32_t(fraction * 0x1p32));

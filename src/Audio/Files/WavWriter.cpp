@@ -70,7 +70,7 @@ bool isEmptyBeforeOthers(const AudioFileContents &contents, const AudioFileChunk
 }  // namespace
 
 AudioFileImage wavImage(const AudioFileContents &contents) {
-    FormBuilder form("RIFF", "WAVE", order, contents);
+    FormBuilder form("RIFF", "WAVE", order, contents, {0xFFFF, 0xFFFFFFFF});
     const AudioFileChunk *fmt = firstChunk(contents, "fmt "), *fact = firstChunk(contents, "fact"),
                          *data = firstChunk(contents, "data");
     const bool isFiller = isEmptyBeforeOthers(contents, data);

@@ -60,6 +60,17 @@ TEST(Conversion, KeepsAllThatSaysTheSameInTheOtherFormat) {
                                                     chunk("ICMT", text("hm") + zeros(1))))));
 }
 
+TEST(Conversion, TakesAPitchFurtherOffThanHalfAKeyForHalfAKey) {
+    for (const auto &[detune, note] : {std::pair{"7F", 59u}, {"80", 60u}}) {
+        const Bytes inst = beChunk("INST", hex("3C") + hex(detune) + hex("00 7F 01 7F 0000") + zeros(12));
+        const auto wav = converted(read(aiffOf(1, inst)), {Container::wav, 16}).contents;
+        Bytes smplChunk = zeros(36);
+        putWord(std::span(smplChunk), 12, std::endian::little, note);
+        putWord(std::span(smplChunk), 16, std::endian::little, 0x80000000u);
+        EXPECT_EQ(show(wav.chunks[2].data), show(smplChunk));
+    }
+}
+
 TEST(Conversion, WithinAFormatChangesOnlyWhatSaysWhatTheSamplesAre) {
     const Bytes around = chunk("bext", zeros(3)) + chunk("cue ", cues({{1, 5, 5}}));
     const auto wav = converted(read(riff("WAVE", around + chunk("fmt ", extensible({}, 12, 4)) + chunk("data", le16(0x1230)) +
@@ -74,7 +85,9 @@ TEST(Conversion, WithinAFormatChangesOnlyWhatSaysWhatTheSamplesAre) {
     const Bytes aifc =
         form("AIFC", beChunk("FVER", be32(0xA2805140)) + markers +
                          beChunk("COMM", compressed({.frames = 1, .rate = extended(22050.4)}, "sowt")) + ssnd(le16(0x1234)));
-    EXPECT_EQ(show(written(converted(read(aifc), {Container::aiff, 8}).contents)),
+    const auto aiff = converted(read(aifc), {Container::aiff, 8});
+    EXPECT_THAT(aiff.left, ElementsAre("the exact sample rate"));
+    EXPECT_EQ(show(written(aiff.contents)),
               show(form("AIFF",
                         markers + beChunk("COMM", comm({.frames = 1, .bits = 8, .rate = extended(22050)})) + ssnd(hex("12")))));
 }
@@ -164,6 +177,19 @@ TEST(PartOfASound, OfAFileThatIsNotWrittenIsAWavFile) {
         contents.coreAudioSettings = {{formatIdentifierKey, ".mp3"}, {bitDepthKey, depth}};
         const auto part = AudioFileCodec::partContents({std::vector<float>{0}, 1, 44100}, contents);
         EXPECT_EQ(show(written(part)), show(riff("WAVE", chunk("fmt ", fmt({.bits = bits})) + chunk("data", zeros(bits / 8)))));
+    }
+}
+
+TEST(PartOfASound, HasTheExtensionOfTheFileOrOneThatSaysWhatItIs) {
+    const std::tuple<const char *, const char *, const char *> rows[] = {
+        {"flac", "FLAC", "FLAC"}, {"flac", "", "flac"}, {".mp3", "mp3", "wav"}, {".mp3", "", "wav"}};
+    for (const auto &[identifier, extension, expected] : rows) {
+        AudioFileContents contents;
+        contents.format.container = AudioContainer::coreAudio;
+        contents.format.typeName = "FLAC";
+        contents.format.fileExtension = extension;
+        contents.coreAudioSettings = {{formatIdentifierKey, identifier}, {bitDepthKey, "16"}};
+        EXPECT_EQ(AudioFileCodec::partContents(AudioEditorBuffer(1, 44100), contents).format.fileExtension, expected);
     }
 }
 

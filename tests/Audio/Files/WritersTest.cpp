@@ -107,6 +107,14 @@ TEST(Writers, RefuseWhatDoesNotFitOrHasNoEncoding) {
         contents.buffer = hugeSound(row.frames);
         EXPECT_EQ(failure(contents), row.outcome) << show(row.file);
     }
+    const std::string cannotSay = "The audio could not be written in this file's format (the file was left untouched).";
+    for (const auto &[file, channels, rate] : {std::tuple{wav({}), 0x10000, std::int64_t(1)},
+                                               {wav({}), 1, std::int64_t(1) << 32},
+                                               {aiffOf(1), 0x8000, std::int64_t(1)}}) {
+        AudioFileContents contents = read(file);
+        contents.buffer = AudioEditorBuffer(channels, rate);
+        EXPECT_EQ(failure(contents), cannotSay) << channels << " " << rate;
+    }
     AudioFileContents decoded = read(wav({}));
     decoded.format.encoding.reset();
     EXPECT_EQ(failure(decoded), "This audio format is not supported (no PCM encoding).");

@@ -279,8 +279,12 @@ TEST_F(RealFiles, a_temporary_file_in_use_is_left_alone_and_an_abandoned_one_rem
     writeText(beside, "left by the dead");
     EXPECT_EQ(errorOf(path, "1"), "");
     EXPECT_THAT(namesIn(folder.path()), ElementsAre("song.wav"));
+    writeText(beside, "left by the dead");
+    files->recoverInterrupted(path);
+    EXPECT_THAT(namesIn(folder.path()), ElementsAre("song.wav"));
     const auto outer = [&](ByteSink &sink) {
         makes("outer")(sink);
+        files->recoverInterrupted(path);
         EXPECT_TRUE(std::filesystem::exists(beside));
         EXPECT_EQ(errorOf(path, "inner"), "");  // as from another window: it takes a name of its own
         EXPECT_TRUE(std::filesystem::exists(beside));
