@@ -52,8 +52,10 @@ void JournalFile::write(const std::shared_ptr<const Base> &base, const Edited &e
     const bool canGrow = file_ && isWhole_ && base == base_ && size_ <= folder_.slackBytes + 2 * neededBytes_;
     // After a save of our own the document will come with the new file in a moment.
     const bool isReplaced = base == base_ && saveNoted_ && !isBaseAsItWas(*base);
-    if (canGrow && (isReplaced || !isBaseLost(*base)) && append(edited, progress)) return;
-    if (!isReplaced) writeAnew(base, edited, progress);
+    const bool grows = canGrow && (isReplaced || !isBaseLost(*base)) && append(edited, progress);
+    if (!grows && isReplaced) return;
+    if (!grows) writeAnew(base, edited, progress);
+    written_ = edited.state.order;
 }
 
 // The name is taken by an empty journal, which says nothing to whoever finds it.
@@ -174,6 +176,7 @@ void JournalFile::noteSave(JournalSave save, const AudioEditorBuffer &buffer) no
 
 void JournalFile::remove(std::uint64_t order) noexcept {
     const std::lock_guard lock(mutex_);
+    if (order < written_) return;
     removed_ = std::max(removed_, order);
     if (!stem_.empty()) removeQuietly(folder_.fileSystem, path(journalEnding));
     if (!baseRecord_.kept.empty()) removeQuietly(folder_.fileSystem, folder_.path + "/" + baseRecord_.kept);

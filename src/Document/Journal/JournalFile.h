@@ -57,7 +57,8 @@ public:
     JournalFile &operator=(const JournalFile &) = delete;
 
     // Calls may arrive in another order than they were made in: what was to be written before a removal is not written after
-    // it. Throws std::system_error, also when it would become too large, and Cancelled.
+    // it, and what was to be removed before a state was written is not removed after it. Throws std::system_error, also when it
+    // would become too large, and Cancelled.
     void write(const std::shared_ptr<const Base> &base, const Edited &edited, Progress &progress);
     // That a file with this digest is about to take its place, and holds this sound. Failures are silent.
     void noteSave(JournalSave save, const AudioEditorBuffer &buffer) noexcept;
@@ -76,8 +77,8 @@ private:
 
     const JournalFolder &folder_;
     std::mutex mutex_;
-    std::uint64_t removed_ = 0;  // the order of the last removal
-    std::string stem_;           // of the journal's name; empty while there is none
+    std::uint64_t removed_ = 0, written_ = 0;  // the orders of the last removal and the last state
+    std::string stem_;                         // of the journal's name; empty while there is none
     std::unique_ptr<FileSystem::File> file_;
     bool isWhole_ = false;  // what the file ends with can be followed by more
     std::int64_t size_ = 0;

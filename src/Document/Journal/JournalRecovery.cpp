@@ -95,13 +95,21 @@ struct Found {
     bool isLost = false;
 };
 
-void followSave(Found &found) {
-    const JournalSave &save = *found.contents.save;
-    found.isFinished = found.contents.state->order <= save.order;
-    found.contents.state->pieces = afterSave(found.contents.state->pieces, save.pieces);
-    found.path = save.path;
-    found.base = save.path;
-    found.isBaseAsItWas = true;
+bool lacksSome(const JournalState &state) {
+    return std::ranges::any_of(state.pieces, [](const JournalPiece &piece) { return piece.from == From::nowhere; });
+}
+
+// With the file as it was saved beneath it. What was brought back while it was saved is not in there; then it has to come from
+// the file as it was before, if that is kept.
+Found afterSave(Found found) {
+    Found saved = found;
+    const JournalSave &save = *saved.contents.save;
+    saved.isFinished = saved.contents.state->order <= save.order;
+    saved.contents.state->pieces = afterSave(saved.contents.state->pieces, save.pieces);
+    saved.path = save.path;
+    saved.base = save.path;
+    saved.isBaseAsItWas = true;
+    return !saved.isFinished && lacksSome(*saved.contents.state) && found.base ? found : saved;
 }
 
 std::optional<Found> look(const JournalFolder &folder, const std::string &path, JournalCheck check) {
@@ -112,10 +120,9 @@ std::optional<Found> look(const JournalFolder &folder, const std::string &path, 
     found.path = contents.base->path;
     found.base = findBase(folder, *contents.base);
     found.isBaseAsItWas = found.base == found.path;
-    if (!found.isBaseAsItWas && isSaved(folder, contents.save)) followSave(found);
-    const bool lacksSome = std::ranges::any_of(contents.state->pieces, [](auto &piece) { return piece.from == From::nowhere; });
+    if (!found.isBaseAsItWas && isSaved(folder, contents.save)) found = afterSave(std::move(found));
     const bool lacksBase = !found.base && (needsBase(*contents.state) || !contents.base->contents);
-    found.isLost = lacksSome || lacksBase;
+    found.isLost = lacksSome(*contents.state) || lacksBase;
     return found;
 }
 
