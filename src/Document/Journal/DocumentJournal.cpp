@@ -91,6 +91,11 @@ void DocumentJournal::written(std::exception_ptr failure) {
         discardTakenOver();
     }
     if (next_) return write();
+    tellFlushed();
+}
+
+void DocumentJournal::tellFlushed() {
+    if (isWriting_ || removing_ > 0) return;
     for (const auto &done : std::exchange(flushed_, {})) done();
 }
 
@@ -99,9 +104,14 @@ void DocumentJournal::discard() {
     next_.reset();
     version_.reset();
     if (!std::exchange(hasBegun_, false)) return;
+    ++removing_;
     jobs_.run(
         std::make_shared<Progress>(), [file = file_, order = ++order_](Progress &) { file->remove(order); },
-        [](std::exception_ptr) {});
+        [this, alive = std::weak_ptr(alive_)](std::exception_ptr) {
+            if (alive.expired()) return;
+            --removing_;
+            tellFlushed();
+        });
 }
 
 void DocumentJournal::takeOver(std::shared_ptr<const AbandonedJournal> journal) { takenOver_ = std::move(journal); }
@@ -115,8 +125,8 @@ void DocumentJournal::discardTakenOver() {
 }
 
 void DocumentJournal::flush(std::function<void()> done) {
-    if (!isWriting_) return done();
     flushed_.push_back(std::move(done));
+    tellFlushed();
 }
 
 DocumentJournal::SaveNote DocumentJournal::noteFor(const AudioEditorBuffer &buffer) {

@@ -32,7 +32,7 @@ public:
     void discard();
     // A journal that this document was brought back from: it goes when what it holds is safe in the new one.
     void takeOver(std::shared_ptr<const AbandonedJournal> journal);
-    // Calls back when all is written, or has failed to be.
+    // Calls back when all is written, or has failed to be, and what is not needed any more is gone.
     void flush(std::function<void()> done);
 
     // What a save of this sound has to tell, on its own thread, when the new file is complete and has not taken its place yet.
@@ -48,6 +48,7 @@ private:
     using Clock = std::chrono::steady_clock;
     void write();
     void written(std::exception_ptr failure);
+    void tellFlushed();
     void discardTakenOver();
 
     const JournalFolder *folder_;
@@ -58,6 +59,7 @@ private:
     std::shared_ptr<const AbandonedJournal> takenOver_;
     std::optional<std::int64_t> version_;  // of the content that was last given to be written
     std::uint64_t order_ = 0;
+    int removing_ = 0;  // removals under way
     bool isWriting_ = false, hasBegun_ = false, hasTold_ = false;
     Clock::time_point restsUntil_{};
     std::vector<std::function<void()>> flushed_;

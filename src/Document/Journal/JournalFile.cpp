@@ -73,6 +73,7 @@ void JournalFile::reserveName() {
 
 void JournalFile::writeAnew(const std::shared_ptr<const Base> &base, const Edited &edited, Progress &progress) {
     reserveName();
+    const bool isNewBase = base_ && base != base_;
     const std::string oldKept = baseRecord_.kept;
     if (base != base_ || !isBaseAsItWas(*base)) keepBase(*base);
     base_ = base;
@@ -83,6 +84,10 @@ void JournalFile::writeAnew(const std::shared_ptr<const Base> &base, const Edite
         size_ = 0;
         stored_ = baseRecord_.identity ? base->samples : StoredSamples();
         write(encoded(baseRecord_));
+        if (unwritten_ && !isNewBase) {
+            unwritten_->first.pieces = stored_.find(unwritten_->second);
+            write(encoded(unwritten_->first));
+        }
         if (!append(edited, progress)) throw FileFault(std::errc::file_too_large, "The changes are too large");
         fileSystem.rename(path(newJournalEnding), path(journalEnding));
         fileSystem.syncFolder(folder_.path);
@@ -92,7 +97,8 @@ void JournalFile::writeAnew(const std::shared_ptr<const Base> &base, const Edite
         isWhole_ = false;
         throw;
     }
-    saveNoted_ = false;
+    if (isNewBase) saveNoted_ = false;
+    if (isNewBase) unwritten_.reset();
     if (!oldKept.empty() && oldKept != baseRecord_.kept) removeQuietly(fileSystem, folder_.path + "/" + oldKept);
 }
 
@@ -163,7 +169,7 @@ void JournalFile::noteSave(JournalSave save, const AudioEditorBuffer &buffer) no
     try {
         const std::lock_guard lock(mutex_);
         saveNoted_ = true;
-        if (!file_ || !isWhole_) return;
+        if (!file_ || !isWhole_) return void(unwritten_ = {std::move(save), buffer});
         isWhole_ = false;
         save.pieces = stored_.find(buffer);
         write(encoded(save));
@@ -185,6 +191,7 @@ void JournalFile::remove(std::uint64_t order) noexcept {
     base_.reset();
     stored_ = {};
     baseRecord_ = {};
+    unwritten_.reset();
     saveNoted_ = false;
     isWhole_ = false;
     size_ = neededBytes_ = 0;

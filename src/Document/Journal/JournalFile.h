@@ -88,6 +88,7 @@ private:
     JournalBase baseRecord_;
     int keptCount_ = 0;
     bool saveNoted_ = false;
+    std::optional<std::pair<JournalSave, AudioEditorBuffer>> unwritten_;  // noted before there was a journal
 };
 
 // How the names in the folder end, or begin: N.journal, N.new, kept-N-….

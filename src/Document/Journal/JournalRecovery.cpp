@@ -92,6 +92,7 @@ struct Found {
     std::optional<std::string> base;  // to be read
     bool isFinished = false;          // a save had written all there is
     bool isBaseAsItWas = false;
+    bool isOwnSave = false;  // what stands in the document's place was saved by this program
     bool isLost = false;
 };
 
@@ -109,6 +110,8 @@ Found afterSave(Found found) {
     saved.path = save.path;
     saved.base = save.path;
     saved.isBaseAsItWas = true;
+    found.path = save.path;
+    found.isOwnSave = true;
     return !saved.isFinished && lacksSome(*saved.contents.state) && found.base ? found : saved;
 }
 
@@ -238,6 +241,7 @@ RecoveredDocument recoverDocument(const JournalFolder &folder, const AbandonedJo
     } else {
         document.contents = *base.contents;
     }
+    if (found->isOwnSave) document.identity = folder.fileSystem.identity(found->path);
     const JournalState &state = *found->contents.state;
     document.contents.buffer = AudioEditorBuffer(state.channels, state.sampleRate);
     const auto samples = folder.fileSystem.open(journal.path);
