@@ -110,9 +110,10 @@ private:
         Found chunk{idAt(header, 0), at, at + dialect_.header(), 0, false};
         chunk.size = sizeAt(header, dialect_.idBytes, dialect_.sizeBytes, dialect_.order);
         chunk.isOpen = isLeftOpen(chunk.size, dialect_.sizeBytes);
-        const std::int64_t left = reader_.size() - chunk.payload;
-        chunk.size = !chunk.isOpen ? chunk.size - dialect_.countedHeader : dialect_.isCaf() ? left : dataSize_;
-        if (chunk.size < 0 || chunk.size > left) return std::nullopt;
+        const std::int64_t left = reader_.size() - chunk.payload, counted = chunk.isOpen ? 0 : dialect_.countedHeader;
+        if (chunk.isOpen) chunk.size = dialect_.isCaf() ? left : dataSize_;
+        if (chunk.size < counted || chunk.size - counted > left) return std::nullopt;
+        chunk.size -= counted;
         return chunk;
     }
 
