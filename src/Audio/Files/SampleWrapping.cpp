@@ -110,9 +110,10 @@ private:
         Found chunk{idAt(header, 0), at, at + dialect_.header(), 0, false};
         chunk.size = sizeAt(header, dialect_.idBytes, dialect_.sizeBytes, dialect_.order);
         chunk.isOpen = isLeftOpen(chunk.size, dialect_.sizeBytes);
-        const std::int64_t left = reader_.size() - chunk.payload;
-        chunk.size = !chunk.isOpen ? chunk.size - dialect_.countedHeader : dialect_.isCaf() ? left : dataSize_;
-        if (chunk.size < 0 || chunk.size > left) return std::nullopt;
+        const std::int64_t left = reader_.size() - chunk.payload, counted = chunk.isOpen ? 0 : dialect_.countedHeader;
+        if (chunk.isOpen) chunk.size = dialect_.isCaf() ? left : dataSize_;
+        if (chunk.size < counted || chunk.size - counted > left) return std::nullopt;
+        chunk.size -= counted;
         return chunk;
     }
 
@@ -171,7 +172,8 @@ private:
         const std::uint32_t flags = u32At(desc, 12, order), packet = u32At(desc, 16, order), channels = u32At(desc, 24, order);
         const double rate = std::bit_cast<double>(wordAt<std::uint64_t>(desc, 0, order));
         const bool isPlain = idAt(desc, 8) == "lpcm" && u32At(desc, 20, order) == 1 && channels > 0 && packet % channels == 0;
-        if (!isPlain || !(rate >= 1 && rate < 0x1p31)) return true;
+        constexpr std::uint32_t widest = 8;
+        if (!isPlain || packet / channels > widest || !(rate >= 1 && rate < 0x1p31)) return true;
         const int bytes = int(packet / channels);
         file_.sampleRate = std::int64_t(rate);
         setEncoding({.kind = flags & isFloat ? Kind::floating : Kind::integer,
