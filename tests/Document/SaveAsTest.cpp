@@ -114,25 +114,26 @@ TEST(SaveAs, KeepsMarkersAndLoopInTheEditorWhereTheFormatCannot) {
 
 TEST(SaveAs, AsksBeforeItReplacesAnotherFileAndComesBackWithWhatWasTyped) {
     const struct {
-        DocumentUi::SaveTarget target;
+        const char *path;
+        AudioSaveFormat format;
         std::deque<std::string> answers;
         std::string name;
         std::size_t asked, panels;
     } rows[] = {
-        {{"/music/other.wav", wav24}, {"Replace"}, "other.wav", 1, 1},
-        {{"/music/other.wav", wav24}, {"Cancel"}, "drum.wav", 1, 2},
-        {{DocumentWorld::path, wav24}, {"Replace"}, "drum.wav", 1, 1},
-        {{DocumentWorld::path, wav16}, {}, "drum.wav", 0, 1},
-        {{"/music/new.wav", wav16}, {}, "new.wav", 0, 1},
+        {"/music/other.wav", wav24, {"Replace"}, "other.wav", 1, 1},
+        {"/music/other.wav", wav24, {"Cancel"}, "drum.wav", 1, 2},
+        {DocumentWorld::path, wav24, {"Replace"}, "drum.wav", 1, 1},
+        {DocumentWorld::path, wav16, {}, "drum.wav", 0, 1},
+        {"/music/new.wav", wav16, {}, "new.wav", 0, 1},
     };
     for (const auto &row : rows) {
         SaveAsWorld world;
         const auto other = std::as_bytes(std::span("other"));
         world.disk.put("/music/other.wav", {other.begin(), other.end()});
         AudioEditorEdits::reverse(world.model);
-        world.saveAs({row.target}, row.answers);
+        world.saveAs({{row.path, row.format}}, row.answers);
         EXPECT_EQ(world.document->name(), row.name);
-        EXPECT_EQ(world.ui.asked.size(), row.asked) << row.target.path;
+        EXPECT_EQ(world.ui.asked.size(), row.asked) << row.path;
         ASSERT_EQ(world.ui.panels.size(), row.panels);
         const bool isSaved = row.panels == 1;
         EXPECT_EQ(world.document->isEdited(), !isSaved);
@@ -141,7 +142,7 @@ TEST(SaveAs, AsksBeforeItReplacesAnotherFileAndComesBackWithWhatWasTyped) {
             EXPECT_EQ(world.ui.asked[0].buttons.front(), "Cancel") << "Enter replaces nothing";
         }
         if (isSaved) continue;
-        EXPECT_EQ(world.ui.panels[1].path, row.target.path);
+        EXPECT_EQ(world.ui.panels[1].path, row.path);
         EXPECT_EQ(world.ui.panels[1].format, row.target.format);
         EXPECT_EQ(world.ui.panels[1].title, "Save As");
     }
