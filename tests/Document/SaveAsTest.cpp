@@ -143,7 +143,7 @@ TEST(SaveAs, AsksBeforeItReplacesAnotherFileAndComesBackWithWhatWasTyped) {
         }
         if (isSaved) continue;
         EXPECT_EQ(world.ui.panels[1].path, row.path);
-        EXPECT_EQ(world.ui.panels[1].format, row.target.format);
+        EXPECT_EQ(world.ui.panels[1].format, row.format);
         EXPECT_EQ(world.ui.panels[1].title, "Save As");
     }
 }
