@@ -169,11 +169,26 @@ class Picture(Editor):
         self.key("z")
 
 
-def main_window(editor):
-    length = 7.385
-    editor.view(0.72, 6.06, length)
+def select_some(editor):
+    """Returns what turns seconds into x."""
+    editor.view(0.72, 6.06, 7.385)
     to_x = lambda s: GUTTER + (s - 0.72) / (6.06 - 0.72) * (1280 - GUTTER)
     editor.drag(to_x(2.368), to_x(3.522), 450)
+    return to_x
+
+
+def sheet(*keys):
+    """The sheet that a key opens over a selection, and what is typed into it."""
+    def arrange(editor):
+        select_some(editor)
+        editor.key(*keys)
+        editor.move(1000, 780)
+        time.sleep(0.5)
+    return arrange
+
+
+def main_window(editor):
+    to_x = select_some(editor)
     editor.key("c", "space")
     time.sleep(3.2)  # the sound server's sink may have to wake up first
     editor.move(to_x(3.482), 272)
@@ -245,6 +260,11 @@ SITUATIONS = {
     "one-frame": (lambda: wav24([0.5, -0.25], 2), {}, lambda editor: None),
     "sixteen-channels": (lambda: wav24(smooth_noise(RATE * 4), 16), {}, lambda editor: None),
     "no-audio": (lambda: wav24([], 2), {}, lambda editor: None),
+    "gain": (break_file, {}, sheet("shift+g", "3")),
+    "normalize": (break_file, {}, sheet("shift+n", "minus", "1")),
+    "mono": (break_file, {}, sheet("shift+m")),
+    "stretch": (break_file, {}, sheet("shift+p", "1", "2", "5", "Tab", "3", "Tab", "minus", "1", "2")),
+    "cyclic": (break_file, {}, sheet("shift+p", "shift+Tab", "Right", "Tab", "1", "2", "5")),
     "save-as": (mp3_file, {}, save_as),
 }
 PLACES = {"save-as": "Music/Interviews/interview.mp3"}  # of the file, where it matters
