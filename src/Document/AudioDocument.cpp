@@ -301,27 +301,45 @@ void AudioDocument::confirmAndSave(SaveOrder order) {
 
 void AudioDocument::requestSave(SaveOrder order) {
     if (work_ != Work::none || waitingSave_) return order.done(false);
-    if (!isEditing()) return runSave(order);
-    waitingSave_ = [this, order](bool go) { go ? runSave(order) : order.done(false); };
+    if (isEditing()) {
+        waitingSave_ = [this, order](bool go) { go ? runSave(order) : order.done(false); };
+    } else if (journal_.isTakingOver()) {
+        // What was brought back is safe in a journal of its own first: killed meanwhile, the old one would take this save for
+        // another program's. What is saved is what there is now.
+        waitingSave_ = [this, order, saving = savingOf(order)](bool go) { go ? runSave(order, saving) : order.done(false); };
+        journal_.flush(whileAlive([this] {
+            if (isEditing()) return;
+            if (const auto save = std::exchange(waitingSave_, nullptr)) save(true);
+        }));
+    } else {
+        runSave(order);
+    }
 }
 
-void AudioDocument::runSave(const SaveOrder &order) {
-    if (isBusy()) return order.done(false);
+std::shared_ptr<AudioDocument::Saving> AudioDocument::savingOf(const SaveOrder &order) {
     const auto saving = std::make_shared<Saving>();
-    saving->path = order.path;
-    if (!contents_) return saveEnded(*saving, std::make_exception_ptr(AudioFileError::unreadable("nothing to save")), order);
     const AudioEditorState &state = model_.state();
-    if (order.ifChanged == IfChanged::ask) {
-        saving->expected = identity_;
-        saving->onDisk = contentsOnDisk();
-    }
+    saving->path = order.path;
+    saving->format = order.format;
+    if (!contents_) return saving;
     saving->version = state.contentVersion;
     saving->contents = *contents_;
     saving->sound = saving->contents.buffer = state.buffer;
     saving->note = journal_.noteFor(state.buffer);
     saving->markers = state.markerFrames;
     saving->loop = state.loopPoints;
-    saving->format = order.format;
+    return saving;
+}
+
+void AudioDocument::runSave(const SaveOrder &order) { runSave(order, savingOf(order)); }
+
+void AudioDocument::runSave(const SaveOrder &order, const std::shared_ptr<Saving> &saving) {
+    if (isBusy()) return order.done(false);
+    if (!contents_) return saveEnded(*saving, std::make_exception_ptr(AudioFileError::unreadable("nothing to save")), order);
+    if (order.ifChanged == IfChanged::ask) {
+        saving->expected = identity_;
+        saving->onDisk = contentsOnDisk();
+    }
     startWork(
         Work::saving,
         [&files = services_.files, decoders = services_.decoders, saving](Progress &progress) {

@@ -163,7 +163,9 @@ private:
     void installRecovered(RecoveredDocument recovered, std::shared_ptr<const AbandonedJournal> journal);
     void confirmAndSave(SaveOrder order);
     void requestSave(SaveOrder order);
+    std::shared_ptr<Saving> savingOf(const SaveOrder &order);
     void runSave(const SaveOrder &order);
+    void runSave(const SaveOrder &order, const std::shared_ptr<Saving> &saving);
     void chooseFormat(const std::string &message, std::function<void(bool)> done);
     void chooseTarget(const DocumentUi::SavePanel &panel, OnTarget chosen);
     void considerTarget(const DocumentUi::SavePanel &panel, const DocumentUi::SaveTarget &target,

@@ -118,10 +118,17 @@ void DocumentJournal::takeOver(std::shared_ptr<const AbandonedJournal> journal) 
 
 void DocumentJournal::discardTakenOver() {
     if (!takenOver_) return;
+    ++removing_;
+    removingTakenOver_ = true;
     jobs_.run(
         std::make_shared<Progress>(),
         [folder = *folder_, journal = std::exchange(takenOver_, nullptr)](Progress &) { discardJournal(folder, *journal); },
-        [](std::exception_ptr) {});
+        [this, alive = std::weak_ptr(alive_)](std::exception_ptr) {
+            if (alive.expired()) return;
+            removingTakenOver_ = false;
+            --removing_;
+            tellFlushed();
+        });
 }
 
 void DocumentJournal::flush(std::function<void()> done) {

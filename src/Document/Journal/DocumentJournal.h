@@ -32,6 +32,8 @@ public:
     void discard();
     // A journal that this document was brought back from: it goes when what it holds is safe in the new one.
     void takeOver(std::shared_ptr<const AbandonedJournal> journal);
+    // Until that has gone. It knows nothing of a save.
+    bool isTakingOver() const { return takenOver_ || removingTakenOver_; }
     // Calls back when all is written, or has failed to be, and what is not needed any more is gone.
     void flush(std::function<void()> done);
 
@@ -60,6 +62,7 @@ private:
     std::optional<std::int64_t> version_;  // of the content that was last given to be written
     std::uint64_t order_ = 0;
     int removing_ = 0;  // removals under way
+    bool removingTakenOver_ = false;
     bool isWriting_ = false, hasBegun_ = false, hasTold_ = false;
     Clock::time_point restsUntil_{};
     std::vector<std::function<void()>> flushed_;
