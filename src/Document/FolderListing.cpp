@@ -84,7 +84,7 @@ std::vector<std::string> completions(const std::vector<FolderEntry> &entries, st
     std::vector<std::string> found;
     for (const FolderEntry &entry : entries)
         if (entry.isFolder && beginsWith(entry.name, begun)) found.push_back(entry.name);
-    std::ranges::stable_partition(found, [&](const std::string &name) { return name.starts_with(begun); });
+    std::stable_partition(found.begin(), found.end(), [&](const std::string &name) { return name.starts_with(begun); });
     return found;
 }
 

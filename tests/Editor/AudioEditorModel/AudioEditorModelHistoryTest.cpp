@@ -86,7 +86,7 @@ TEST_F(HistoryTest, aLoopIsClampedToAtLeastOneFrame) {
     for (const auto &[given, clamped] : cases) {
         model.commitLoop(given);
         EXPECT_EQ(state().loopPoints, clamped) << given.lo << " … " << given.hi;
-        EXPECT_EQ(notices([&] { model.commitLoop(given); }), 0u) << given.lo << " … " << given.hi;
+        EXPECT_EQ(notices([&, again = given] { model.commitLoop(again); }), 0u) << given.lo << " … " << given.hi;
     }
 }
 
