@@ -3,6 +3,7 @@
 #include "Document/AudioDocument.h"
 #include "Document/AudioFileReading.h"
 #include "Document/AudioFileWriting.h"
+#include "Document/SaveFormats.h"
 #include "Document/SlicesFolder.h"
 #include "Editor/AudioEditorCore/AudioEditorOps.h"
 
@@ -18,15 +19,10 @@ std::string nameOf(const std::string &path) { return path.substr(path.find_last_
 // The folder with the slash behind it; nothing for a name alone.
 std::string folderPart(const std::string &path) { return path.substr(0, path.size() - nameOf(path).size()); }
 
-std::string extension(const AudioSaveFormat &format) {
-    using enum AudioSaveFormat::Container;
-    return format.container == wav ? "wav" : format.container == aiff ? "aiff" : "flac";
-}
-
 // The file's own name where its format stays, else with another extension.
 std::string proposedPath(const std::string &path, const AudioFileContents &contents, const AudioSaveFormat &format) {
     if (format.matches(contents.format)) return path;
-    return folderPart(path) + fileStem(path) + "." + extension(format);
+    return folderPart(path) + fileStem(path) + "." + std::string(saveContainerRow(format.container).extensions.front());
 }
 
 std::string selectionPath(const std::string &path, const std::string &end) {

@@ -1,25 +1,16 @@
 #include "Document/SlicesFolder.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "Audio/Files/AudioFileConversion.h"
-#include "Document/AudioExtensions.h"
 #include "Document/AudioFileWriting.h"
+#include "Document/SaveFormats.h"
 #include "Editor/AudioEditorCore/AudioEditorOps.h"
 
 namespace kiv {
 namespace {
 
 std::string nameOf(const std::string &path) { return path.substr(path.find_last_of('/') + 1); }
-
-bool isAudioFileName(const std::string &name) {
-    const std::size_t dot = name.rfind('.');
-    if (dot == name.npos || dot == 0) return false;
-    std::string extension = name.substr(dot + 1);
-    std::ranges::transform(extension, extension.begin(), [](unsigned char c) { return char(std::tolower(c)); });
-    return std::ranges::find(openableExtensions, extension) != openableExtensions.end();
-}
 
 AudioFileContents sliceContents(const SlicesToSave &saving, FrameRange slice) {
     const AudioEditorBuffer sound = AudioEditorOps::slice(saving.contents.buffer, slice);
@@ -48,7 +39,7 @@ std::string sliceFileStem(std::string name, std::size_t index, std::size_t count
 std::vector<std::string> audioFilesIn(Files &files, const std::string &folder) {
     std::vector<std::string> names = files.names(folder);
     std::erase_if(names, [&](const std::string &name) {
-        if (!isAudioFileName(name)) return true;
+        if (!isAudioExtension(extensionOf(name))) return true;
         const auto identity = files.identity(folder + "/" + name);
         return !identity || identity->kind != FileSystem::Kind::file;
     });
