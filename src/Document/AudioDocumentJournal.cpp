@@ -25,6 +25,7 @@ void AudioDocument::restore(std::shared_ptr<const AbandonedJournal> journal,
 // With the file's own sound beneath it, so that undoing leads back there. Where that is gone there is nothing to undo.
 void AudioDocument::installRecovered(RecoveredDocument recovered, std::shared_ptr<const AbandonedJournal> journal) {
     stop();
+    if (recovered.isDamaged) ui_.showNotice(NoticeKind::warning, "What was kept is damaged: the last changes may be missing");
     path_ = recovered.path;
     contents_ = std::move(recovered.contents);
     identity_ = recovered.identity;
