@@ -307,7 +307,7 @@ void AudioDocument::requestSave(SaveOrder order) {
         // What was brought back is safe in a journal of its own first: killed meanwhile, the old one would take this save for
         // another program's. What is saved is what there is now.
         waitingSave_ = [this, order, saving = savingOf(order)](bool go) { go ? runSave(order, saving) : order.done(false); };
-        journal_.flush(whileAlive([this] {
+        flushJournal(whileAlive([this] {
             if (isEditing()) return;
             if (const auto save = std::exchange(waitingSave_, nullptr)) save(true);
         }));

@@ -112,7 +112,7 @@ public:
     };
     EditMark editMark() const { return {model_.state().contentVersion, edits_.begun()}; }
     // Calls back when all edits that are finished would survive the end of the program.
-    void flushJournal(std::function<void()> done) { journal_.flush(std::move(done)); }
+    void flushJournal(std::function<void()> done) { journal_.flush(model_.state(), isEdited(), std::move(done)); }
 
     // Saves the model's slices, a file each, in a folder beside the file; the name is the file's when it is empty. Where that
     // folder holds audio files already, they go to the trash: after asking, at once, or not at all.

@@ -455,20 +455,63 @@ TEST(Journal, ThatIsLeftForLaterIsFoundAgainAndOneDiscardedIsNot) {
 }
 
 TEST(Journal, ThatCannotBeWrittenIsToldOnceAndEditingGoesOn) {
-    const std::pair<std::errc, const char *> cases[] = {{std::errc::no_space_on_device, "No space left on device"},
-                                                        {std::errc::permission_denied, "Permission denied"},
-                                                        {std::errc::read_only_file_system, "Read-only file system"}};
-    for (const auto &[error, text] : cases) {
+    using Break = std::function<void(MortalWorld &)>;
+    const auto failing = [](std::errc error) -> Break {
+        return [=](MortalWorld &world) { world.disk.failAt(1, error, FakeFileSystem::Lasting::on); };
+    };
+    const std::pair<Break, const char *> cases[] = {
+        {failing(std::errc::no_space_on_device), "No space left on device"},
+        {failing(std::errc::permission_denied), "Permission denied"},
+        {failing(std::errc::read_only_file_system), "Read-only file system"},
+        {[](auto &world) { world.disk.setFree(10'000); }, "The disk is nearly full"},
+        {[](auto &world) { world.disk.setLocks(false); }, "cannot lock files"},
+        {[](auto &world) { world.journals.whyNone = "The user has no home folder"; }, "no home folder"}};
+    for (const auto &[breakIt, text] : cases) {
         MortalWorld world;
         world.open(file);
-        world.disk.failAt(1, error, FakeFileSystem::Lasting::on);
-        for (int i = 0; i < 5; ++i) world.reverse({i, 500});
+        breakIt(world);
+        for (int i = 0; i < 5; ++i) world.reverse({i, 3000});
         EXPECT_THAT(world.ui.notices, ElementsAre(HasSubstr(text)));
         EXPECT_TRUE(world.document->isEdited());
         world.disk.heal();
         world.save();
         EXPECT_FALSE(world.onDisk() == file);
+        EXPECT_THAT(world.disk.names(folder), IsEmpty()) << text;
     }
+}
+
+// Also when it is the end of the program that asks for it, however short a time after a failure.
+TEST(Journal, IsTriedAgainAndToldOfAgainWhenItFailsAgain) {
+    MortalWorld world;
+    world.open(file);
+    const auto edit = [&](int lo, bool fails) {
+        fails ? world.disk.failAt(1, std::errc::io_error, FakeFileSystem::Lasting::on) : world.disk.heal();
+        const Done done = world.reverse({lo, 500});
+        world.document->flushJournal([] {});
+        world.jobs.runAll();
+        return done;
+    };
+    edit(1, true), edit(2, true);
+    EXPECT_THAT(world.ui.notices, SizeIs(1));
+    const Done last = edit(3, false);
+    edit(4, true);
+    EXPECT_THAT(world.ui.notices, SizeIs(2));
+    world.kill();
+    world.disk.heal();
+    ASSERT_EQ(world.restore(), "");
+    EXPECT_EQ(Done(world.model().state()), last);
+}
+
+TEST(Journal, OutlivesTheClearingAwayOfItsFolder) {
+    MortalWorld world;
+    world.open(file);
+    world.reverse({5, 500});
+    world.disk.vanish("/home");
+    const Done last = world.reverse({50, 90});
+    EXPECT_THAT(world.disk.names(folder), SizeIs(2));
+    world.kill();
+    ASSERT_EQ(world.restore(), "");
+    EXPECT_EQ(Done(world.model().state()), last);
 }
 
 TEST(Journal, ThatWouldBecomeTooLargeKeepsWhatWasDoneBefore) {
