@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Audio/Files/SampleWrapping.h"
 #include "Document/AudioFileReading.h"
 #include "Document/AudioFileWriting.h"
 #include "Editor/AudioEditorModel/AudioEditorLoops.h"
@@ -60,7 +61,7 @@ std::string listed(const std::vector<std::string> &things) {
 
 // The file as it stands on the disk, for the next save; the samples are the model's.
 AudioFileContents asWritten(AudioFileContents contents) {
-    if (contents.wrapping) contents.wrapping->frames = contents.buffer.frames();
+    if (contents.wrapping) contents.wrapping = wrappingFor(std::move(*contents.wrapping), contents.buffer);
     contents.buffer = AudioEditorBuffer(contents.buffer.channels(), contents.buffer.sampleRate());
     std::erase_if(contents.chunks, [](const AudioFileChunk &chunk) { return isStaleChunkId(chunk.id); });
     return contents;
@@ -196,7 +197,7 @@ void AudioDocument::install(Loaded loaded, Install how) {
         const auto give = how == Install::fresh ? &AudioEditorModel::load : &AudioEditorModel::reload;
         journal_.setBase(path_, identity_, *contents_, buffer);
         (model_.*give)(std::move(buffer), positions.markers, positions.loop, std::move(loaded.peaks));
-        AudioEditorLoops::setCanStoreLoop(model_, contents_->format.container != AudioContainer::coreAudio);
+        AudioEditorLoops::setCanStoreLoop(model_, contents_->canStoreLoop());
         savedVersion_ = model_.state().contentVersion;
     }
     toldEdited_ = isEdited();
@@ -360,7 +361,7 @@ void AudioDocument::saveEnded(Saving &saving, std::exception_ptr failure, const 
     if (!failure) {
         path_ = saving.path;
         contents_ = std::move(saving.contents);
-        AudioEditorLoops::setCanStoreLoop(model_, contents_->format.container != AudioContainer::coreAudio);
+        AudioEditorLoops::setCanStoreLoop(model_, contents_->canStoreLoop());
         identity_ = saving.written;
         foundOnDisk_.reset();
         savedVersion_ = saving.version;

@@ -42,7 +42,7 @@ void AudioDocument::installRecovered(RecoveredDocument recovered, std::shared_pt
         model_.load(std::move(*edited.buffer), std::move(edited.markers), edited.loop, std::move(edited.peaks));
         savedVersion_ = never;
     }
-    AudioEditorLoops::setCanStoreLoop(model_, contents_->format.container != AudioContainer::coreAudio);
+    AudioEditorLoops::setCanStoreLoop(model_, contents_->canStoreLoop());
     journal_.takeOver(std::move(journal));
 }
 
