@@ -54,8 +54,8 @@ DocumentJournal::DocumentJournal(const JournalFolder *folder, Jobs &jobs)
 void DocumentJournal::setBase(const std::string &path, const std::optional<FileSystem::Identity> &identity,
                               const AudioFileContents &contents, const AudioEditorBuffer &buffer) {
     if (!folder_) return;
-    base_ =
-        std::make_shared<const JournalFile::Base>(JournalFile::Base{absolute(path), identity, contents, StoredSamples(buffer)});
+    base_ = std::make_shared<const JournalFile::Base>(
+        JournalFile::Base{absolute(path), identity, contents, StoredSamples(buffer), ++order_});
     version_.reset();
 }
 

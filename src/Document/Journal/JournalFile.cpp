@@ -94,7 +94,7 @@ void JournalFile::takePlace() {
 
 void JournalFile::writeAnew(const std::shared_ptr<const Base> &base, const Edited &edited, Progress &progress) {
     reserveName();
-    if (base_ && base != base_) noted_.reset();
+    if (noted_ && noted_->first.order < base->order) noted_.reset();
     const std::string oldKept = baseRecord_.kept;
     if (base != base_ || !isBaseAsItWas(*base)) baseRecord_ = keepBase(*base);
     base_ = base;
@@ -220,7 +220,7 @@ void JournalFile::remove(std::uint64_t order) noexcept {
     if (!stem_.empty()) removeQuietly(folder_.fileSystem, path(journalEnding));
     if (!baseRecord_.kept.empty()) removeQuietly(folder_.fileSystem, folder_.path + "/" + baseRecord_.kept);
     forget();
-    noted_.reset();
+    if (noted_ && noted_->first.order < order) noted_.reset();
 }
 
 void JournalFile::forget() {

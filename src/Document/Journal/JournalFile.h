@@ -45,6 +45,7 @@ public:
         std::optional<FileSystem::Identity> identity;
         AudioFileContents contents;  // without the samples
         StoredSamples samples;
+        std::uint64_t order = 0;  // among states, saves and removals
     };
     // The document after an edit.
     struct Edited {
@@ -94,7 +95,7 @@ private:
     std::shared_ptr<const Base> base_;
     JournalBase baseRecord_;
     int keptCount_ = 0;
-    std::optional<std::pair<JournalSave, AudioEditorBuffer>> noted_;  // the last save of what was read from the base
+    std::optional<std::pair<JournalSave, AudioEditorBuffer>> noted_;  // the last save that is later than the base
 };
 
 // How the names in the folder end, or begin: N.journal, N.new, kept-N-….

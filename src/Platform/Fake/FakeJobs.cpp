@@ -7,10 +7,11 @@ void FakeJobs::run(std::shared_ptr<Progress> progress, std::function<void(Progre
     waiting_.push_back({std::move(progress), std::move(work), std::move(done), nullptr});
 }
 
-bool FakeJobs::work() {
-    if (waiting_.empty()) return false;
-    Job job = std::move(waiting_.front());
-    waiting_.pop_front();
+bool FakeJobs::work(std::size_t behind) {
+    if (behind >= waiting_.size()) return false;
+    const auto which = waiting_.begin() + std::ptrdiff_t(behind);
+    Job job = std::move(*which);
+    waiting_.erase(which);
     try {
         job.work(*job.progress);
     } catch (...) {

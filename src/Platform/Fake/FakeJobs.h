@@ -14,9 +14,9 @@ public:
 
     int waiting() const { return int(waiting_.size()); }    // whose work has not run
     int finished() const { return int(finished_.size()); }  // whose work has run, but not the report
-    bool work();    // runs the work of the one that has waited longest; false: none waits
-    bool report();  // reports the one that was first to finish; false: there is none
-    void runAll();  // until there is nothing left to run or to report
+    bool work(std::size_t behind = 0);  // runs the work of the one with so many before it; false: there is none
+    bool report();                      // reports the one that was first to finish; false: there is none
+    void runAll();                      // until there is nothing left to run or to report
 
 private:
     struct Job {

@@ -430,6 +430,23 @@ TEST(Journal, KnowsASaveOfItsOwn) {
     }
 }
 
+TEST(Journal, KnowsASaveThatOvertakesAState) {
+    MortalWorld world;
+    world.journals.longestCopy = 0;
+    world.open(file);
+    world.reverse({5, 500});
+    world.document->save();
+    AudioEditorEdits::reverse(world.model());
+    world.jobs.work();
+    world.jobs.report();
+    ASSERT_EQ(world.jobs.waiting(), 1) << "the state that is to go with the file as it has just been saved";
+    world.document->save();
+    world.jobs.work(1);
+    world.jobs.work();
+    world.kill();
+    EXPECT_EQ(world.restore(), "0 found");
+}
+
 TEST(Journal, IsLeftAloneWhileItsProgramLives) {
     MortalWorld world;
     world.open(file);
