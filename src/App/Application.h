@@ -1,14 +1,12 @@
 #pragma once
 
-#include <QSessionManager>
-#include <QSocketNotifier>
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "App/KeyMonitor.h"
 #include "App/LaunchOptions.h"
 #include "App/LeftBehind.h"
+#include "App/OutsideEnd.h"
 #include "App/PaintReport.h"
 #include "App/StateReport.h"
 #include "Document/Windows/DocumentWindowController.h"
@@ -38,10 +36,10 @@ public:
 
 private:
     void askBeforeQuitting();
-    void quitAnswered(bool mayQuit);
-    void catchSignals();
-    void endBySignal();
-    void endWithSession(QSessionManager &session);
+    void quitDecided(bool quits);
+    void endNow();
+    void prepareSessionEnd(QSessionManager &session);
+    void die();
     void flushJournals(std::function<void()> done);
     DocumentWindowController &addWindow();
     void restore(std::shared_ptr<const AbandonedJournal> journal);
@@ -76,10 +74,10 @@ private:
     KeyMonitor keys_;
     std::vector<std::unique_ptr<DocumentWindowController>> documents_;
     std::unique_ptr<DropWindowController> dropWindow_;
-    std::unique_ptr<QSocketNotifier> signals_;
-    DocumentWindowController *asksQuit_ = nullptr;  // the window whose answer the quit waits for
-    std::function<void(bool quits)> onQuitDecided_;
-    bool endsBySignal_ = false;
+    OutsideEnd outsideEnd_;
+    DocumentWindowController *asksQuit_ = nullptr;   // the window whose answer the quit waits for
+    std::function<void(bool quits)> onQuitDecided_;  // of a session's end; else the windows close
+    bool endsNow_ = false;
     std::unique_ptr<PaintReport> paintReport_;
     std::unique_ptr<StateReport> stateReport_;
     Subscription appearanceChanges_;
