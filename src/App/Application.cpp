@@ -11,12 +11,14 @@
 
 #include "App/MainMenu.h"
 #include "App/Translucency.h"
+#include "Document/FileNames.h"
 #include "Document/Windows/AboutWindow.h"
 #include "Document/Windows/AudioDrag.h"
 #include "Document/Windows/MessageWindow.h"
 #include "Editor/Views/Accessible.h"
 #include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/Icons.h"
+#include "Platform/FileCopy.h"
 #include "Platform/Linux/UserFolders.h"
 
 namespace kiv {
@@ -161,27 +163,36 @@ DocumentWindowController &Application::addWindow() {
 
 void Application::openFile(const std::string &path) {
     DocumentWindowController &controller = addWindow();
-    controller.open(path, [this, &controller, path](const std::string &error) { fileFailed(&controller, path, error); });
-}
-
-// In the window that has the file open already, if nothing has been done there.
-void Application::restore(std::shared_ptr<const AbandonedJournal> journal) {
-    const std::string path = journal->document;
-    const auto open = std::ranges::find_if(documents_, [&](const auto &each) {
-        AudioDocument &document = each->document();
-        return std::filesystem::absolute(document.path()) == path && !document.isEdited() && !document.isBusy() &&
-               document.contents();
+    controller.open(path, [this, &controller, path](const std::string &error) {
+        fileFailed(&controller, quoted(nameOf(path)) + " could not be opened", error);
     });
-    DocumentWindowController &controller = open == documents_.end() ? addWindow() : **open;
-    controller.restore(journal, [this, &controller, path](const std::string &error) { fileFailed(&controller, path, error); });
 }
 
-void Application::fileFailed(DocumentWindowController *controller, const std::string &path, const std::string &error) {
-    const std::string name = path.substr(path.find_last_of('/') + 1);
-    forget(controller);
+// In the window that has the file open already, if nothing has been done there; when it is just being read, afterwards.
+void Application::restore(std::shared_ptr<const AbandonedJournal> journal) {
+    const auto plain = [](const std::string &path) { return std::filesystem::absolute(path).lexically_normal(); };
+    const auto open = std::ranges::find_if(documents_, [&](const auto &each) {
+        const AudioDocument &document = each->document();
+        const bool isUntouched = !document.isEdited() && (document.contents() || document.isBusy());
+        return isUntouched && plain(document.path()) == plain(journal->document);
+    });
+    if (open != documents_.end() && (*open)->document().isBusy()) {
+        constexpr int soon = 100;
+        return QTimer::singleShot(soon, &keys_, [this, journal] { restore(journal); });
+    }
+    DocumentWindowController &controller = open == documents_.end() ? addWindow() : **open;
+    controller.restore(journal, [this, &controller, path = journal->document](const std::string &error) {
+        fileFailed(&controller, quoted(nameOf(path)) + " could not be restored", error);
+    });
+}
+
+// A window that has a sound stays.
+void Application::fileFailed(DocumentWindowController *controller, const std::string &message, const std::string &error) {
+    const bool isEmpty = !controller->document().contents();
+    if (isEmpty) forget(controller);
     if (error == AudioDocument::cancelledText) return;
-    if (documents_.size() == 1) showDropWindow();
-    showMessageWindow(style_, "“" + name + "” could not be opened", error);
+    if (isEmpty && documents_.size() == 1) showDropWindow();
+    showMessageWindow(style_, message, error);
 }
 
 void Application::documentShown() {

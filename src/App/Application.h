@@ -44,7 +44,7 @@ private:
     DocumentWindowController &addWindow();
     void restore(std::shared_ptr<const AbandonedJournal> journal);
     void applyAppearance();
-    void fileFailed(DocumentWindowController *controller, const std::string &path, const std::string &error);
+    void fileFailed(DocumentWindowController *controller, const std::string &message, const std::string &error);
     void documentShown();
     void forget(DocumentWindowController *controller);
     void showDropWindow();

@@ -23,15 +23,17 @@ public:
 private:
     using Journals = std::deque<std::shared_ptr<const AbandonedJournal>>;
     void askNext();
+    void confirmDiscard(std::shared_ptr<const AbandonedJournal> journal);
     void discard(std::shared_ptr<const AbandonedJournal> journal);
 
     const JournalFolder &folder_;
     Jobs &jobs_;
     ViewStyle &style_;
-    Journals journals_;
+    Journals journals_;  // the first is being asked about
 };
 
 // What is asked; without a "Restore" where there is nothing to restore it from.
 DocumentUi::Question questionAbout(const AbandonedJournal &journal);
+DocumentUi::Question discardQuestion(const AbandonedJournal &journal);
 
 }  // namespace kiv

@@ -35,12 +35,14 @@ class Watched:
         found = self.desktop.output(["xdotool", "search", "--onlyvisible", "--name", "^Kiv Audio Editor$"]).split()
         return found[0] if found else None
 
-    def answer(self, *keys):
-        window = wait_for("the question", self.question)
-        time.sleep(0.3)
-        self.desktop.do("windowactivate", "--sync", window)
-        self.editor.key(*keys)
-        wait_for("the question's end", lambda: not self.question())
+    def answer(self, *answers):
+        """Each by the keys that press its button."""
+        for keys in answers:
+            window = wait_for("the question", self.question)
+            time.sleep(0.3)
+            self.desktop.do("windowactivate", "--sync", window)
+            self.editor.key(*keys)
+            wait_for("the question's end", lambda: self.question() != window)
 
     def end(self):
         self.editor.process.kill()
@@ -71,7 +73,7 @@ def killed(desktop, program, path, chance):
     assert path.read_bytes() == BEFORE, "the file is not as it was"
 
     again = Watched(desktop, program, path)
-    again.answer("Return")  # Restore
+    again.answer(["Return"])  # Restore
     wait_for("what was done", lambda: again.frames() != FRAMES)
     found = again.frames()
     assert found in lengths, f"{found} frames were there never: {lengths}"
@@ -90,9 +92,10 @@ def later_and_discard(desktop, program, path):
     wait_for("the journal", lambda: "1.journal" in left(desktop))
     time.sleep(DELAY)
     watched.end()
-    for keys, stays in ((("Escape",), True), (("Tab", "Return"), False)):  # Later, Discard
+    later, second = ["Escape"], ["Tab", "Return"]  # of the buttons, which is Discard
+    for answers, stays in (([later], True), ([second, ["Return"], later], True), ([second, second], False)):
         again = Watched(desktop, program, path)
-        again.answer(*keys)
+        again.answer(*answers)
         again.editor.key("ctrl+w")
         assert again.editor.process.wait(10) == 0
         assert bool(left(desktop)) == stays, left(desktop)
