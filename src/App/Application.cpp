@@ -81,6 +81,7 @@ Application::Application(const LaunchOptions &options, double millisecondsAtMain
     if (options.files.empty()) showDropWindow();
     // Not before the first window is painted.
     QTimer::singleShot(0, &keys_, [] { QGuiApplication::setWindowIcon(QIcon(applicationIcon(64, 1))); });
+    leftBehind_.isOpening = [this] { return isOpening(); };
     leftBehind_.onRestore = [this](auto journal) { restore(journal); };
     QTimer::singleShot(0, &keys_, [this] { leftBehind_.look(); });
 }
@@ -190,14 +191,23 @@ void Application::restore(std::shared_ptr<const AbandonedJournal> journal) {
 void Application::fileFailed(DocumentWindowController *controller, const std::string &message, const std::string &error) {
     const bool isEmpty = !controller->document().contents();
     if (isEmpty) forget(controller);
-    if (error == AudioDocument::cancelledText) return;
+    if (error == AudioDocument::cancelledText) return leftBehind_.askNext();
     if (isEmpty && documents_.size() == 1) showDropWindow();
     showMessageWindow(style_, message, error);
+    leftBehind_.askNext();
+}
+
+bool Application::isOpening() const {
+    return std::ranges::any_of(documents_, [](const auto &each) {
+        const AudioDocument &document = each->document();
+        return document.isBusy() && !document.contents();
+    });
 }
 
 void Application::documentShown() {
     if (dropWindow_) dropWindow_->close();
     dropWindow_.reset();
+    leftBehind_.askNext();
 }
 
 // Not at once: it is one of the controller's own calls that leads here.

@@ -45,6 +45,7 @@ private:
     void restore(std::shared_ptr<const AbandonedJournal> journal);
     void applyAppearance();
     void fileFailed(DocumentWindowController *controller, const std::string &message, const std::string &error);
+    bool isOpening() const;
     void documentShown();
     void forget(DocumentWindowController *controller);
     void showDropWindow();

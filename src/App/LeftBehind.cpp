@@ -71,27 +71,32 @@ void LeftBehind::look() {
         });
 }
 
-// What is left for later is let go, and found by the next start.
 void LeftBehind::askNext() {
-    if (journals_.empty()) return;
+    if (journals_.empty() || isAsking_ || isOpening()) return;
+    isAsking_ = true;
     const auto journal = journals_.front();
+    journals_.pop_front();
     const DocumentUi::Question question = questionAbout(*journal);
     askInWindow(style_, question, [this, journal, buttons = question.buttons](std::size_t button) {
-        if (buttons[button] == "Discard") return confirmDiscard(journal);
-        journals_.pop_front();
-        if (buttons[button] == "Restore") onRestore(journal);
-        askNext();
+        isAsking_ = false;
+        answered(journal, buttons[button]);
     });
+}
+
+// What is left for later is let go, and found by the next start.
+void LeftBehind::answered(std::shared_ptr<const AbandonedJournal> journal, const std::string &button) {
+    if (button == "Discard") return confirmDiscard(journal);
+    if (button == "Restore") onRestore(journal);
+    askNext();
 }
 
 // One wrong click is no loss: cancelled, the first question comes again.
 void LeftBehind::confirmDiscard(std::shared_ptr<const AbandonedJournal> journal) {
+    isAsking_ = true;
     askInWindow(style_, discardQuestion(*journal), [this, journal](std::size_t button) {
         enum : std::size_t { cancel, discardIt };
-        if (button == discardIt) {
-            journals_.pop_front();
-            discard(journal);
-        }
+        isAsking_ = false;
+        button == discardIt ? discard(journal) : journals_.push_front(journal);
         askNext();
     });
 }

@@ -3,6 +3,7 @@
 usage: crashes.py PROGRAM [PORTAL [KILLS]]"""
 import json
 import random
+import shutil
 import subprocess
 import sys
 import threading
@@ -106,6 +107,23 @@ def later_and_discard(desktop, program, path):
     assert path.read_bytes() == BEFORE
 
 
+def asks_above_the_document(desktop, program, path):
+    """Which takes longer to be read than the question to be found."""
+    path.write_bytes(wav(list(range(-30000, 30000)) * 150))
+    watched = Watched(desktop, program, path)
+    watched.editor.key("ctrl+a", "shift+r")
+    wait_for("the journal", lambda: "1.journal" in left(desktop))
+    time.sleep(3 * DELAY)
+    watched.end()
+    again = desktop.start([program, path])
+    active = ["xdotool", "getactivewindow", "getwindowname"]
+    wait_for("the question", lambda: desktop.output(active).strip() == "Kiv Audio Editor")
+    time.sleep(DELAY)
+    assert desktop.output(active).strip() == "Kiv Audio Editor"
+    again.kill()
+    shutil.rmtree(desktop.folder / "state")
+
+
 def full_or_locked(desktop, program, path):
     """A folder that cannot be written to stops nobody from editing and saving."""
     path.write_bytes(BEFORE)
@@ -124,6 +142,7 @@ def main(program, _portal=None, kills="4"):
     with Desktop() as desktop:
         path = desktop.folder / "crash.wav"
         later_and_discard(desktop, program, path)
+        asks_above_the_document(desktop, program, path)
         lost = sum(not killed(desktop, program, path, chance) for _ in range(int(kills)))
         full_or_locked(desktop, program, path)
     print(f"{kills} kills, files damaged: 0, edits lost: {lost}")
