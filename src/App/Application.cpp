@@ -1,8 +1,5 @@
 #include "App/Application.h"
 
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <QApplication>
 #include <QEventLoop>
 #include <QEventLoopLocker>
@@ -10,30 +7,23 @@
 #include <QScreen>
 #include <QTimer>
 #include <algorithm>
-#include <csignal>
 #include <filesystem>
 
 #include "App/MainMenu.h"
 #include "App/Translucency.h"
+#include "Document/FileNames.h"
 #include "Document/Windows/AboutWindow.h"
 #include "Document/Windows/AudioDrag.h"
 #include "Document/Windows/MessageWindow.h"
 #include "Editor/Views/Accessible.h"
 #include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/Icons.h"
+#include "Platform/FileCopy.h"
 #include "Platform/Linux/UserFolders.h"
 
 namespace kiv {
 
 namespace {
-
-int signalPipe[2] = {-1, -1};
-
-// Only what a signal handler may do: the rest happens when the loop reads the byte.
-extern "C" void writeSignal(int) {
-    const char byte = 1;
-    [[maybe_unused]] const auto written = ::write(signalPipe[0], &byte, 1);
-}
 
 JournalFolder journalFolder(FileSystem &fileSystem) {
     try {
@@ -81,13 +71,17 @@ Application::Application(const LaunchOptions &options, double millisecondsAtMain
     style_.setReducesMotion(appearance_.reducesMotion());
     style_.setTranslucency(windowsMayBeTranslucent());
     appearanceChanges_ = appearance_.changed.add([this](const Appearance &) { applyAppearance(); });
-    catchSignals();
-    QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &keys_,
-                     [this](QSessionManager &session) { endWithSession(session); });
+    outsideEnd_.onSignal = [this] { endNow(); };
+    outsideEnd_.onSessionEnds = [this](QSessionManager &session) { prepareSessionEnd(session); };
+    outsideEnd_.onDie = [this] { die(); };
+    outsideEnd_.onExit = [this] {
+        for (const auto &document : documents_) document->document().writeJournalNow();
+    };
     for (const std::string &file : options.files) openFile(file);
     if (options.files.empty()) showDropWindow();
     // Not before the first window is painted.
     QTimer::singleShot(0, &keys_, [] { QGuiApplication::setWindowIcon(QIcon(applicationIcon(64, 1))); });
+    leftBehind_.isOpening = [this] { return isOpening(); };
     leftBehind_.onRestore = [this](auto journal) { restore(journal); };
     QTimer::singleShot(0, &keys_, [this] { leftBehind_.look(); });
 }
@@ -106,19 +100,9 @@ void Application::applyAppearance() {
     style_.setTheme(chosenTheme(settings_, appearance_));
 }
 
-void Application::catchSignals() {
-    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, signalPipe) != 0) return;
-    signals_ = std::make_unique<QSocketNotifier>(signalPipe[1], QSocketNotifier::Read);
-    QObject::connect(signals_.get(), &QSocketNotifier::activated, signals_.get(), [this] {
-        char byte;
-        if (::read(signalPipe[1], &byte, 1) == 1) endBySignal();
-    });
-    for (int number : {SIGTERM, SIGINT, SIGHUP}) std::signal(number, writeSignal);
-}
-
-// Nobody is asked, for nobody may be there: what is not saved is safe in the journals. The second one does not wait for them.
-void Application::endBySignal() {
-    if (std::exchange(endsBySignal_, true)) return QCoreApplication::exit(0);
+// Nobody is asked, for nobody may be there: what is not saved is safe in the journals. The second time does not wait for them.
+void Application::endNow() {
+    if (std::exchange(endsNow_, true)) return QCoreApplication::exit(0);
     flushJournals([] { QCoreApplication::exit(0); });
 }
 
@@ -127,19 +111,31 @@ void Application::flushJournals(std::function<void()> done) {
     for (const auto &document : documents_) document->document().flushJournal([last] {});
 }
 
-// The desktop waits for the return. Where it lets the program ask, that asks as Quit does, and its user may call the end off.
-void Application::endWithSession(QSessionManager &session) {
-    const bool asks = std::ranges::any_of(documents_, [](const auto &document) { return !document->mayQuit(); });
+// The desktop waits for the return. Where it lets the program ask, that asks as Quit does, and its user may call the end off;
+// but nothing is closed, since others may call it off as well.
+void Application::prepareSessionEnd(QSessionManager &session) {
     QEventLoop waiting;
-    if (!asks || !session.allowsInteraction()) {
+    if (!session.allowsInteraction()) {
         flushJournals([&] { QTimer::singleShot(0, &waiting, &QEventLoop::quit); });
         waiting.exec();
         return;
     }
     onQuitDecided_ = [&](bool quits) { waiting.exit(quits); };
-    QTimer::singleShot(0, &keys_, [this] { quit(); });
+    QTimer::singleShot(0, &keys_, [this] { asksQuit_ ? asksQuit_->bringForward() : askBeforeQuitting(); });
     if (waiting.exec() == 0) session.cancel();
     session.release();
+}
+
+// What its user has given up, when asked at the session's end, goes.
+void Application::die() {
+    if (!asksQuit_)
+        std::erase_if(documents_, [](const auto &document) {
+            if (!document->mayQuit()) return false;
+            document->saveFrame();
+            document->document().letGo();
+            return true;
+        });
+    endNow();
 }
 
 void Application::connectController(DocumentWindowController &controller) {
@@ -168,32 +164,50 @@ DocumentWindowController &Application::addWindow() {
 
 void Application::openFile(const std::string &path) {
     DocumentWindowController &controller = addWindow();
-    controller.open(path, [this, &controller, path](const std::string &error) { fileFailed(&controller, path, error); });
-}
-
-// In the window that has the file open already, if nothing has been done there.
-void Application::restore(std::shared_ptr<const AbandonedJournal> journal) {
-    const std::string path = journal->document;
-    const auto open = std::ranges::find_if(documents_, [&](const auto &each) {
-        AudioDocument &document = each->document();
-        return std::filesystem::absolute(document.path()) == path && !document.isEdited() && !document.isBusy() &&
-               document.contents();
+    controller.open(path, [this, &controller, path](const std::string &error) {
+        fileFailed(&controller, quoted(nameOf(path)) + " could not be opened", error);
     });
-    DocumentWindowController &controller = open == documents_.end() ? addWindow() : **open;
-    controller.restore(journal, [this, &controller, path](const std::string &error) { fileFailed(&controller, path, error); });
 }
 
-void Application::fileFailed(DocumentWindowController *controller, const std::string &path, const std::string &error) {
-    const std::string name = path.substr(path.find_last_of('/') + 1);
-    forget(controller);
-    if (error == AudioDocument::cancelledText) return;
-    if (documents_.size() == 1) showDropWindow();
-    showMessageWindow(style_, "“" + name + "” could not be opened", error);
+// In the window that has the file open already, if nothing has been done there; when it is just being read, afterwards.
+void Application::restore(std::shared_ptr<const AbandonedJournal> journal) {
+    const auto plain = [](const std::string &path) { return std::filesystem::absolute(path).lexically_normal(); };
+    const auto open = std::ranges::find_if(documents_, [&](const auto &each) {
+        const AudioDocument &document = each->document();
+        const bool isUntouched = !document.isEdited() && (document.contents() || document.isBusy());
+        return isUntouched && plain(document.path()) == plain(journal->document);
+    });
+    if (open != documents_.end() && (*open)->document().isBusy()) {
+        constexpr int soon = 100;
+        return QTimer::singleShot(soon, &keys_, [this, journal] { restore(journal); });
+    }
+    DocumentWindowController &controller = open == documents_.end() ? addWindow() : **open;
+    controller.restore(journal, [this, &controller, path = journal->document](const std::string &error) {
+        fileFailed(&controller, quoted(nameOf(path)) + " could not be restored", error);
+    });
+}
+
+// A window that has a sound stays.
+void Application::fileFailed(DocumentWindowController *controller, const std::string &message, const std::string &error) {
+    const bool isEmpty = !controller->document().contents();
+    if (isEmpty) forget(controller);
+    if (error == AudioDocument::cancelledText) return leftBehind_.askNext();
+    if (isEmpty && documents_.size() == 1) showDropWindow();
+    showMessageWindow(style_, message, error);
+    leftBehind_.askNext();
+}
+
+bool Application::isOpening() const {
+    return std::ranges::any_of(documents_, [](const auto &each) {
+        const AudioDocument &document = each->document();
+        return document.isBusy() && !document.contents();
+    });
 }
 
 void Application::documentShown() {
     if (dropWindow_) dropWindow_->close();
     dropWindow_.reset();
+    leftBehind_.askNext();
 }
 
 // Not at once: it is one of the controller's own calls that leads here.
@@ -247,28 +261,32 @@ Box Application::placeForNextWindow() const {
 
 void Application::showAbout() { showAboutWindow(style_); }
 
+// What was answered at the end of a session that was called off does not count.
 void Application::quit() {
     if (asksQuit_) return asksQuit_->bringForward();
+    for (const auto &document : documents_) document->forgetQuit();
     askBeforeQuitting();
 }
 
-// Also those that were opened or edited while another one asked. The program ends with its last window.
+// Also those that were opened or edited while another one asked.
 void Application::askBeforeQuitting() {
     const auto next = std::ranges::find_if(documents_, [](const auto &document) { return !document->mayQuit(); });
-    if (next != documents_.end()) {
-        asksQuit_ = next->get();
-        return asksQuit_->confirmQuit([this](bool mayQuit) { quitAnswered(mayQuit); });
-    }
-    if (dropWindow_) dropWindow_->close();
-    for (const auto &document : documents_) document->closeNow();
-    if (const auto decided = std::exchange(onQuitDecided_, nullptr)) decided(true);
+    if (next == documents_.end()) return quitDecided(true);
+    asksQuit_ = next->get();
+    asksQuit_->confirmQuit([this](bool mayQuit) {
+        asksQuit_ = nullptr;
+        mayQuit ? askBeforeQuitting() : quitDecided(false);
+    });
 }
 
-void Application::quitAnswered(bool mayQuit) {
-    asksQuit_ = nullptr;
-    if (mayQuit) return askBeforeQuitting();
-    for (const auto &document : documents_) document->forgetQuit();
-    if (const auto decided = std::exchange(onQuitDecided_, nullptr)) decided(false);
+// The program ends with its last window.
+void Application::quitDecided(bool quits) {
+    if (!quits)
+        for (const auto &document : documents_) document->forgetQuit();
+    if (const auto decided = std::exchange(onQuitDecided_, nullptr)) return decided(quits);
+    if (!quits) return;
+    if (dropWindow_) dropWindow_->close();
+    for (const auto &document : documents_) document->closeNow();
 }
 
 }  // namespace kiv

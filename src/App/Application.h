@@ -1,14 +1,12 @@
 #pragma once
 
-#include <QSessionManager>
-#include <QSocketNotifier>
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "App/KeyMonitor.h"
 #include "App/LaunchOptions.h"
 #include "App/LeftBehind.h"
+#include "App/OutsideEnd.h"
 #include "App/PaintReport.h"
 #include "App/StateReport.h"
 #include "Document/Windows/DocumentWindowController.h"
@@ -38,15 +36,16 @@ public:
 
 private:
     void askBeforeQuitting();
-    void quitAnswered(bool mayQuit);
-    void catchSignals();
-    void endBySignal();
-    void endWithSession(QSessionManager &session);
+    void quitDecided(bool quits);
+    void endNow();
+    void prepareSessionEnd(QSessionManager &session);
+    void die();
     void flushJournals(std::function<void()> done);
     DocumentWindowController &addWindow();
     void restore(std::shared_ptr<const AbandonedJournal> journal);
     void applyAppearance();
-    void fileFailed(DocumentWindowController *controller, const std::string &path, const std::string &error);
+    void fileFailed(DocumentWindowController *controller, const std::string &message, const std::string &error);
+    bool isOpening() const;
     void documentShown();
     void forget(DocumentWindowController *controller);
     void showDropWindow();
@@ -76,10 +75,10 @@ private:
     KeyMonitor keys_;
     std::vector<std::unique_ptr<DocumentWindowController>> documents_;
     std::unique_ptr<DropWindowController> dropWindow_;
-    std::unique_ptr<QSocketNotifier> signals_;
-    DocumentWindowController *asksQuit_ = nullptr;  // the window whose answer the quit waits for
-    std::function<void(bool quits)> onQuitDecided_;
-    bool endsBySignal_ = false;
+    OutsideEnd outsideEnd_;
+    DocumentWindowController *asksQuit_ = nullptr;   // the window whose answer the quit waits for
+    std::function<void(bool quits)> onQuitDecided_;  // of a session's end; else the windows close
+    bool endsNow_ = false;
     std::unique_ptr<PaintReport> paintReport_;
     std::unique_ptr<StateReport> stateReport_;
     Subscription appearanceChanges_;

@@ -2,8 +2,11 @@
 
 #include <QDateTime>
 #include <QLocale>
+#include <filesystem>
 
+#include "Document/FileNames.h"
 #include "Document/Windows/MessageWindow.h"
+#include "Platform/FileCopy.h"
 
 namespace kiv {
 namespace {
@@ -36,13 +39,25 @@ std::string whatIsKept(const AbandonedJournal &journal) {
     return "Its changes were kept by another version of Kiv Audio Editor. Only that version can restore them.";
 }
 
+// In which folder, since many sounds have the same name.
+std::string placed(const std::string &path) {
+    const std::filesystem::path whole(path);
+    const std::string folder = whole.parent_path().filename();
+    return quoted(whole.filename()) + (folder.empty() ? "" : " in " + quoted(folder));
+}
+
 }  // namespace
 
 DocumentUi::Question questionAbout(const AbandonedJournal &journal) {
-    const std::string name = journal.document.substr(journal.document.find_last_of('/') + 1);
-    return {(name.empty() ? "A document" : "“" + name + "”") + " was not closed properly", whatIsKept(journal),
+    return {(journal.document.empty() ? "A document" : placed(journal.document)) + " was not closed properly",
+            whatIsKept(journal),
             canBeRestored(journal) ? std::vector<std::string>{"Restore", "Discard", "Later"}
                                    : std::vector<std::string>{"Later", "Discard"}};
+}
+
+DocumentUi::Question discardQuestion(const AbandonedJournal &journal) {
+    const std::string changes = journal.document.empty() ? "of the document" : "to " + quoted(nameOf(journal.document));
+    return {"Discard the changes " + changes + "?", "They have not been saved. This cannot be undone.", {"Cancel", "Discard"}};
 }
 
 void LeftBehind::look() {
@@ -56,15 +71,32 @@ void LeftBehind::look() {
         });
 }
 
-// What is left for later is let go, and found by the next start.
 void LeftBehind::askNext() {
-    if (journals_.empty()) return;
+    if (journals_.empty() || isAsking_ || isOpening()) return;
+    isAsking_ = true;
     const auto journal = journals_.front();
     journals_.pop_front();
     const DocumentUi::Question question = questionAbout(*journal);
     askInWindow(style_, question, [this, journal, buttons = question.buttons](std::size_t button) {
-        if (buttons[button] == "Restore") onRestore(journal);
-        if (buttons[button] == "Discard") discard(journal);
+        isAsking_ = false;
+        answered(journal, buttons[button]);
+    });
+}
+
+// What is left for later is let go, and found by the next start.
+void LeftBehind::answered(std::shared_ptr<const AbandonedJournal> journal, const std::string &button) {
+    if (button == "Discard") return confirmDiscard(journal);
+    if (button == "Restore") onRestore(journal);
+    askNext();
+}
+
+// One wrong click is no loss: cancelled, the first question comes again.
+void LeftBehind::confirmDiscard(std::shared_ptr<const AbandonedJournal> journal) {
+    isAsking_ = true;
+    askInWindow(style_, discardQuestion(*journal), [this, journal](std::size_t button) {
+        enum : std::size_t { cancel, discardIt };
+        isAsking_ = false;
+        button == discardIt ? discard(journal) : journals_.push_front(journal);
         askNext();
     });
 }

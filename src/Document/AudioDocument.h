@@ -87,6 +87,8 @@ public:
     void letGo();
     // Calls back when all edits that are finished would survive the end of the program.
     void flushJournal(std::function<void()> done) { core_.flushJournal(std::move(done)); }
+    // The same on the spot, where no event comes any more.
+    void writeJournalNow() noexcept { core_.journal.writeNow(); }
 
     // Told when the name, the format, isEdited or isBusy has changed. Progress itself is to be polled while busy.
     Observers<AudioDocument> observers;

@@ -20,12 +20,13 @@ TEST(LeftBehind, SaysWhatCanBeRestoredAndWhatCannot) {
         const char *path, *message, *kept, *why, *first;
     };
     const Case cases[] = {
-        {asItWas, now, "/music/drum.wav", "“drum.wav” was not", " today were kept", "as it was last saved", "Restore"},
-        {changed, longAgo, "/music/drum.wav", "“drum.wav” was not", "up to 04:05 on 7 March 2026", "or removed since",
+        {asItWas, now, "/music/drum.wav", "“drum.wav” in “music” was not", " today were kept", "as it was last saved",
          "Restore"},
-        {lost, now, "/music/drum.wav", "“drum.wav” was not", "today were kept", "cannot be restored now", "Later"},
+        {changed, longAgo, "/music/drum.wav", "“drum.wav” in “music” was not", "up to 04:05 on 7 March 2026",
+         "or removed since", "Restore"},
+        {lost, now, "/music/drum.wav", "“drum.wav” in “music” was not", "today were kept", "cannot be restored now", "Later"},
         {damaged, now, "", "A document was not", "changes were kept", "is damaged", "Later"},
-        {foreign, now, "/music/drum.wav", "“drum.wav” was not", "another version", "Only that version", "Later"}};
+        {foreign, now, "/music/drum.wav", "“drum.wav” in “music” was not", "another version", "Only that version", "Later"}};
     for (const Case &each : cases) {
         AbandonedJournal journal;
         journal.document = each.path;
@@ -35,6 +36,7 @@ TEST(LeftBehind, SaysWhatCanBeRestoredAndWhatCannot) {
         EXPECT_THAT(question.message, testing::StartsWith(each.message));
         EXPECT_THAT(question.informative, testing::AllOf(HasSubstr(each.kept), HasSubstr(each.why)));
         EXPECT_EQ(question.buttons.front(), each.first) << "the default loses nothing";
+        EXPECT_EQ(discardQuestion(journal).buttons.front(), "Cancel");
     }
 }
 

@@ -3,6 +3,7 @@
 usage: crashes.py PROGRAM [PORTAL [KILLS]]"""
 import json
 import random
+import shutil
 import subprocess
 import sys
 import threading
@@ -35,12 +36,14 @@ class Watched:
         found = self.desktop.output(["xdotool", "search", "--onlyvisible", "--name", "^Kiv Audio Editor$"]).split()
         return found[0] if found else None
 
-    def answer(self, *keys):
-        window = wait_for("the question", self.question)
-        time.sleep(0.3)
-        self.desktop.do("windowactivate", "--sync", window)
-        self.editor.key(*keys)
-        wait_for("the question's end", lambda: not self.question())
+    def answer(self, *answers):
+        """Each by the keys that press its button."""
+        for keys in answers:
+            window = wait_for("the question", self.question)
+            time.sleep(0.3)
+            self.desktop.do("windowactivate", "--sync", window)
+            self.editor.key(*keys)
+            wait_for("the question's end", lambda: self.question() != window)
 
     def end(self):
         self.editor.process.kill()
@@ -71,7 +74,7 @@ def killed(desktop, program, path, chance):
     assert path.read_bytes() == BEFORE, "the file is not as it was"
 
     again = Watched(desktop, program, path)
-    again.answer("Return")  # Restore
+    again.answer(["Return"])  # Restore
     wait_for("what was done", lambda: again.frames() != FRAMES)
     found = again.frames()
     assert found in lengths, f"{found} frames were there never: {lengths}"
@@ -90,9 +93,10 @@ def later_and_discard(desktop, program, path):
     wait_for("the journal", lambda: "1.journal" in left(desktop))
     time.sleep(DELAY)
     watched.end()
-    for keys, stays in ((("Escape",), True), (("Tab", "Return"), False)):  # Later, Discard
+    later, second = ["Escape"], ["Tab", "Return"]  # of the buttons, which is Discard
+    for answers, stays in (([later], True), ([second, ["Return"], later], True), ([second, second], False)):
         again = Watched(desktop, program, path)
-        again.answer(*keys)
+        again.answer(*answers)
         again.editor.key("ctrl+w")
         assert again.editor.process.wait(10) == 0
         assert bool(left(desktop)) == stays, left(desktop)
@@ -101,6 +105,23 @@ def later_and_discard(desktop, program, path):
     assert not quiet.question(), "what was discarded is asked about again"
     quiet.end()
     assert path.read_bytes() == BEFORE
+
+
+def asks_above_the_document(desktop, program, path):
+    """Which takes longer to be read than the question to be found."""
+    path.write_bytes(wav(list(range(-30000, 30000)) * 150))
+    watched = Watched(desktop, program, path)
+    watched.editor.key("ctrl+a", "shift+r")
+    wait_for("the journal", lambda: "1.journal" in left(desktop))
+    time.sleep(3 * DELAY)
+    watched.end()
+    again = desktop.start([program, path])
+    active = ["xdotool", "getactivewindow", "getwindowname"]
+    wait_for("the question", lambda: desktop.output(active).strip() == "Kiv Audio Editor")
+    time.sleep(DELAY)
+    assert desktop.output(active).strip() == "Kiv Audio Editor"
+    again.kill()
+    shutil.rmtree(desktop.folder / "state")
 
 
 def full_or_locked(desktop, program, path):
@@ -121,6 +142,7 @@ def main(program, _portal=None, kills="4"):
     with Desktop() as desktop:
         path = desktop.folder / "crash.wav"
         later_and_discard(desktop, program, path)
+        asks_above_the_document(desktop, program, path)
         lost = sum(not killed(desktop, program, path, chance) for _ in range(int(kills)))
         full_or_locked(desktop, program, path)
     print(f"{kills} kills, files damaged: 0, edits lost: {lost}")

@@ -64,24 +64,32 @@ void DocumentJournal::follow(const AudioEditorState &state, bool isEdited) {
     if (!isEdited) return discard();
     if (version_ == state.contentVersion || Clock::now() < restsUntil_) return;
     version_ = state.contentVersion;
-    next_ = std::make_shared<JournalFile::Edited>(editedSound(state, ++order_));
-    if (!isWriting_) write();
+    next_ = std::make_shared<const JournalFile::Edited>(editedSound(state, ++order_));
+    if (!writing_) write();
 }
 
 void DocumentJournal::write() {
-    isWriting_ = hasBegun_ = true;
+    hasBegun_ = true;
+    writing_ = std::exchange(next_, nullptr);
     jobs_.run(
         std::make_shared<Progress>(),
-        [file = file_, base = base_, edited = std::exchange(next_, nullptr)](Progress &progress) {
-            file->write(base, *edited, progress);
-        },
+        [file = file_, base = base_, edited = writing_](Progress &progress) { file->write(base, *edited, progress); },
         [this, alive = std::weak_ptr(alive_)](std::exception_ptr failure) {
             if (!alive.expired()) written(failure);
         });
 }
 
+void DocumentJournal::writeNow() noexcept {
+    const auto last = next_ ? next_ : writing_;
+    if (last) try {
+            Progress progress;
+            file_->write(base_, *last, progress);
+        } catch (...) {  // then it is as after a crash
+        }
+}
+
 void DocumentJournal::written(std::exception_ptr failure) {
-    isWriting_ = false;
+    writing_.reset();
     if (failure) {
         restsUntil_ = Clock::now() + pauseAfterTrouble;
         next_.reset();
@@ -96,7 +104,7 @@ void DocumentJournal::written(std::exception_ptr failure) {
 }
 
 void DocumentJournal::tellFlushed() {
-    if (isWriting_ || removing_ > 0) return;
+    if (writing_ || removing_ > 0) return;
     for (const auto &done : std::exchange(flushed_, {})) done();
 }
 

@@ -37,6 +37,9 @@ public:
     // Calls back when all is written, or has failed to be once more, and what is not needed any more is gone.
     void flush(const AudioEditorState &state, bool isEdited, std::function<void()> done);
 
+    // Blocks until what was still to be written is: for the end of the program.
+    void writeNow() noexcept;
+
     // What a save of this sound has to tell, on its own thread, when the new file is complete and has not taken its place yet.
     using SaveNote = std::function<void(const std::string &path, std::uint64_t digest)>;
     SaveNote noteFor(const AudioEditorBuffer &buffer);
@@ -57,13 +60,13 @@ private:
     Jobs &jobs_;
     std::shared_ptr<JournalFile> file_;  // jobs share it
     std::shared_ptr<const JournalFile::Base> base_;
-    std::shared_ptr<JournalFile::Edited> next_;  // to be written when the job under way is done
+    std::shared_ptr<const JournalFile::Edited> writing_, next_;  // by the job under way, and when that is done
     std::shared_ptr<const AbandonedJournal> takenOver_;
     std::optional<std::int64_t> version_;  // of the content that was last given to be written
     std::uint64_t order_ = 0;
     int removing_ = 0;  // removals under way
     bool removingTakenOver_ = false;
-    bool isWriting_ = false, hasBegun_ = false, hasTold_ = false;
+    bool hasBegun_ = false, hasTold_ = false;
     Clock::time_point restsUntil_{};
     std::vector<std::function<void()>> flushed_;
     std::shared_ptr<int> alive_ = std::make_shared<int>();  // jobs hold it weakly

@@ -52,7 +52,7 @@ std::string JournalFile::path(const std::string &ending) const { return folder_.
 
 void JournalFile::write(const std::shared_ptr<const Base> &base, const Edited &edited, Progress &progress) {
     const std::lock_guard lock(mutex_);
-    if (edited.state.order < removed_) return;
+    if (edited.state.order <= std::max(removed_, written_)) return;
     if (!isInPlace()) forget();
     const bool isShort = size_ <= folder_.slackBytes + 2 * neededBytes_;
     const bool canGrow = file_ && isWhole_ && isShort && base == base_ && !isBaseLost(*base);

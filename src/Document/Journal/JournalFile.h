@@ -58,9 +58,9 @@ public:
     JournalFile(const JournalFile &) = delete;
     JournalFile &operator=(const JournalFile &) = delete;
 
-    // Calls may arrive in another order than they were made in: what was to be written before a removal is not written after
-    // it, and what was to be removed before a state was written is not removed after it. Throws std::system_error, also when it
-    // would become too large, and Cancelled.
+    // Calls may arrive in another order than they were made in: what was to be written before a removal or another state is not
+    // written after it, and what was to be removed before a state was written is not removed after it. Throws
+    // std::system_error, also when it would become too large, and Cancelled.
     void write(const std::shared_ptr<const Base> &base, const Edited &edited, Progress &progress);
     // That a file with this digest is about to take its place, and holds this sound. Failures are silent.
     void noteSave(JournalSave save, const AudioEditorBuffer &buffer) noexcept;

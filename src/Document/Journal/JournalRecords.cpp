@@ -150,30 +150,55 @@ private:
     std::span<const std::byte> bytes_;
 };
 
-// The members of each type, for writing and for reading.
+// The members of each type, for writing and for reading. All are named, so that one that is added to its type and forgotten
+// here does not compile.
 template <class T, class U>
 concept Is = std::same_as<std::remove_const_t<T>, U>;
 
 void fields(auto &a, Is<std::pair<std::string, std::string>> auto &v) { a.all(v.first, v.second); }
 void fields(auto &a, Is<FrameRange> auto &v) { a.all(v.lo, v.hi); }
 void fields(auto &a, Is<JournalPiece> auto &v) { a.all(v.from, v.at, v.frames); }
-void fields(auto &a, Is<FileSystem::Identity> auto &v) { a.all(v.device, v.inode, v.size, v.modifiedNs, v.kind); }
-void fields(auto &a, Is<AudioSampleEncoding> auto &v) { a.all(v.kind, v.bytes, v.validBits, v.bigEndian, v.unsigned8); }
+void fields(auto &a, Is<FileSystem::Identity> auto &v) {
+    auto &[device, inode, size, modifiedNs, kind] = v;
+    a.all(device, inode, size, modifiedNs, kind);
+}
+void fields(auto &a, Is<AudioSampleEncoding> auto &v) {
+    auto &[kind, bytes, validBits, bigEndian, unsigned8] = v;
+    a.all(kind, bytes, validBits, bigEndian, unsigned8);
+}
 void fields(auto &a, Is<AudioFileFormat> auto &v) {
-    a.all(v.container, v.encoding, v.sampleRate, v.typeName, v.bitsDescription, v.fileExtension);
+    auto &[container, encoding, sampleRate, typeName, bitsDescription, fileExtension] = v;
+    a.all(container, encoding, sampleRate, typeName, bitsDescription, fileExtension);
 }
-void fields(auto &a, Is<AudioFilePositionField> auto &v) { a.all(v.offset, v.index, v.from, v.kind, v.bigEndian); }
-void fields(auto &a, Is<AudioFileChunk> auto &v) { a.all(v.id, v.data, v.fields, v.sizeInFile); }
+void fields(auto &a, Is<AudioFilePositionField> auto &v) {
+    auto &[offset, index, from, kind, bigEndian] = v;
+    a.all(offset, index, from, kind, bigEndian);
+}
+void fields(auto &a, Is<AudioFileChunk> auto &v) {
+    auto &[id, data, positions, sizeInFile] = v;
+    a.all(id, data, positions, sizeInFile);
+}
 void fields(auto &a, Is<AudioFileLoop> auto &v) { a.all(v.start, v.end); }
-void fields(auto &a, Is<FlacMetadataBlock> auto &v) { a.all(v.type, v.data); }
-void fields(auto &a, Is<SampleWrapping::Size> auto &v) { a.all(v.offset, v.bytes, v.of, v.more); }
-void fields(auto &a, Is<SampleWrapping::Part> auto &v) { a.all(v.chunk, v.header, v.pad, v.isBare, v.sizes); }
-void fields(auto &a, Is<SampleWrapping> auto &v) {
-    a.all(v.kind, v.encoding, v.channels, v.frames, v.countsFrames, v.namesChannels, v.alignment, v.headerBytes, v.parts,
-          v.samplesBefore);
+void fields(auto &a, Is<FlacMetadataBlock> auto &v) {
+    auto &[type, data] = v;
+    a.all(type, data);
 }
+void fields(auto &a, Is<SampleWrapping::Size> auto &v) {
+    auto &[offset, bytes, of, more] = v;
+    a.all(offset, bytes, of, more);
+}
+void fields(auto &a, Is<SampleWrapping::Part> auto &v) {
+    auto &[chunk, header, pad, isBare, sizes] = v;
+    a.all(chunk, header, pad, isBare, sizes);
+}
+void fields(auto &a, Is<SampleWrapping> auto &v) {
+    auto &[kind, encoding, channels, frames, counts, names, alignment, headerBytes, parts, samplesBefore] = v;
+    a.all(kind, encoding, channels, frames, counts, names, alignment, headerBytes, parts, samplesBefore);
+}
+// The samples are no part of it.
 void fields(auto &a, Is<AudioFileContents> auto &v) {
-    a.all(v.format, v.chunks, v.positions, v.loop, v.coreAudioSettings, v.flacMetadata, v.texts, v.wrapping, v.trailing);
+    auto &[format, samples, chunks, positions, loop, settings, flac, texts, wrapping, missingFrames, trailing] = v;
+    a.all(format, chunks, positions, loop, settings, flac, texts, wrapping, missingFrames, trailing);
 }
 void fields(auto &a, Is<JournalBase> auto &v) { a.all(v.path, v.identity, v.print, v.kept, v.keptIsLink, v.contents); }
 void fields(auto &a, Is<JournalState> auto &v) {

@@ -72,12 +72,12 @@ void DocumentWindowController::restore(std::shared_ptr<const AbandonedJournal> j
 void DocumentWindowController::begin(std::function<void(const std::string &)> failed,
                                      const std::function<void(std::function<void(const std::string &)>)> &open) {
     open([this, failed = std::move(failed)](const std::string &error) {
-        wasFailed_ = !error.empty();
+        wasFailed_ = !error.empty() && !document_->contents();
         if (wasFailed_) {
             isClosed_ = true;
             view_->hide();
-            return failed(error);
         }
+        if (!error.empty()) return failed(error);
         showWindow();
         if (onComplete) onComplete();
     });

@@ -32,7 +32,7 @@ public:
     // Reads the file and shows the window: when it is read, or a moment later when that takes longer. `failed` is told when it
     // cannot be opened; there is no window then.
     void open(const std::string &path, std::function<void(const std::string &error)> failed);
-    // The same with a document that was not closed properly.
+    // The same with a document that was not closed properly. Where it cannot be brought back, a window with a sound keeps it.
     void restore(std::shared_ptr<const AbandonedJournal> journal, std::function<void(const std::string &error)> failed);
     // Where the window opens if there is no remembered place, or other windows stand at it.
     std::function<Box()> onPlacing;
