@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "Audio/Files/AudioFileCodec.h"
+#include "Audio/Files/FlacFrames.h"
 #include "Document/DecodedFile.h"
 
 namespace kiv {
@@ -79,6 +80,29 @@ bool isImage(const ByteSource &source, const AudioFileCodec::AudioFileImage &ima
     }
 }
 
+// What lies between the steps of a FLAC file's depth is stored as the nearest step, so that what is stored is compared.
+bool isStoredAlike(const AudioFileContents &a, const AudioFileContents &b) {
+    const AudioEditorBuffer &one = a.buffer, &other = b.buffer;
+    if (one.channels() != other.channels() || one.sampleRate() != other.sampleRate() || one.frames() != other.frames())
+        return false;
+    const int bits = std::stoi(a.decodedSetting(bitDepthKey));
+    const FlacFrames first(one, bits), second(other, bits);
+    Bytes stored, expected;
+    for (FrameRange part{0, 0}; part.hi < one.frames();) {
+        part = {part.hi, std::min(part.hi + first.blockFrames(), one.frames())};
+        stored.resize(std::size_t(first.size(part)));
+        expected.resize(stored.size());
+        first.encode(part, stored);
+        second.encode(part, expected);
+        if (stored != expected) return false;
+    }
+    return true;
+}
+
+bool isSameSound(const AudioFileContents &a, const AudioFileContents &b) {
+    return a.decodedSetting(formatIdentifierKey) == "flac" ? isStoredAlike(a, b) : a.buffer == b.buffer;
+}
+
 [[noreturn]] void refuse(const ByteSource &source) {
     AudioFileCodec::throwIfUnsupported(source);
     throw AudioFileError::unsupported(describe(source));
@@ -123,7 +147,7 @@ bool holdsStill(Files &files, DecodedReader *decoders, const std::string &path, 
         Progress unwatched;
         const auto found = decoders ? readDecoded(*decoders, *source, path, unwatched) : std::nullopt;
         return found && found->format == contents.format && found->flacMetadata == contents.flacMetadata &&
-               found->buffer == contents.buffer;
+               isSameSound(*found, contents);
     } catch (const std::exception &) {
         return false;
     }

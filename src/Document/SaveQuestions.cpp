@@ -15,7 +15,7 @@ void consider(DocumentCore &core, const DocumentUi::SavePanel &panel, const Targ
               OnTarget chosen) {
     const bool isSave =
         target.format && target.format->matches(core.file.contents->format) && core.file.isAt(target.path, there);
-    if (!there || isSave) return chosen(Target{isSave ? core.file.path : target.path, target.format});
+    if (!there || isSave) return chosen(target);
     const DocumentUi::Question question{
         quoted(nameOf(target.path)) + " already exists", "Replacing it overwrites what it holds now.", {"Cancel", "Replace"}};
     core.ui.ask(question, core.lifetime.guard([&core, panel, target, chosen = std::move(chosen)](std::size_t button) {
