@@ -180,6 +180,18 @@ TEST(SaveAs, OverTheOwnFileMindsWhatAnotherProgramHasWrittenThere) {
     }
 }
 
+TEST(SaveAs, IsNotForgottenWhenTheFileIsBeingReadAgainUnderThePanel) {
+    SaveAsWorld world;
+    world.put(Wav::file({7}));
+    world.document->checkDisk();
+    world.jobs.work();
+    world.jobs.report();
+    world.saveAs({{"/music/new.wav", wav24}});
+    EXPECT_THAT(world.ui.errors, ElementsAre("“new.wav” could not be saved: “drum.wav” is just being read again."));
+    EXPECT_FALSE(world.disk.identity("/music/new.wav"));
+    EXPECT_EQ(world.model.state().buffer.frames(), 1);
+}
+
 struct DecodedWorld : SaveAsWorld {
     DecodedWorld() : SaveAsWorld("ID3") {
         document = std::make_unique<AudioDocument>(DocumentServices{*files, jobs, settings, clipboard, nullptr, &decoder}, ui);
