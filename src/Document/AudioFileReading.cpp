@@ -69,11 +69,11 @@ private:
     Bytes found_;
 };
 
-bool isImage(const ByteSource &source, const AudioFileCodec::AudioFileImage &image) {
+bool isImage(const ByteSource &source, const AudioFileCodec::AudioFileImage &image, Progress &progress) {
     if (source.size() != image.size()) return false;
     try {
         ComparingSink sink(source);
-        image.writeTo(sink);
+        image.writeTo(sink, &progress);
         return true;
     } catch (const ComparingSink::Different &) {
         return false;
@@ -139,15 +139,17 @@ std::optional<AudioEditorBuffer> audioFileShape(Files &files, DecodedReader *dec
     return AudioEditorBuffer(sound->format().channels, sound->format().sampleRate);
 }
 
-bool holdsStill(Files &files, DecodedReader *decoders, const std::string &path, const AudioFileContents &contents) {
+bool holdsStill(Files &files, DecodedReader *decoders, const std::string &path, const AudioFileContents &contents,
+                Progress &progress) {
     try {
         const auto source = opened(files, path);
         if (contents.wrapping || contents.format.container != AudioContainer::coreAudio)
-            return isImage(*source, AudioFileCodec::fileImage(contents));
-        Progress unwatched;
-        const auto found = decoders ? readDecoded(*decoders, *source, path, unwatched) : std::nullopt;
+            return isImage(*source, AudioFileCodec::fileImage(contents), progress);
+        const auto found = decoders ? readDecoded(*decoders, *source, path, progress) : std::nullopt;
         return found && found->format == contents.format && found->flacMetadata == contents.flacMetadata &&
                isSameSound(*found, contents);
+    } catch (const Cancelled &) {
+        throw;
     } catch (const std::exception &) {
         return false;
     }

@@ -312,9 +312,12 @@ TEST(Formats, FlacKeepsItsTagsAndPicturesAndEveryUntouchedSample) {
         contents = again;
         contents.buffer = AudioEditorOps::scaled(again.buffer, {100, 9000}, 0.3);
         desk.write("s.flac", contents);
-        EXPECT_TRUE(desk.holds("s.flac", contents)) << "what came to stand between the steps is on one of them";
+        Progress progress;
+        EXPECT_TRUE(desk.holds("s.flac", contents, progress)) << "what came to stand between the steps is on one of them";
         contents.buffer = AudioEditorOps::scaled(again.buffer, {100, 9000}, 0.31);
-        EXPECT_FALSE(desk.holds("s.flac", contents));
+        EXPECT_FALSE(desk.holds("s.flac", contents, progress));
+        progress.cancel();
+        EXPECT_THROW(desk.holds("s.flac", contents, progress), Cancelled);
     }
 }
 

@@ -82,8 +82,8 @@ public:
         Progress progress;
         writeAudioFile(*files_, &decoders_, path(name), contents, progress);
     }
-    bool holds(const std::string &name, const AudioFileContents &contents) {
-        return holdsStill(*files_, &decoders_, path(name), contents);
+    bool holds(const std::string &name, const AudioFileContents &contents, Progress &progress) {
+        return holdsStill(*files_, &decoders_, path(name), contents, progress);
     }
     // A command that writes raw 32-bit words, of the machine's order, to the file "raw".
     std::vector<std::int32_t> wordsFrom(const std::string &command) {
