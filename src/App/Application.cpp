@@ -162,7 +162,18 @@ DocumentWindowController &Application::addWindow() {
     return controller;
 }
 
+// Also where it was opened through a link.
+DocumentWindowController *Application::windowOf(const std::string &path) const {
+    std::error_code isGone;
+    const std::filesystem::path file = std::filesystem::canonical(path, isGone);
+    const auto open = std::ranges::find_if(documents_, [&](const auto &each) {
+        return !each->isClosed() && std::filesystem::canonical(each->document().path(), isGone) == file;
+    });
+    return file.empty() || open == documents_.end() ? nullptr : open->get();
+}
+
 void Application::openFile(const std::string &path) {
+    if (DocumentWindowController *const open = windowOf(path)) return open->bringForward();
     DocumentWindowController &controller = addWindow();
     controller.open(path, [this, &controller, path](const std::string &error) {
         fileFailed(&controller, quoted(nameOf(path)) + " could not be opened", error);

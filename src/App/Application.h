@@ -29,6 +29,7 @@ public:
     Application(const LaunchOptions &options, double millisecondsAtMain);
     ~Application();
 
+    // A file has one window: where it is open already, that comes forward.
     void openFile(const std::string &path);
     void chooseFiles();
     // Asks one window after the other about its unsaved changes, and closes them all when none is against it.
@@ -42,6 +43,7 @@ private:
     void die();
     void flushJournals(std::function<void()> done);
     DocumentWindowController &addWindow();
+    DocumentWindowController *windowOf(const std::string &path) const;
     void restore(std::shared_ptr<const AbandonedJournal> journal);
     void applyAppearance();
     void fileFailed(DocumentWindowController *controller, const std::string &message, const std::string &error);

@@ -90,6 +90,7 @@ Words splitWords(std::string_view step, Comments comments) {
 
 std::vector<Words> scriptSteps(std::string_view script) {
     std::vector<Words> steps;
+    if (script.starts_with("\uFEFF")) script.remove_prefix(3);  // some editors put it in front
     for (int line = 1; !script.empty(); ++line) {
         const std::string_view text = script.substr(0, script.find('\n'));
         script.remove_prefix(std::min(text.size() + 1, script.size()));

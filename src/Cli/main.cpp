@@ -9,6 +9,7 @@
 #include "Platform/Fake/FakeDefaults.h"
 #include "Platform/Linux/LinuxFileSystem.h"
 #include "Platform/Linux/ModuleDecoders.h"
+#include "Support/Failures.h"
 
 namespace kiv::Cli {
 
@@ -75,8 +76,8 @@ int run(int argc, const char *const *argv) {
         return complain(failed, failure.file, failure.what());
     } catch (const Cancelled &) {
         return complain(failed, fileOf(call), AudioDocument::cancelledText);
-    } catch (const std::exception &error) {
-        return complain(failed, fileOf(call), error.what());
+    } catch (...) {
+        return complain(failed, fileOf(call), errorText(std::current_exception()));
     }
 }
 

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "Audio/Files/AudioFileCodec.h"
+#include "Audio/Files/FlacFrames.h"
 #include "Document/DecodedFile.h"
 
 namespace kiv {
@@ -68,15 +69,38 @@ private:
     Bytes found_;
 };
 
-bool isImage(const ByteSource &source, const AudioFileCodec::AudioFileImage &image) {
+bool isImage(const ByteSource &source, const AudioFileCodec::AudioFileImage &image, Progress &progress) {
     if (source.size() != image.size()) return false;
     try {
         ComparingSink sink(source);
-        image.writeTo(sink);
+        image.writeTo(sink, &progress);
         return true;
     } catch (const ComparingSink::Different &) {
         return false;
     }
+}
+
+// What lies between the steps of a FLAC file's depth is stored as the nearest step, so that what is stored is compared.
+bool isStoredAlike(const AudioFileContents &a, const AudioFileContents &b) {
+    const AudioEditorBuffer &one = a.buffer, &other = b.buffer;
+    if (one.channels() != other.channels() || one.sampleRate() != other.sampleRate() || one.frames() != other.frames())
+        return false;
+    const int bits = std::stoi(a.decodedSetting(bitDepthKey));
+    const FlacFrames first(one, bits), second(other, bits);
+    Bytes stored, expected;
+    for (FrameRange part{0, 0}; part.hi < one.frames();) {
+        part = {part.hi, std::min(part.hi + first.blockFrames(), one.frames())};
+        stored.resize(std::size_t(first.size(part)));
+        expected.resize(stored.size());
+        first.encode(part, stored);
+        second.encode(part, expected);
+        if (stored != expected) return false;
+    }
+    return true;
+}
+
+bool isSameSound(const AudioFileContents &a, const AudioFileContents &b) {
+    return a.decodedSetting(formatIdentifierKey) == "flac" ? isStoredAlike(a, b) : a.buffer == b.buffer;
 }
 
 [[noreturn]] void refuse(const ByteSource &source) {
@@ -120,15 +144,17 @@ std::optional<AudioEditorBuffer> audioFileShape(Files &files, DecodedReader *dec
     return AudioEditorBuffer(sound->format().channels, sound->format().sampleRate);
 }
 
-bool holdsStill(Files &files, DecodedReader *decoders, const std::string &path, const AudioFileContents &contents) {
+bool holdsStill(Files &files, DecodedReader *decoders, const std::string &path, const AudioFileContents &contents,
+                Progress &progress) {
     try {
         const auto source = opened(files, path);
         if (contents.wrapping || contents.format.container != AudioContainer::coreAudio)
-            return isImage(*source, AudioFileCodec::fileImage(contents));
-        Progress unwatched;
-        const auto found = decoders ? readDecoded(*decoders, *source, path, unwatched) : std::nullopt;
+            return isImage(*source, AudioFileCodec::fileImage(contents), progress);
+        const auto found = decoders ? readDecoded(*decoders, *source, path, progress) : std::nullopt;
         return found && found->format == contents.format && found->flacMetadata == contents.flacMetadata &&
-               found->buffer == contents.buffer;
+               isSameSound(*found, contents);
+    } catch (const Cancelled &) {
+        throw;
     } catch (const std::exception &) {
         return false;
     }

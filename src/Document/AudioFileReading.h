@@ -30,7 +30,8 @@ AudioFileCodec::AudioFileSummary summarizeAudioFile(Files &files, DecodedReader 
 std::optional<AudioEditorBuffer> audioFileShape(Files &files, DecodedReader *decoders, const std::string &path);
 
 // Whether the file at a path holds what these contents do, sample for sample and chunk for chunk, whatever its time says. False
-// also when it cannot be read. Blocks, as the others do.
-bool holdsStill(Files &files, DecodedReader *decoders, const std::string &path, const AudioFileContents &contents);
+// also when it cannot be read. Blocks, as the others do, and throws Cancelled.
+bool holdsStill(Files &files, DecodedReader *decoders, const std::string &path, const AudioFileContents &contents,
+                Progress &progress);
 
 }  // namespace kiv

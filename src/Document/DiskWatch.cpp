@@ -41,9 +41,10 @@ void DiskWatch::compare(const FileSystem::Identity &now) {
     const auto isSame = std::make_shared<bool>(false);
     looks_ = true;
     core_.services.jobs.run(
-        std::make_shared<Progress>(),
+        comparing_,
         [&files = core_.services.files, decoders = core_.services.decoders, path = core_.file.path,
-         contents = contentsOnDisk(core_), isSame](Progress &) { *isSame = holdsStill(files, decoders, path, contents); },
+         contents = contentsOnDisk(core_),
+         isSame](Progress &progress) { *isSame = holdsStill(files, decoders, path, contents, progress); },
         core_.lifetime.guard([this, isSame, now, expected = core_.file.identity](std::exception_ptr) {
             looks_ = false;
             if (core_.file.identity != expected) return;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "Document/DocumentCore.h"
 
 namespace kiv {
@@ -8,6 +10,9 @@ namespace kiv {
 class DiskWatch {
 public:
     explicit DiskWatch(DocumentCore &core) : core_(core) {}
+    DiskWatch(const DiskWatch &) = delete;
+    DiskWatch &operator=(const DiskWatch &) = delete;
+    ~DiskWatch() { comparing_->cancel(); }
 
     // Looks whether another program has changed the file since it was read or written. Without edits it is read again; with
     // edits the user is asked, once for each change.
@@ -23,6 +28,7 @@ private:
 
     DocumentCore &core_;
     bool looks_ = false;  // a job is under way
+    std::shared_ptr<Progress> comparing_ = std::make_shared<Progress>();
 };
 
 }  // namespace kiv

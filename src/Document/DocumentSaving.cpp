@@ -1,6 +1,7 @@
 #include "Document/DocumentSaving.h"
 
 #include <memory>
+#include <stdexcept>
 #include <utility>
 
 #include "Audio/Files/AudioFileConversion.h"
@@ -192,9 +193,11 @@ void writeSelection(DocumentCore &core, const std::string &path, const Done &don
     if (core.work.isBusy() || !core.file.contents || !state.selection) return done(false);
     core.work.start(
         DocumentWork::Kind::saving,
-        [&files = core.services.files, decoders = core.services.decoders, path, contents = *core.file.contents,
+        [&files = core.services.files, decoders = core.services.decoders, path, file = core.file,
          part = AudioEditorOps::slice(state.buffer, *state.selection)](Progress &progress) {
-            writeAudioFile(files, decoders, path, AudioFileCodec::partContents(part, contents), progress);
+            if (file.isAt(path, files.identity(path)))
+                throw std::runtime_error("The selection is taken from this file: choose another name.");
+            writeAudioFile(files, decoders, path, AudioFileCodec::partContents(part, *file.contents), progress);
         },
         [&core, path, done](std::exception_ptr failure) { selectionSaved(core, path, failure, done); });
 }

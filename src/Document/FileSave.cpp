@@ -33,10 +33,10 @@ AudioFileContents asWritten(AudioFileContents contents) {
 }
 
 void requireAsExpected(Files &files, DecodedReader *decoders, const std::string &path, const DocumentFile::Identity &expected,
-                       const AudioFileContents &onDisk) {
+                       const AudioFileContents &onDisk, Progress &progress) {
     const auto now = files.identity(path);
     if (expected && !now) throw GoneFromDisk();
-    if (expected && now != expected && !holdsStill(files, decoders, path, onDisk)) throw ChangedOnDisk();
+    if (expected && now != expected && !holdsStill(files, decoders, path, onDisk, progress)) throw ChangedOnDisk();
 }
 
 // After a save has succeeded its success is not to be lost again.
@@ -51,7 +51,7 @@ DocumentFile::Identity identityIfKnown(Files &files, const std::string &path) {
 }  // namespace
 
 void FileSave::run(Files &files, DecodedReader *decoders, Progress &progress) {
-    requireAsExpected(files, decoders, path, expected, onDisk);
+    requireAsExpected(files, decoders, path, expected, onDisk, progress);
     onDisk = AudioFileContents();  // which may hold a sound of its own
     contents = withEditorPositions(std::move(contents), markers, loop);
     contents = prepared(std::move(contents), loop, format, left);

@@ -10,17 +10,24 @@ namespace {
 
 using Target = DocumentUi::SaveTarget;
 
+// A file that another program has changed may have begun to be read again under the panel.
+void take(DocumentCore &core, const Target &target, const OnTarget &chosen) {
+    if (core.work.takesSave()) return chosen(target);
+    core.ui.showError(quoted(nameOf(target.path)) + " could not be saved", core.quotedName() + " is just being read again.");
+    chosen(std::nullopt);
+}
+
 // What the panel comes back with is looked at before it is believed.
 void consider(DocumentCore &core, const DocumentUi::SavePanel &panel, const Target &target, const DocumentFile::Identity &there,
               OnTarget chosen) {
     const bool isSave =
         target.format && target.format->matches(core.file.contents->format) && core.file.isAt(target.path, there);
-    if (!there || isSave) return chosen(Target{isSave ? core.file.path : target.path, target.format});
+    if (!there || isSave) return take(core, target, chosen);
     const DocumentUi::Question question{
         quoted(nameOf(target.path)) + " already exists", "Replacing it overwrites what it holds now.", {"Cancel", "Replace"}};
     core.ui.ask(question, core.lifetime.guard([&core, panel, target, chosen = std::move(chosen)](std::size_t button) {
         enum : std::size_t { cancel, replace };
-        if (button == replace) return chosen(target);
+        if (button == replace) return take(core, target, chosen);
         chooseTarget(core, {panel.title, panel.message, target.path, target.format}, chosen);
     }));
 }

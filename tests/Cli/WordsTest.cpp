@@ -30,7 +30,7 @@ TEST(Words, ArePartedByBlanks) {
 }
 
 TEST(Script, IsAStepALine) {
-    EXPECT_THAT(scriptSteps("# first\nselectAll\r\n\n  gain -3 # quiet\nundo"),
+    EXPECT_THAT(scriptSteps("\uFEFF# first\nselectAll\r\n\n  gain -3 # quiet\nundo"),
                 ElementsAre(Words{"selectAll"}, Words{"gain", "-3"}, Words{"undo"}));
     EXPECT_THAT(scriptSteps("load take#2.wav\nload \"take #2.wav\" # the second\n# all of it"),
                 ElementsAre(Words{"load", "take#2.wav"}, Words{"load", "take #2.wav"}));

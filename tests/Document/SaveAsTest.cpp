@@ -125,9 +125,13 @@ TEST(SaveAs, AsksBeforeItReplacesAnotherFileAndComesBackWithWhatWasTyped) {
         {DocumentWorld::path, wav24, {"Replace"}, "drum.wav", 1, 1},
         {DocumentWorld::path, wav16, {}, "drum.wav", 0, 1},
         {"/music/new.wav", wav16, {}, "new.wav", 0, 1},
+        {"/music/same.wav", wav16, {}, "same.wav", 0, 1},
+        {"/music/same.wav", wav24, {"Replace"}, "same.wav", 1, 1},
     };
     for (const auto &row : rows) {
         SaveAsWorld world;
+        world.disk.allow(false, true);
+        world.disk.addName(world.path, "/music/same.wav");
         const auto other = std::as_bytes(std::span("other"));
         world.disk.put("/music/other.wav", {other.begin(), other.end()});
         AudioEditorEdits::reverse(world.model);
@@ -176,6 +180,18 @@ TEST(SaveAs, OverTheOwnFileMindsWhatAnotherProgramHasWrittenThere) {
     }
 }
 
+TEST(SaveAs, IsNotForgottenWhenTheFileIsBeingReadAgainUnderThePanel) {
+    SaveAsWorld world;
+    world.put(Wav::file({7}));
+    world.document->checkDisk();
+    world.jobs.work();
+    world.jobs.report();
+    world.saveAs({{"/music/new.wav", wav24}});
+    EXPECT_THAT(world.ui.errors, ElementsAre("“new.wav” could not be saved: “drum.wav” is just being read again."));
+    EXPECT_FALSE(world.disk.identity("/music/new.wav"));
+    EXPECT_EQ(world.model.state().buffer.frames(), 1);
+}
+
 struct DecodedWorld : SaveAsWorld {
     DecodedWorld() : SaveAsWorld("ID3") {
         document = std::make_unique<AudioDocument>(DocumentServices{*files, jobs, settings, clipboard, nullptr, &decoder}, ui);
@@ -215,6 +231,11 @@ TEST(SaveSelection, WritesTheSelectionAloneAndStaysWhereItIs) {
     EXPECT_TRUE(world.onDisk("/music/part.wav") == Wav::file({11, 12}));
     EXPECT_EQ(world.document->name(), "drum.wav");
     EXPECT_THAT(world.ui.notices, ElementsAre("The selection is saved as “part.wav”"));
+    bool saved = true;
+    world.document->saveSelection(world.path, [&](bool ok) { saved = ok; });
+    world.jobs.runAll();
+    EXPECT_FALSE(saved);
+    EXPECT_TRUE(world.onDisk() == markedFile) << "what it is a part of";
     world.model.selectNone();
     EXPECT_FALSE(isEnabled(EditorCommand::saveSelection, *world.document));
 

@@ -86,8 +86,11 @@ def quit_with_windows(desktop, program, folder):
     paths = [folder / f"{name}.wav" for name in ("quit-one", "quit-two", "quit-clean")]
     for path in paths:
         path.write_bytes(BEFORE)
-    editor = Editor(desktop, program, paths[0], *map(str, paths[1:]))
+    again = folder / "quit-two-again.wav"
+    again.symlink_to(paths[1])
+    editor = Editor(desktop, program, paths[0], *map(str, paths[1:]), str(again))
     wait_for("all windows", lambda: len(windows(desktop)) == 3)
+    assert "quit-two-again" not in windows(desktop), "a file has one window"
     for name in ("quit-two", "quit-one"):
         desktop.do("windowactivate", "--sync", windows(desktop)[name])
         editor.key("ctrl+a", "shift+r")

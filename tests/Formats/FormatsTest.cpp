@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Audio/Files/AudioFileConversion.h"
+#include "Editor/AudioEditorCore/AudioEditorOps.h"
 #include "Formats/Tools.h"
 
 // Other programs read what we write, and we read what they write: each kind of file at several depths, rates and channel
@@ -313,6 +314,15 @@ TEST(Formats, FlacKeepsItsTagsAndPicturesAndEveryUntouchedSample) {
         KnownSound expected = sound;
         expected.words.erase(expected.words.begin() + 10000, expected.words.begin() + 12000);
         expectSame(wordsOf(again.buffer), expected, std::to_string(bits));
+        contents = again;
+        contents.buffer = AudioEditorOps::scaled(again.buffer, {100, 9000}, 0.3);
+        desk.write("s.flac", contents);
+        Progress progress;
+        EXPECT_TRUE(desk.holds("s.flac", contents, progress)) << "what came to stand between the steps is on one of them";
+        contents.buffer = AudioEditorOps::scaled(again.buffer, {100, 9000}, 0.31);
+        EXPECT_FALSE(desk.holds("s.flac", contents, progress));
+        progress.cancel();
+        EXPECT_THROW(desk.holds("s.flac", contents, progress), Cancelled);
     }
 }
 

@@ -82,6 +82,9 @@ public:
         Progress progress;
         writeAudioFile(*files_, &decoders_, path(name), contents, progress);
     }
+    bool holds(const std::string &name, const AudioFileContents &contents, Progress &progress) {
+        return holdsStill(*files_, &decoders_, path(name), contents, progress);
+    }
     // A command that writes raw 32-bit words, of the machine's order, to the file "raw".
     std::vector<std::int32_t> wordsFrom(const std::string &command) {
         std::filesystem::remove(path("raw"));

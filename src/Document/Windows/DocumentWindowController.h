@@ -45,6 +45,7 @@ public:
     bool mayQuit() const;
     void forgetQuit() { quitMark_.reset(); }
     void closeNow();
+    bool isClosed() const { return isClosed_; }
     // Also from the task bar.
     void bringForward();
     void saveFrame();

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "Platform/FileCopy.h"
 #include "Platform/FileFault.h"
 #include "Platform/Linux/FileDescriptor.h"
 #include "Platform/Linux/UserFolders.h"
@@ -92,6 +93,13 @@ std::string infoText(const fs::path &notedPath) {
     return "[Trash Info]\nPath=" + percentEncoded(notedPath) + "\nDeletionDate=" + date.data() + "\n";
 }
 
+// The note's name, which is longer, has to be one that the file system takes.
+fs::path withRoom(const fs::path &name) {
+    constexpr std::size_t longest = 230;
+    return name.native().size() <= longest ? name
+                                           : fs::path(shortened(name.stem().native()) + shortened(name.extension().native()));
+}
+
 std::string numbered(const fs::path &name, int number) {
     return number == 1 ? name.string() : name.stem().string() + "." + std::to_string(number) + name.extension().string();
 }
@@ -131,7 +139,7 @@ void trashFile(const std::string &path) {
     const fs::path given = fs::absolute(path);
     const fs::path file = fs::canonical(given.parent_path()) / given.filename();  // a link is thrown away itself
     const Trash trash = trashFor(file);
-    for (int number = 1; !moveAs(file, trash, numbered(file.filename(), number)); ++number)
+    for (int number = 1; !moveAs(file, trash, numbered(withRoom(file.filename()), number)); ++number)
         if (number == 10'000) throwErrno(EEXIST);
 }
 

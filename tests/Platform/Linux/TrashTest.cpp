@@ -37,6 +37,14 @@ TEST_F(TrashTest, throwsALinkAwayAndNotWhatItLeadsTo) {
     EXPECT_EQ(namesIn(trash + "/files"), (std::vector<std::string>{"link.wav"}));
 }
 
+TEST_F(TrashTest, takesANameThatLeavesNoRoomForTheNotes) {
+    const std::string name = std::string(251, 'n') + ".wav";
+    writeText(home / name, "x");
+    trashFile(home / name);
+    EXPECT_EQ(readText(trash + "/files/" + std::string(100, 'n') + ".wav"), "x");
+    EXPECT_EQ(namesIn(trash + "/info"), (std::vector<std::string>{std::string(100, 'n') + ".wav.trashinfo"}));
+}
+
 TEST_F(TrashTest, whatIsNotThereCannotBeThrownAway) { EXPECT_THROW(trashFile(home / "none.wav"), std::system_error); }
 
 }  // namespace
