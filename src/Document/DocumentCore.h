@@ -38,7 +38,11 @@ struct DocumentCore {
     // The file of the sound that has just been read or written.
     void setFile(DocumentFile newFile, const AudioEditorBuffer &sound);
     // Calls back when all edits that are finished would survive the end of the program.
-    void flushJournal(std::function<void()> done) { journal.flush(model.state(), isEdited(), std::move(done)); }
+    void flushJournal(std::function<void()> done) { journal.flush(model.state(), isAtRisk(), std::move(done)); }
+    void followJournal() { journal.follow(model.state(), isAtRisk()); }
+    // There is something that a crash would lose. While a save is under way nobody knows what the file will hold: what has been
+    // undone to what is there now may not be there then.
+    bool isAtRisk() const { return isEdited() || work.kind() == DocumentWork::Kind::saving; }
 };
 
 }  // namespace kiv

@@ -93,8 +93,8 @@ void end(DocumentCore &core, FileSave &saving, const AudioEditorBuffer &sound, s
     if (!failure) {
         core.setFile({saving.path, std::move(saving.contents), saving.written, saving.version}, sound);
         AudioEditorLoops::setCanStoreLoop(core.model, core.canStoreLoop());
-        core.journal.follow(core.model.state(), core.isEdited());
     }
+    core.followJournal();
     const auto life = core.lifetime.watch();
     core.tell();
     if (life.expired()) return;
@@ -120,6 +120,7 @@ void run(DocumentCore &core, const Order &order, const std::shared_ptr<FileSave>
             saving->run(files, decoders, progress);
         },
         [&core, saving, sound, order](std::exception_ptr failure) { end(core, *saving, sound, failure, order); });
+    core.followJournal();
 }
 
 void runNow(DocumentCore &core, const Order &order) { run(core, order, savingOf(core, order)); }

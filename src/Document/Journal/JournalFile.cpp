@@ -94,7 +94,7 @@ void JournalFile::takePlace() {
 
 void JournalFile::writeAnew(const std::shared_ptr<const Base> &base, const Edited &edited, Progress &progress) {
     reserveName();
-    if (noted_ && noted_->first.order < base->order) noted_.reset();
+    forgetSavesBefore(base->order);
     const std::string oldKept = baseRecord_.kept;
     if (base != base_ || !isBaseAsItWas(*base)) baseRecord_ = keepBase(*base);
     base_ = base;
@@ -119,9 +119,9 @@ void JournalFile::writeWhole(const Edited &edited, Progress &progress) {
     size_ = 0;
     stored_ = baseRecord_.identity ? base_->samples : StoredSamples();
     write(encoded(baseRecord_));
-    if (noted_) {
-        noted_->first.pieces = stored_.find(noted_->second);
-        write(encoded(noted_->first));
+    for (auto &[save, buffer] : noted_) {
+        save.pieces = stored_.find(buffer);
+        write(encoded(save));
     }
     if (!append(edited, progress)) throw FileFault(std::errc::file_too_large, "The changes are too large");
 }
@@ -201,7 +201,7 @@ std::string JournalFile::freeNameFor(const Base &base) {
 void JournalFile::noteSave(JournalSave save, const AudioEditorBuffer &buffer) noexcept {
     try {
         const std::lock_guard lock(mutex_);
-        noted_ = {save, buffer};
+        noted_.emplace_back(save, buffer);
         if (!file_ || !isWhole_) return;
         isWhole_ = false;
         save.pieces = stored_.find(buffer);
@@ -220,7 +220,7 @@ void JournalFile::remove(std::uint64_t order) noexcept {
     if (!stem_.empty()) removeQuietly(folder_.fileSystem, path(journalEnding));
     if (!baseRecord_.kept.empty()) removeQuietly(folder_.fileSystem, folder_.path + "/" + baseRecord_.kept);
     forget();
-    if (noted_ && noted_->first.order < order) noted_.reset();
+    forgetSavesBefore(order);
 }
 
 void JournalFile::forget() {
@@ -231,6 +231,10 @@ void JournalFile::forget() {
     baseRecord_ = {};
     isWhole_ = false;
     size_ = neededBytes_ = 0;
+}
+
+void JournalFile::forgetSavesBefore(std::uint64_t order) {
+    std::erase_if(noted_, [=](const auto &noted) { return noted.first.order < order; });
 }
 
 }  // namespace kiv

@@ -80,6 +80,7 @@ private:
     bool isBaseLost(const Base &base);
     bool isBaseAsItWas(const Base &base);
     void forget();
+    void forgetSavesBefore(std::uint64_t order);
     std::string path(const std::string &ending) const;
 
     const JournalFolder &folder_;
@@ -95,7 +96,8 @@ private:
     std::shared_ptr<const Base> base_;
     JournalBase baseRecord_;
     int keptCount_ = 0;
-    std::optional<std::pair<JournalSave, AudioEditorBuffer>> noted_;  // the last save that is later than the base
+    // The saves that are later than the base. The file may be that of any of them: the last may fail yet.
+    std::vector<std::pair<JournalSave, AudioEditorBuffer>> noted_;
 };
 
 // How the names in the folder end, or begin: N.journal, N.new, kept-N-….

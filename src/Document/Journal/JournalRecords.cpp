@@ -323,7 +323,7 @@ private:
     void readRecord(std::int64_t at, const Header &header) try {
         const Bytes bytes = readWhole(source_, at, header);
         if (header.kind == JournalRecord::base) found_.base = decoded<JournalBase>(bytes);
-        if (header.kind == JournalRecord::save) found_.save = decoded<JournalSave>(bytes);
+        if (header.kind == JournalRecord::save) found_.saves.push_back(decoded<JournalSave>(bytes));
         if (header.kind == JournalRecord::state) take(decoded<JournalState>(bytes));
     } catch (const TornRecord &) {
         found_.isDamaged = true;

@@ -61,15 +61,18 @@ std::optional<std::string> findBase(const JournalFolder &folder, const JournalBa
     return isKept ? std::optional(kept) : std::nullopt;
 }
 
-// Whether the save that the journal tells of last has put its file in place. What it has written may look like the file as it
-// was, where the time is coarse and the difference small: only a file that nobody has touched is not looked at.
-bool isSaved(const JournalFolder &folder, const JournalContents &contents) {
-    const auto &save = contents.save;
+// The last of the saves that the journal tells of which has put its file in place. What it has written may look like the file
+// as it was, where the time is coarse and the difference small: only a file that nobody has touched is not looked at.
+std::optional<JournalSave> saveInPlace(const JournalFolder &folder, const JournalContents &contents) {
     const JournalBase &base = *contents.base;
-    return save && holds([&] {
-               const bool isUntouched = save->path == base.path && folder.fileSystem.identity(base.path) == base.identity;
-               return !isUntouched && fileDigest(*folder.fileSystem.open(save->path)) == save->digest;
-           });
+    const auto isInPlace = [&](const JournalSave &save) {
+        return holds([&] {
+            const bool isUntouched = save.path == base.path && folder.fileSystem.identity(base.path) == base.identity;
+            return !isUntouched && fileDigest(*folder.fileSystem.open(save.path)) == save.digest;
+        });
+    };
+    const auto found = std::find_if(contents.saves.rbegin(), contents.saves.rend(), isInPlace);
+    return found == contents.saves.rend() ? std::nullopt : std::optional(*found);
 }
 
 // The same frames, taken from the file as it was saved where that has them.
@@ -117,9 +120,8 @@ bool lacksSome(const JournalState &state) {
 
 // With the file as it was saved beneath it. What was brought back while it was saved is not in there; then it has to come from
 // the file as it was before, if that is kept.
-Found afterSave(Found found) {
+Found afterSave(Found found, const JournalSave &save) {
     Found saved = found;
-    const JournalSave &save = *saved.contents.save;
     saved.isFinished = saved.contents.state->order <= save.order;
     saved.contents.state->pieces = afterSave(saved.contents.state->pieces, save.pieces);
     saved.path = save.path;
@@ -147,7 +149,7 @@ Found look(const JournalFolder &folder, const std::string &path, JournalCheck ch
     }
     found.base = findBase(folder, *contents.base);
     found.isBaseAsItWas = found.base == found.path;
-    if (isSaved(folder, contents)) found = afterSave(std::move(found));
+    if (const auto save = saveInPlace(folder, contents)) found = afterSave(std::move(found), *save);
     found.condition = conditionOf(found);
     return found;
 }

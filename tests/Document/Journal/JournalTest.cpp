@@ -361,15 +361,18 @@ TEST(Journal, TakesAllOfTheSoundWhenTheFileIsChangedWhileItIsEdited) {
 }
 
 // Killed before any step of a save: either the file is as it was and the edit comes back, or the edit is in the file and
-// nothing is asked. What is edited while it is saved comes back once it has been journalled.
+// nothing is asked. What is edited while it is saved comes back once it has been journalled. Saving what has come back asks
+// nothing.
 struct KilledSave {
     const char *name;
+    bool isSavedBefore = false;  // and the journal does not know yet that this has ended
     bool isEditedMeanwhile = false, isKept = false;
     const char *to = path;
     bool looksAlike = false;  // by size, by a coarse time and at the places that are looked at
 
     struct Outcome {
         bool isOver, wasWritten;
+        std::size_t asked;
         std::string error;
         AudioEditorBuffer now, first, last;
     };
@@ -381,11 +384,18 @@ struct KilledSave {
         AudioEditorEdits::paste(world.model());
         world.jobs.runAll();
     }
+    static void saveAndEditMeanwhile(MortalWorld &world) {
+        world.document->save();
+        AudioEditorEdits::fadeIn(world.model());
+        for (int job = 0; job < 2; ++job) world.jobs.work();
+        world.jobs.report();
+    }
     Outcome at(int step) const {
         MortalWorld world;
         if (!isKept) world.journals.longestCopy = 0;
         world.open(looksAlike ? Wav::file(Wav::ramp(400'000)) : file);
         edit(world);
+        if (isSavedBefore) saveAndEditMeanwhile(world);
         const AudioEditorBuffer first = world.model().state().buffer;
         const AudioSaveFormat wav{AudioSaveFormat::Container::wav, 16};
         to == path ? world.document->save() : world.document->saveAs(to, wav, {});
@@ -400,12 +410,15 @@ struct KilledSave {
         world.disk.restart(everything);
         const bool wasWritten = to == path ? world.disk.identity(path)->inode != inode : world.disk.exists(to);
         const std::string error = world.restore();
-        return Outcome{isOver, wasWritten, error, world.model().state().buffer, first, last};
+        const AudioEditorBuffer now = world.model().state().buffer;
+        world.save();
+        return Outcome{isOver, wasWritten, world.ui.asked.size(), error, now, first, last};
     }
 };
 
 TEST(Journal, KnowsASaveOfItsOwn) {
     const KilledSave cases[] = {{"plain"},
+                                {.name = "again", .isSavedBefore = true},
                                 {.name = "kept", .isKept = true},
                                 {.name = "meanwhile", .isEditedMeanwhile = true},
                                 {.name = "meanwhile and kept", .isEditedMeanwhile = true, .isKept = true},
@@ -422,12 +435,31 @@ TEST(Journal, KnowsASaveOfItsOwn) {
             ASSERT_TRUE(!isNothingLeft || outcome.wasWritten) << killed.name << step;
             if (isNothingLeft) continue;
             ASSERT_EQ(outcome.error, "") << killed.name << step;
+            ASSERT_EQ(outcome.asked, 0u) << killed.name << step;
             ASSERT_TRUE(!outcome.wasWritten || killed.isEditedMeanwhile) << killed.name << step;
             ASSERT_TRUE(outcome.now == outcome.last || (!isOver && outcome.now == outcome.first)) << killed.name << step;
         }
         EXPECT_GT(restored, 2) << killed.name;
         EXPECT_GT(saved, 0) << killed.name;
     }
+}
+
+TEST(Journal, KeepsWhatIsUndoneWhileItIsSaved) {
+    MortalWorld world;
+    world.open(file);
+    const AudioEditorBuffer opened = world.model().state().buffer;
+    world.reverse({5, 500});
+    world.document->save();
+    world.model().undo();
+    bool isSafe = false;
+    world.document->flushJournal([&] { isSafe = true; });
+    world.jobs.work(1);
+    world.jobs.report();
+    ASSERT_TRUE(isSafe);
+    world.jobs.work();
+    world.kill();
+    ASSERT_EQ(world.restore(), "");
+    EXPECT_TRUE(world.model().state().buffer == opened);
 }
 
 TEST(Journal, IsFoundByOneProgramAtATimeUntilItIsDiscarded) {
