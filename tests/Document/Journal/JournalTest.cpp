@@ -418,7 +418,7 @@ struct KilledSave {
 
 TEST(Journal, KnowsASaveOfItsOwn) {
     const KilledSave cases[] = {{"plain"},
-                                {.name = "again", .isSavedBefore = true},
+                                {.name = "again", .isSavedBefore = true, .isKept = true},
                                 {.name = "kept", .isKept = true},
                                 {.name = "meanwhile", .isEditedMeanwhile = true},
                                 {.name = "meanwhile and kept", .isEditedMeanwhile = true, .isKept = true},
