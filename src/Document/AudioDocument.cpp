@@ -30,7 +30,7 @@ void AudioDocument::tell() {
 }
 
 void AudioDocument::modelChanged() {
-    core_.journal.follow(core_.model.state(), isEdited());
+    core_.followByJournal();
     if (toldEdited_ != isEdited()) tell();
 }
 

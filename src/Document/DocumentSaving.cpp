@@ -89,11 +89,12 @@ void askOverChanges(DocumentCore &core, Order order, const std::exception_ptr &f
 }
 
 void end(DocumentCore &core, FileSave &saving, const AudioEditorBuffer &sound, std::exception_ptr failure, const Order &order) {
+    core.savingVersion.reset();
     if (!failure) {
         core.setFile({saving.path, std::move(saving.contents), saving.written, saving.version}, sound);
         AudioEditorLoops::setCanStoreLoop(core.model, core.canStoreLoop());
-        core.journal.follow(core.model.state(), core.isEdited());
     }
+    core.followByJournal();
     const auto life = core.lifetime.watch();
     core.tell();
     if (life.expired()) return;
@@ -113,6 +114,8 @@ void run(DocumentCore &core, const Order &order, const std::shared_ptr<FileSave>
         saving->expected = core.file.identity;
         saving->onDisk = DiskWatch::contentsOnDisk(core);
     }
+    core.savingVersion = saving->version;
+    core.followByJournal();
     core.work.start(
         DocumentWork::Kind::saving,
         [&files = core.services.files, decoders = core.services.decoders, saving](Progress &progress) {
