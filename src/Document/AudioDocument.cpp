@@ -30,7 +30,7 @@ void AudioDocument::tell() {
 }
 
 void AudioDocument::modelChanged() {
-    core_.followJournal();
+    core_.followByJournal();
     if (toldEdited_ != isEdited()) tell();
 }
 

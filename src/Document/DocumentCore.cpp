@@ -19,6 +19,10 @@ DocumentCore::DocumentCore(DocumentServices withServices, DocumentUi &withUi)
 
 std::string DocumentCore::quotedName() const { return quoted(nameOf(file.path)); }
 
+bool DocumentCore::needsJournal() const {
+    return isEdited() || (savingVersion && model.state().contentVersion != *savingVersion);
+}
+
 void DocumentCore::setFile(DocumentFile newFile, const AudioEditorBuffer &sound) {
     file = std::move(newFile);
     journal.setBase(file.path, file.identity, *file.contents, sound);

@@ -24,6 +24,7 @@ struct DocumentCore {
     AudioEditorModel model;
     EqModel eq;
     DocumentFile file;
+    std::optional<std::int64_t> savingVersion;  // of the content that is being saved
     DocumentWork work;
     BackgroundPeaks peaks;
     BackgroundAnalyses analyses;
@@ -37,12 +38,12 @@ struct DocumentCore {
     bool canStoreLoop() const { return file.contents->canStoreLoop(); }
     // The file of the sound that has just been read or written.
     void setFile(DocumentFile newFile, const AudioEditorBuffer &sound);
+    // Unlike the file as it is, or as a save under way is about to make it: what is undone while it is saved would be lost
+    // else.
+    bool needsJournal() const;
+    void followByJournal() { journal.follow(model.state(), needsJournal()); }
     // Calls back when all edits that are finished would survive the end of the program.
-    void flushJournal(std::function<void()> done) { journal.flush(model.state(), isAtRisk(), std::move(done)); }
-    void followJournal() { journal.follow(model.state(), isAtRisk()); }
-    // There is something that a crash would lose. While a save is under way nobody knows what the file will hold: what has been
-    // undone to what is there now may not be there then.
-    bool isAtRisk() const { return isEdited() || work.kind() == DocumentWork::Kind::saving; }
+    void flushJournal(std::function<void()> done) { journal.flush(model.state(), needsJournal(), std::move(done)); }
 };
 
 }  // namespace kiv

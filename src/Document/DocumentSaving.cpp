@@ -90,11 +90,12 @@ void askOverChanges(DocumentCore &core, Order order, const std::exception_ptr &f
 }
 
 void end(DocumentCore &core, FileSave &saving, const AudioEditorBuffer &sound, std::exception_ptr failure, const Order &order) {
+    core.savingVersion.reset();
     if (!failure) {
         core.setFile({saving.path, std::move(saving.contents), saving.written, saving.version}, sound);
         AudioEditorLoops::setCanStoreLoop(core.model, core.canStoreLoop());
     }
-    core.followJournal();
+    core.followByJournal();
     const auto life = core.lifetime.watch();
     core.tell();
     if (life.expired()) return;
@@ -114,13 +115,14 @@ void run(DocumentCore &core, const Order &order, const std::shared_ptr<FileSave>
         saving->expected = core.file.identity;
         saving->onDisk = DiskWatch::contentsOnDisk(core);
     }
+    core.savingVersion = saving->version;
+    core.followByJournal();
     core.work.start(
         DocumentWork::Kind::saving,
         [&files = core.services.files, decoders = core.services.decoders, saving](Progress &progress) {
             saving->run(files, decoders, progress);
         },
         [&core, saving, sound, order](std::exception_ptr failure) { end(core, *saving, sound, failure, order); });
-    core.followJournal();
 }
 
 void runNow(DocumentCore &core, const Order &order) { run(core, order, savingOf(core, order)); }
