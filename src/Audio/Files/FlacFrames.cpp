@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
-#include <cmath>
 #include <vector>
 
 #include "Audio/Files/AudioFileCodec.h"
 #include "Audio/Files/ByteFields.h"
+#include "Audio/Files/StoredSamples.h"
 
 namespace kiv {
 namespace {
@@ -122,37 +122,10 @@ void putNumber(BitWriter &writer, std::int64_t number) {
     for (int i = bytes - 2; i >= 0; --i) writer.put(0x80 | (std::uint32_t(number >> (6 * i)) & 0x3F), 8);
 }
 
-// Samples as integers of the full 32 bits of `bits` or fewer, interleaved.
-using Integers = std::vector<std::int32_t>;
-
-std::int32_t rounded(float sample, double fullScale) {
-    if (!std::isfinite(sample)) return 0;
-    return std::int32_t(std::clamp(std::round(double(sample) * fullScale), -fullScale, fullScale - 1));
-}
-
-// Where the samples come from wide integers, those hold them exactly, in their upper bits.
-Integers integersOf(const AudioEditorBuffer &buffer, FrameRange part, int bits) {
-    Integers integers(std::size_t(part.count() * buffer.channels()));
-    const double fullScale = std::ldexp(1.0, bits - 1);
-    const AudioSampleEncoding wide{.bytes = 4, .validBits = 32, .bigEndian = std::endian::native == big};
-    auto out = std::span(integers);
-    buffer.forEachSpan(part, [&](std::span<const float> samples, FrameRange here) {
-        const auto now = out.first(samples.size());
-        if (bits > 24 && buffer.hasOriginals(here)) {
-            AudioFileCodec::encodeSamples(buffer, here, wide, std::as_writable_bytes(now));
-            for (std::int32_t &integer : now) integer >>= 32 - bits;
-        } else {
-            std::transform(samples.begin(), samples.end(), now.begin(), [=](float s) { return rounded(s, fullScale); });
-        }
-        out = out.subspan(samples.size());
-    });
-    return integers;
-}
-
 constexpr std::uint32_t verbatim = 1 << 1;  // the byte that a channel starts with
 
 void putAnyWidth(const AudioEditorBuffer &buffer, FrameRange part, int bits, std::span<std::byte> out) {
-    const Integers integers = integersOf(buffer, part, bits);
+    const std::vector<std::int32_t> integers = integersOf(buffer, part, bits);
     const auto channels = std::size_t(buffer.channels());
     BitWriter writer(out);
     for (std::size_t c = 0; c < channels; ++c) {

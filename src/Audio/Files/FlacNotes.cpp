@@ -49,6 +49,8 @@ SoundNotes flacNotes(const AudioFileContents &contents) {
         if (block.type == FlacMetadataBlock::tags) readTags(block.data, notes);
         if (block.type == FlacMetadataBlock::picture) notes.others = {"pictures"};
     }
+    notes.id3 = contents.leading;
+    if (!contents.trailing.empty()) notes.others.push_back("what stood behind the end");
     if (contents.wrapping)
         for (const SampleWrapping::Part &part : contents.wrapping->parts)
             if (!part.isBare && part.id != "info") notes.others.push_back(quotedId(part.id));

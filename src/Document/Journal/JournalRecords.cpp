@@ -137,7 +137,7 @@ void fields(auto &a, Is<SampleWrapping> auto &v) {
     a.all(v.encoding, v.channels, v.frames, v.bigEndian, v.countsFrames, v.alignment, v.headerBytes, v.parts, v.samplesBefore);
 }
 void fields(auto &a, Is<AudioFileContents> auto &v) {
-    a.all(v.format, v.chunks, v.positions, v.loop, v.coreAudioSettings, v.flacMetadata, v.wrapping, v.trailing);
+    a.all(v.format, v.chunks, v.positions, v.loop, v.coreAudioSettings, v.flacMetadata, v.wrapping, v.leading, v.trailing);
 }
 void fields(auto &a, Is<JournalBase> auto &v) { a.all(v.path, v.identity, v.print, v.kept, v.keptIsLink, v.contents); }
 void fields(auto &a, Is<JournalState> auto &v) {
