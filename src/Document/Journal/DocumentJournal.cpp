@@ -2,8 +2,8 @@
 
 #include <filesystem>
 
-#include "Document/AudioFileReading.h"
 #include "Support/ByteDigest.h"
+#include "Support/Failures.h"
 
 namespace kiv {
 namespace {
