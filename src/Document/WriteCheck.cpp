@@ -172,8 +172,7 @@ bool isRight(DecodedReader &decoders, const ByteSource &written, const AudioFile
     if (written.size() != image.size() || !sound || !hasFormat(sound->format(), contents)) return false;
     if (!isFlac(contents)) return holds(*sound, {0, frames}, contents, progress);
     const bool isWhole = frames == 0 ? holds(*sound, {0, 0}, contents, progress) : sound->countFrames() == frames;
-    return isWhole && hasFlacMetadata(written, contents) &&
-           FlacCheck(decoders, written, contents, image, progress).passes();
+    return isWhole && hasFlacMetadata(written, contents) && FlacCheck(decoders, written, contents, image, progress).passes();
 }
 
 }  // namespace

@@ -353,10 +353,175 @@ TEST(Formats, AreNotBelievedInWhatTheySayOfTheirLength) {
             return error.what();
         }
     };
-    EXPECT_EQ(outcome(changed("a.flac", 50000, "damage")), "The file could not be read: the FLAC data is damaged.");
     EXPECT_EQ(outcome(cut("a.flac", 10)), "The file could not be read: the FLAC data is damaged.");
     writeText(desk.path("x.txt"), "Dear diary, nothing happened.\n");
     EXPECT_EQ(outcome("x.txt"), "This audio format is not supported (unknown kind of file).");
+}
+
+// Each row makes x.flac of a.flac, which holds 30000 frames in blocks of 4096; what was lost is silent, and the rest is where
+// it was.
+TEST(Formats, FlacThatIsNotWholeIsReadAsFarAsItGoesAndSaysSo) {
+    Desk desk;
+    const KnownSound sound = knownNoise(16, 2, 44100, 30000);
+    desk.write("in.wav", ourWav(sound));
+    ASSERT_TRUE(desk.run("flac --silent -f --no-padding -o a.flac in.wav"));
+    const std::string whole = readText(desk.path("a.flac")), noTotal = std::string(whole).replace(22, 4, 4, '\0');
+    const auto block = [&](char number) { return whole.find(std::string("\xFF\xF8\xC9\x18", 4) + number); };
+    const std::size_t third = block(2), fourth = block(3), last = whole.find("\xFF\xF8\x79\x18\x07");
+    ASSERT_TRUE(third < fourth && fourth < last && last < whole.size());
+    const auto hit = [&](std::size_t at) { return std::string(whole).replace(at, 6, "damage"); };
+    const struct {
+        const char *what;
+        std::string bytes;
+        std::int64_t frames, missing, damaged;
+    } rows[] = {
+        {"whole", whole, 30000, 0, 0},
+        {"cut off in its last block", whole.substr(0, last + 100), 28672, 1328, 0},
+        {"cut off before its fourth block", whole.substr(0, fourth), 3 * 4096, 30000 - 3 * 4096, 0},
+        {"cut off without a length", noTotal.substr(0, last + 100), 28672, 4096, 0},
+        {"a damaged block", hit(third + 500), 30000, 0, 4096},
+        {"a damaged block header", hit(third), 30000, 0, 4096},
+        {"the first block damaged", hit(block(0) + 500), 30000, 0, 4096},
+        {"the last block damaged", hit(last + 500), 28672, 1328, 0},
+        {"a block gone", whole.substr(0, third) + whole.substr(fourth), 30000, 0, 4096},
+        {"bytes gone", std::string(whole).erase(third + 500, 6), 30000, 0, 4096},
+    };
+    for (const auto &row : rows) {
+        writeText(desk.path("x.flac"), row.bytes);
+        const AudioFileContents contents = desk.read("x.flac");
+        EXPECT_EQ(contents.missingFrames, row.missing) << row.what;
+        EXPECT_EQ(contents.damagedFrames, row.damaged) << row.what;
+        const std::vector<std::int32_t> words = wordsOf(contents.buffer);
+        ASSERT_EQ(words.size(), std::size_t(2 * row.frames)) << row.what;
+        std::int64_t differences = 0;
+        for (std::size_t i = 0; i < words.size(); ++i)
+            if (words[i] != sound.words[i]) differences += words[i] == 0 ? 1 : 1000000;
+        EXPECT_LE(differences, 2 * row.damaged) << row.what;
+        EXPECT_EQ(desk.framesTold("x.flac"), row.frames) << row.what;
+        // Saved, it is whole, and nothing of a block that was cut off stands behind it.
+        desk.write("x.flac", contents);
+        EXPECT_TRUE(desk.run("flac --silent -t x.flac")) << row.what;
+    }
+}
+
+std::string tag(const std::string &mark, const std::string &size, const std::string &text) { return mark + size + text; }
+
+// Tags of kinds that are not FLAC's own, with what looks like a block inside, which stand before and behind the sound.
+TEST(Formats, FlacKeepsTheTagsAroundIt) {
+    Desk desk;
+    const KnownSound sound = knownNoise(16, 1, 44100, 10000);
+    desk.write("in.wav", ourWav(sound));
+    ASSERT_TRUE(desk.run("flac --silent -f -o a.flac in.wav"));
+    const std::string whole = readText(desk.path("a.flac")), block = whole.substr(whole.find("\xFF\xF8\xC9\x08"), 2000);
+    const std::string id3 = tag("ID3", std::string("\4\0\0\0\0\x10\0", 7), block + std::string(48, 'x'));
+    const std::string id3v1 = tag("TAG", "", std::string(125, 'y'));
+    const std::string ape = block + tag("APETAGEX", std::string("\xD0\7\0\0\xF0\7\0\0\1\0\0\0", 12), std::string(12, '\0'));
+    const std::pair<std::string, std::string> rows[] = {{id3, ""}, {"", id3v1}, {id3 + id3, ape + id3v1}, {"", "and so on"}};
+    for (const std::string &stream : {whole, std::string(whole).replace(22, 4, 4, '\0')})
+        for (const auto &[before, behind] : rows) {
+            writeText(desk.path("x.flac"), before + stream + behind);
+            AudioFileContents contents = desk.read("x.flac");
+            EXPECT_EQ(contents.missingFrames + contents.damagedFrames, 0);
+            EXPECT_EQ(desk.framesTold("x.flac"), 10000);
+            expectSame(wordsOf(contents.buffer), sound, "as read");
+            contents.buffer = contents.buffer.part({0, 5000});
+            desk.write("x.flac", contents);
+            const std::string saved = readText(desk.path("x.flac"));
+            EXPECT_TRUE(saved.starts_with(before + "fLaC") && saved.ends_with(behind));
+            EXPECT_EQ(desk.wordsFrom("ffmpeg -y -i x.flac -f s32le -c:a pcm_s32le raw").size(), 5000u);
+            expectSame(wordsOf(desk.read("x.flac").buffer), {16, 1, 44100, wordsOf(contents.buffer)}, "as saved");
+        }
+}
+
+// Writes with a fault in the file, as a worn disk or a mistake of ours would.
+class FaultyFiles : public Files {
+public:
+    FaultyFiles(Files &files, std::function<void(std::string &)> damage) : files_(files), damage_(std::move(damage)) {}
+    void replace(const std::string &path, const std::function<void(ByteSink &)> &produce,
+                 const std::function<void(const ByteSource &)> &check) override {
+        const auto faulty = [&](ByteSink &sink) {
+            MemorySink kept;
+            produce(kept);
+            const auto bytes = kept.take();
+            std::string text(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+            damage_(text);
+            sink.write(std::as_bytes(std::span(text)));
+        };
+        files_.replace(path, faulty, check);
+    }
+    std::unique_ptr<ByteSource> open(const std::string &path) override { return files_.open(path); }
+    std::optional<FileSystem::Identity> identity(const std::string &path) override { return files_.identity(path); }
+    std::vector<std::string> names(const std::string &folder) override { return files_.names(folder); }
+    bool isWritable(const std::string &folder) override { return files_.isWritable(folder); }
+    void createFolder(const std::string &path) override { files_.createFolder(path); }
+    void moveToTrash(const std::string &path) override { files_.moveToTrash(path); }
+    Recovery recoverInterrupted(const std::string &path) override { return files_.recoverInterrupted(path); }
+
+private:
+    Files &files_;
+    std::function<void(std::string &)> damage_;
+};
+
+// Another FLAC file, sound in itself, that holds another sample somewhere, or one too many, or tells another rate.
+TEST(Formats, ThatDoNotHoldWhatWasWrittenLeaveTheFileAsItWas) {
+    Desk desk;
+    LinuxFileSystem fileSystem;
+    const auto files = makeFiles(fileSystem);
+    ModuleDecoders decoders;
+    constexpr std::int64_t frames = 256 * 4096 + 5000;  // more than one part of what is checked side by side
+    struct Case {
+        KnownSound sound;
+        AudioFileContents contents;
+    };
+    const auto flacBytes = [](const AudioFileContents &contents) {
+        const Bytes bytes = AudioFileCodec::fileImage(contents).bytes();
+        return std::string(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+    };
+    for (const int bits : {16, 20, 24, 32}) {
+        const KnownSound sound = knownNoise(bits, 1, 44100, frames);
+        AudioFileContents contents = ourFlac(sound);
+        contents.trailing = {std::byte('T')};
+        const auto other = [&](auto change) {
+            KnownSound changed = sound;
+            AudioFileContents instead = contents;
+            change(changed, instead);
+            instead.buffer = bufferOf(changed);
+            return flacBytes(instead);
+        };
+        const std::int32_t step = std::int32_t(1u << (32 - bits));
+        const auto sample = [&](std::size_t at) {
+            return other([=](KnownSound &changed, AudioFileContents &) { changed.words[at] ^= step; });
+        };
+        const std::string right = flacBytes(contents);
+        const std::pair<const char *, std::string> rows[] = {
+            {"the first sample", sample(0)},
+            {"a sample where two parts meet", sample(256 * 4096)},
+            {"the last sample", sample(frames - 1)},
+            {"a sample too many", other([](KnownSound &s, AudioFileContents &) { s.words.push_back(0); })},
+            {"a sample too few", other([](KnownSound &s, AudioFileContents &) { s.words.pop_back(); })},
+            {"another rate", other([](KnownSound &s, AudioFileContents &) { s.rate = 48000; })},
+            {"another end", other([](KnownSound &, AudioFileContents &c) { c.trailing = {std::byte('U')}; })},
+            {"a bit", std::string(right).replace(right.size() / 2, 1, 1, char(right[right.size() / 2] ^ 1))},
+            {"cut off", right.substr(0, right.size() - 1)},
+            {"nothing", ""},
+        };
+        for (const auto &[what, bytes] : rows) {
+            writeText(desk.path("x.flac"), "as it was");
+            FaultyFiles faulty(*files, [&](std::string &written) {
+                EXPECT_TRUE(written == right);
+                written = bytes;
+            });
+            Progress progress;
+            std::string said;
+            try {
+                writeAudioFile(faulty, &decoders, desk.path("x.flac"), contents, progress);
+            } catch (const AudioFileError &error) {
+                said = error.what();
+            }
+            EXPECT_EQ(said, AudioFileError::writeCheckFailed().what()) << bits << " bits: " << what;
+            EXPECT_EQ(readText(desk.path("x.flac")), "as it was") << what;
+        }
+    }
 }
 
 // Without a module its kinds of files are not supported, and nothing else changes.

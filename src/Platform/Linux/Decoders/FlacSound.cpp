@@ -66,7 +66,7 @@ public:
 
     DecodedEnd end() const override {
         // A stream that does not tell its length, and whose last block was cut off.
-        const bool isCutOff = total_ == 0 && isBlockAt(place_.end);
+        const bool isCutOff = total_ == 0 && place_.end < start_ + source_.size() && isBlockAt(place_.end);
         const std::int64_t missing = isCutOff ? longestBlock_ : total_ - std::max<std::int64_t>(place_.nextFrame, 0);
         return {std::max<std::int64_t>(missing, 0), place_.damagedFrames, place_.end};
     }
@@ -127,8 +127,8 @@ private:
         return held_ > 0;
     }
 
-    // Where blocks are missing, the decoder puts silence in their place, and in that of the one behind them. Started anew it only
-    // finds that one.
+    // Where blocks are missing, the decoder puts silence in their place, and in that of the one behind them. Started anew it
+    // only finds that one.
     void goOnFrom(const Place &place) {
         place_ = place;
         held_ = silent_ = 0;
@@ -232,7 +232,8 @@ private:
     static void metadataCallback(const FLAC__StreamDecoder *, const FLAC__StreamMetadata *metadata, void *data) {
         if (metadata->type == FLAC__METADATA_TYPE_STREAMINFO) self(data).takeInfo(metadata->data.stream_info);
     }
-    // What is lost is told by the gap that it leaves. A block that is given right after its checksum was found wrong is that one.
+    // What is lost is told by the gap that it leaves. A block that is given right after its checksum was found wrong is that
+    // one.
     static void errorCallback(const FLAC__StreamDecoder *, FLAC__StreamDecoderErrorStatus status, void *data) {
         self(data).isMismatch_ = status == FLAC__STREAM_DECODER_ERROR_STATUS_FRAME_CRC_MISMATCH;
         self(data).hasLostSync_ = true;
