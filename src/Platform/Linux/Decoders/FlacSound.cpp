@@ -68,7 +68,8 @@ public:
         // A stream that does not tell its length, and whose last block was cut off.
         const bool isCutOff = total_ == 0 && place_.end < start_ + source_.size() && isBlockAt(place_.end);
         const std::int64_t missing = isCutOff ? longestBlock_ : total_ - std::max<std::int64_t>(place_.nextFrame, 0);
-        return {std::max<std::int64_t>(missing, 0), place_.damagedFrames, place_.end};
+        return {std::max<std::int64_t>(missing, 0), place_.damagedFrames, place_.end,
+                std::max<std::int64_t>(place_.nextFrame, 0)};
     }
 
 private:
