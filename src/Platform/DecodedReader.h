@@ -31,10 +31,10 @@ struct DecodedFormat {
 
 // What turned out to be wrong with a sound that was read to its end.
 struct DecodedEnd {
-    std::int64_t missingFrames = 0;      // that the file says it has behind the last one that is there
-    std::int64_t damagedFrames = 0;      // of those that were read: they could not be decoded and are silent
-    std::optional<std::int64_t> offset;  // where in the source the sound ended, where that is known
-    std::optional<std::int64_t> frame;   // the number of the frame behind the last, where the file numbers them
+    std::int64_t missingFrames = 0;           // that the file says it has behind the last one that is there
+    std::int64_t damagedFrames = 0;           // of those that were read: they could not be decoded and are silent
+    std::optional<std::int64_t> offset = {};  // where in the source the sound ended, where that is known
+    std::optional<std::int64_t> frame = {};   // the number of the frame behind the last, where the file numbers them
 };
 
 // Why a file that is of a known kind cannot be decoded; what() is the reason in a few words, without a full stop.

@@ -126,13 +126,14 @@ struct Lossy {
     const char *typeName;
     double decibels;                      // of the tone over what differs from it, sample for sample
     std::int64_t spare = 0, missing = 0;  // frames that may be too many or too few at the end
+    std::vector<std::int64_t> channels = {1, 2};
 };
 
 const Lossy lossy[] = {
     {"a.mp3", "ffmpeg -y -i in.wav -b:a 192k a.mp3", 44100, "MP3", 30},
     {"named.flac", "ffmpeg -y -i in.wav -b:a 192k -f mp3 named.flac", 44100, "MP3", 30},
     {"a.mp2", "ffmpeg -y -i in.wav -b:a 192k a.mp2", 44100, "MP2", -100, 3000},
-    {"a.ogg", "ffmpeg -y -i in.wav -c:a libvorbis -q:a 7 a.ogg", 44100, "Ogg Vorbis", 30},
+    {"a.ogg", "ffmpeg -y -i in.wav -c:a libvorbis -q:a 7 a.ogg", 44100, "Ogg Vorbis", 30, 0, 0, {1, 2, 3, 5, 6, 8}},
     {"a.opus", "ffmpeg -y -i in.wav -c:a libopus -b:a 160k a.opus", 48000, "Opus", 25},
     {"a.m4a", "ffmpeg -y -i in.wav -c:a aac -b:a 192k a.m4a", 44100, "AAC", 25, 2048},
     {"a.wma", "ffmpeg -y -i in.wav -c:a wmav2 -b:a 192k a.wma", 44100, "WMA", -100, 8192, 2048},
@@ -168,7 +169,7 @@ std::string refusal(Desk &desk, const AudioFileContents &contents) {
 TEST(Formats, ThatLoseSomethingAreReadWhereItWas) {
     Desk desk;
     for (const Lossy &row : lossy)
-        for (const std::int64_t channels : {1, 2}) {
+        for (const std::int64_t channels : row.channels) {
             const bool isMono = std::string_view(row.command).find("-c 1") != std::string_view::npos;
             if (isMono && channels != 1) continue;
             const KnownSound sound = knownTone(channels, row.rate, 50001);
@@ -404,6 +405,48 @@ TEST(Formats, FlacThatIsNotWholeIsReadAsFarAsItGoesAndSaysSo) {
     }
 }
 
+// Each row makes x.mp3 of a.mp3, which tells its length. What is wrong is told, and by nobody else.
+TEST(Formats, Mp3ThatIsNotWholeIsReadAsFarAsItGoesAndSaysSo) {
+    Desk desk;
+    desk.write("in.wav", ourWav(knownTone(2, 44100, 300000)));
+    ASSERT_TRUE(desk.run("ffmpeg -y -i in.wav -b:a 128k a.mp3 && ffmpeg -y -i in.wav -ar 22050 -b:a 128k other.mp3"));
+    const std::string whole = readText(desk.path("a.mp3")), other = readText(desk.path("other.mp3"));
+    std::mt19937 random(3);
+    std::string noise(8000, '\0'), picture = "ID3" + std::string("\4\0\0\0\x7A\0\0", 7);
+    for (char &byte : noise) byte = char(random());
+    while (picture.size() < 10 + (0x7A << 14)) picture += noise;
+    picture.resize(10 + (0x7A << 14));
+    const struct {
+        const char *what;
+        std::string bytes;
+        std::int64_t least, most;  // frames that are missing; below 0: it is no sound
+    } rows[] = {
+        {"whole", whole, 0, 0},
+        {"behind a tag of two megabytes", picture + whole, 0, 0},
+        {"with tags behind", whole + "TAG" + std::string(125, 'x'), 0, 0},
+        {"cut off", whole.substr(0, whole.size() / 2), 140000, 155000},
+        {"with noise in it", std::string(whole).replace(40000, noise.size(), noise), 15000, 30000},
+        {"with a hole", std::string(whole).erase(40000, 8000), 15000, 30000},
+        {"with another sound behind", whole + other, -1, -1},
+        {"nothing but a tag", picture, -1, -1},
+    };
+    for (const auto &row : rows) {
+        writeText(desk.path("x.mp3"), row.bytes);
+        testing::internal::CaptureStderr();
+        std::int64_t missing = -1;
+        try {
+            const AudioFileContents contents = desk.read("x.mp3");
+            missing = contents.missingFrames;
+            EXPECT_EQ(contents.buffer.frames() + missing, 300000) << row.what;
+            EXPECT_EQ(desk.framesTold("x.mp3"), contents.buffer.frames()) << row.what;
+        } catch (const AudioFileError &) {
+        }
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << row.what;
+        EXPECT_GE(missing, row.least) << row.what;
+        EXPECT_LE(missing, row.most) << row.what;
+    }
+}
+
 std::string tag(const std::string &mark, const std::string &size, const std::string &text) { return mark + size + text; }
 
 // Tags of kinds that are not FLAC's own, with what looks like a block inside, which stand before and behind the sound.
@@ -493,12 +536,19 @@ TEST(Formats, ThatDoNotHoldWhatWasWrittenLeaveTheFileAsItWas) {
             return other([=](KnownSound &changed, AudioFileContents &) { changed.words[at] ^= step; });
         };
         const std::string right = flacBytes(contents);
+        const auto image = AudioFileCodec::fileImage(contents);
+        const auto size = std::size_t(image.samplesSize({130 * 4096, 131 * 4096}));
+        const auto at = std::size_t(image.samplesOffset() + image.samplesSize({0, 130 * 4096}));
+        const std::string exchanged =
+            right.substr(0, at) + right.substr(at + size, size) + right.substr(at, size) + right.substr(at + 2 * size);
         const std::pair<const char *, std::string> rows[] = {
             {"the first sample", sample(0)},
             {"a sample where two parts meet", sample(256 * 4096)},
             {"the last sample", sample(frames - 1)},
             {"a sample too many", other([](KnownSound &s, AudioFileContents &) { s.words.push_back(0); })},
             {"a sample too few", other([](KnownSound &s, AudioFileContents &) { s.words.pop_back(); })},
+            {"a sample between the ends", sample(100 * 4096 + 7)},
+            {"two blocks exchanged", exchanged},
             {"another rate", other([](KnownSound &s, AudioFileContents &) { s.rate = 48000; })},
             {"another end", other([](KnownSound &, AudioFileContents &c) { c.trailing = {std::byte('U')}; })},
             {"a bit", std::string(right).replace(right.size() / 2, 1, 1, char(right[right.size() / 2] ^ 1))},

@@ -38,7 +38,7 @@ public:
         if (status != FLAC__STREAM_DECODER_INIT_STATUS_OK) throw DecodeFault(damaged);
         FLAC__stream_decoder_process_until_end_of_metadata(decoder_.get());
         source_.rethrow();
-        if (total_ < 0 || state() == FLAC__STREAM_DECODER_END_OF_STREAM) throw DecodeFault(damaged);
+        if (total_ < 0 || format_.sampleRate <= 0 || state() == FLAC__STREAM_DECODER_END_OF_STREAM) throw DecodeFault(damaged);
         place_.end = position();
     }
 
