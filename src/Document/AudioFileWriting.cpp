@@ -17,9 +17,7 @@ void writeAudioFile(Files &files, DecodedReader *decoders, const std::string &pa
     files.replace(
         path, [&](ByteSink &sink) { image.writeTo(sink, &progress); },
         [&](const ByteSource &written) {
-            if (isOwn) return;
-            if (!decoders || !readsBack(*decoders, written, contents, image, progress))
-                throw AudioFileError::writeCheckFailed();
+            if (!isOwn && !readsBack(decoders, written, contents, image, progress)) throw AudioFileError::writeCheckFailed();
         });
 }
 

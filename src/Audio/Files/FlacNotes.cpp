@@ -51,9 +51,6 @@ SoundNotes flacNotes(const AudioFileContents &contents) {
     }
     notes.id3 = contents.leading;
     if (!contents.trailing.empty()) notes.others.push_back("what stood behind the end");
-    if (contents.wrapping)
-        for (const SampleWrapping::Part &part : contents.wrapping->parts)
-            if (!part.isBare && part.id != "info") notes.others.push_back(quotedId(part.id));
     const auto isOther = [](const FlacMetadataBlock &block) { return block.type == FlacMetadataBlock::application; };
     if (std::ranges::any_of(contents.flacMetadata, isOther)) notes.others.push_back("what programs keep in the file");
     for (std::uint32_t i = 0; i < contents.positions.size(); ++i)
