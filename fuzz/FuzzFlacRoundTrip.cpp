@@ -80,6 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
             "the format comes back");
     readerCheck::checkSamples(*sound, made);
     const std::int64_t frames = made.contents.buffer.frames();
-    require(frames == 0 || openFlac(source)->countFrames() == frames, "the length is told");
+    const auto counted = openFlac(source)->countFrames();  // samples that look like a block may keep it from being told
+    require(!counted || *counted == frames, "a length that is told is true");
     return 0;
 }

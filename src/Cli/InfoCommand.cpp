@@ -99,6 +99,7 @@ std::string asJson(const std::string &path, const Summary &summary, JsonWriter::
     writeEncoding(json, format.encoding);
     json.field("channels", contents.buffer.channels()).field("frames", summary.frames);
     json.field("bufferRate", contents.buffer.sampleRate());
+    json.field("missingFrames", contents.missingFrames).field("damagedFrames", contents.damagedFrames);
     writeChunks(json, contents.chunks);
     writeFrames(json, "positions", contents.positions);
     writeFrames(json, "markers", shown.markers);
@@ -123,8 +124,13 @@ std::string asText(const std::string &path, const Summary &summary) {
                        (contents.format.bitsDescription.empty() ? "" : contents.format.bitsDescription + ", ") +
                        rateText(contents.format.sampleRate) + ", " + std::to_string(buffer.channels()) +
                        (buffer.channels() == 1 ? " channel\n" : " channels\n");
-    text += "  length   " + std::to_string(summary.frames) + " frames, " +
-            format(AudioEditorTimeUnit::seconds, double(summary.frames), buffer.sampleRate()) + "\n";
+    const auto length = [&](const char *what, std::int64_t frames, const char *more) {
+        text += std::string("  ") + what + std::to_string(frames) + " frames, " +
+                format(AudioEditorTimeUnit::seconds, double(frames), buffer.sampleRate()) + more + "\n";
+    };
+    length("length   ", summary.frames, "");
+    if (contents.missingFrames > 0) length("missing  ", contents.missingFrames, ": the file ends early");
+    if (contents.damagedFrames > 0) length("damaged  ", contents.damagedFrames, ": they could not be read and are silent");
     if (shown.loop) text += "  loop     " + std::to_string(shown.loop->lo) + " " + std::to_string(shown.loop->hi) + "\n";
     if (!shown.markers.empty()) {
         text += "  markers ";

@@ -1,8 +1,12 @@
 #include "Cli/Reading.h"
 
-#include "Cli/Interrupt.h"
+#include <cstdio>
 
+#include "Cli/Interrupt.h"
 #include "Document/AudioFileReading.h"
+#include "Document/FileFaults.h"
+#include "Document/FileNames.h"
+#include "Platform/FileCopy.h"
 #include "Support/Failures.h"
 
 namespace kiv::Cli {
@@ -41,9 +45,12 @@ void openNow(AudioDocument &document, const std::string &path) {
 }
 
 AudioFileContents readNow(const DocumentServices &services, const std::string &path) {
-    return resultOf<AudioFileContents>(services, path, [&](Progress &progress) {
+    AudioFileContents contents = resultOf<AudioFileContents>(services, path, [&](Progress &progress) {
         return readAudioFile(services.files, services.decoders, path, progress).contents;
     });
+    for (const std::string &fault : faultTexts(quoted(nameOf(path)), contents, contents.buffer.frames()))
+        std::fprintf(stderr, "%s: %s\n", path.c_str(), fault.c_str());
+    return contents;
 }
 
 AudioFileCodec::AudioFileSummary summarizeNow(const DocumentServices &services, const std::string &path) {

@@ -17,7 +17,7 @@ struct FileFailure : std::runtime_error {
 // Runs work on that file as a job with a progress bar. Throws FileFailure and Cancelled.
 void runNow(const DocumentServices &services, const std::string &path, const std::function<void(Progress &)> &work);
 
-// The same way opens a document, or reads the sound file at a path.
+// The same way opens a document, or reads the sound file at a path and says on standard error what is wrong with it.
 void openNow(AudioDocument &document, const std::string &path);
 AudioFileContents readNow(const DocumentServices &services, const std::string &path);
 // The same without the samples.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "Audio/Files/FlacMetadata.h"
 #include "Audio/Files/SampleDecoding.h"
 #include "Audio/Files/SampleResidue.h"
 
@@ -101,12 +102,25 @@ std::optional<Result> withSound(DecodedReader &decoders, const ByteSource &sourc
     }
 }
 
+void takeFaults(AudioFileContents &contents, const DecodedEnd &end) {
+    contents.missingFrames = end.missingFrames;
+    contents.damagedFrames = end.damagedFrames;
+}
+
+void takeEnd(AudioFileContents &contents, const DecodedEnd &end, const ByteSource &source) {
+    takeFaults(contents, end);
+    const bool isFlac = contents.decodedSetting(formatIdentifierKey) == "flac";
+    if (isFlac) contents.flacMetadata = AudioFileCodec::flacMetadata(source);
+    if (isFlac && end.offset) keepAroundFlac(contents, source, *end.offset);
+}
+
 // For a file that cannot tell.
-std::int64_t framesByReading(DecodedReader &decoders, const ByteSource &source) {
+std::int64_t framesByReading(DecodedReader &decoders, const ByteSource &source, AudioFileContents &contents) {
     const auto sound = decoders.open(source);
     BlockReader blocks(*sound);
     std::int64_t frames = 0;
     for (AudioEditorBuffer block = blocks.next(); !block.isEmpty(); block = blocks.next()) frames += block.frames();
+    takeFaults(contents, sound->end());
     return frames;
 }
 
@@ -129,7 +143,7 @@ std::optional<AudioFileContents> readDecoded(DecodedReader &decoders, const Byte
             buffer = buffer.replacing({buffer.frames(), buffer.frames()}, block);
             progress.throwIfCancelled();
         }
-        contents.flacMetadata = AudioFileCodec::flacMetadata(source);
+        takeEnd(contents, sound.end(), source);
         return contents;
     });
 }
@@ -141,7 +155,7 @@ std::optional<AudioFileCodec::AudioFileSummary> summarizeDecoded(DecodedReader &
     return withSound<Summary>(decoders, counted, [&](DecodedSound &sound) {
         Summary summary{described(sound.format(), path), 0};
         const auto told = sound.countFrames();
-        summary.frames = told ? *told : framesByReading(decoders, counted);
+        summary.frames = told ? *told : framesByReading(decoders, counted, summary.contents);
         summary.contents.flacMetadata = AudioFileCodec::flacMetadata(source);
         return summary;
     });

@@ -5,6 +5,7 @@
 
 #include "Audio/Files/AudioFileConversion.h"
 #include "Document/AudioFileReading.h"
+#include "Document/FileFaults.h"
 #include "Document/FileNames.h"
 #include "Editor/AudioEditorModel/AudioEditorLoops.h"
 #include "Support/Failures.h"
@@ -35,16 +36,6 @@ void load(DocumentCore &core, const std::string &path,
         });
 }
 
-// The file was cut off, in a copy that ended early perhaps: what is there is all there is to be saved.
-void tellMissing(DocumentCore &core) {
-    const AudioEditorBuffer &buffer = core.model.state().buffer;
-    const auto seconds = [&](std::int64_t frames) {
-        return kiv::format(AudioEditorTimeUnit::seconds, double(frames), buffer.sampleRate());
-    };
-    core.ui.showNotice(NoticeKind::warning, core.quotedName() + " ends early: " + seconds(buffer.frames()) + " of " +
-                                                seconds(buffer.frames() + core.file.contents->missingFrames) + " are there.");
-}
-
 enum class Install { fresh, again };
 
 void install(DocumentCore &core, Loaded loaded, Install how) {
@@ -63,7 +54,8 @@ void install(DocumentCore &core, Loaded loaded, Install how) {
         core.file.savedVersion = model.state().contentVersion;
     }
     core.tell();
-    if (core.file.contents->missingFrames > 0) tellMissing(core);
+    for (const std::string &fault : faultTexts(core.quotedName(), *core.file.contents, model.state().buffer.frames()))
+        core.ui.showNotice(NoticeKind::warning, fault);
     if (loaded.file.recovery == Files::Recovery::restored)
         core.ui.showNotice(NoticeKind::information,
                            "A save had been interrupted: " + core.quotedName() + " is as it was before.");

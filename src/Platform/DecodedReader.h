@@ -29,6 +29,14 @@ struct DecodedFormat {
     bool isWide() const { return !isFloat && bits > 24; }
 };
 
+// What turned out to be wrong with a sound that was read to its end.
+struct DecodedEnd {
+    std::int64_t missingFrames = 0;           // that the file says it has behind the last one that is there
+    std::int64_t damagedFrames = 0;           // of those that were read: they could not be decoded and are silent
+    std::optional<std::int64_t> offset = {};  // where in the source the sound ended, where that is known
+    std::optional<std::int64_t> frame = {};   // the number of the frame behind the last, where the file numbers them
+};
+
 // Why a file that is of a known kind cannot be decoded; what() is the reason in a few words, without a full stop.
 struct DecodeFault : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -47,6 +55,8 @@ public:
     virtual std::int64_t read(std::span<std::int32_t> out) = 0;
     // All frames there are, where that can be told for certain without decoding them; reading may not go on afterwards.
     virtual std::optional<std::int64_t> countFrames() = 0;
+    // To be asked when no more frames come.
+    virtual DecodedEnd end() const { return {}; }
 };
 
 class DecodedReader {

@@ -17,20 +17,22 @@ constexpr AudioSaveFormat wav16{Container::wav, 16}, wav24{Container::wav, 24}, 
 const std::string markedFile =
     Wav::file(Wav::ramp(1000), Wav::cue({100, 900}) + Wav::smpl(200, 299) + Wav::chunk("abcd", "odd"));
 
-// A decoder that takes every file for one of a kind, and finds silence in it.
+// A decoder that takes every file for one of a kind, and finds silence in it, or a ramp.
 class SilentDecoder : public DecodedReader {
 public:
-    SilentDecoder(DecodedFormat format, std::int64_t frames) : format_(std::move(format)), frames_(frames) {}
-    std::unique_ptr<DecodedSound> open(const ByteSource &) override { return std::make_unique<Sound>(format_, frames_); }
+    SilentDecoder(DecodedFormat format, std::int64_t frames, float step = 0)
+        : format_(std::move(format)), frames_(frames), step_(step) {}
+    std::unique_ptr<DecodedSound> open(const ByteSource &) override { return std::make_unique<Sound>(format_, frames_, step_); }
 
 private:
     class Sound : public DecodedSound {
     public:
-        Sound(DecodedFormat format, std::int64_t frames) : format_(std::move(format)), frames_(frames), left_(frames) {}
+        Sound(DecodedFormat format, std::int64_t frames, float step)
+            : format_(std::move(format)), frames_(frames), left_(frames), step_(step) {}
         const DecodedFormat &format() const override { return format_; }
         std::int64_t read(std::span<float> out) override {
             const std::int64_t count = std::exchange(left_, 0);
-            std::fill_n(out.begin(), count, 0.0f);
+            for (std::int64_t i = 0; i < count; ++i) out[std::size_t(i)] = float(i + 1) * step_;
             return count;
         }
         std::int64_t read(std::span<std::int32_t>) override { return 0; }
@@ -39,10 +41,12 @@ private:
     private:
         DecodedFormat format_;
         std::int64_t frames_, left_;
+        float step_;
     };
 
     DecodedFormat format_;
     std::int64_t frames_;
+    float step_;
 };
 
 struct SaveAsWorld : DocumentWorld {
@@ -93,7 +97,7 @@ TEST(SaveAs, MovesTheDocumentToTheNewFileAndFormatAndKeepsItsHistory) {
 // FLAC stores neither; the editor goes on showing both, and a format that has a place for them gets them.
 TEST(SaveAs, KeepsMarkersAndLoopInTheEditorWhereTheFormatCannot) {
     SaveAsWorld world;
-    SilentDecoder flac({.typeName = "FLAC", .identifier = "flac", .sampleRate = 8000}, 1000);
+    SilentDecoder flac({.typeName = "FLAC", .identifier = "flac", .bits = 16, .sampleRate = 8000}, 1000, 0x1p-15f);
     AudioDocument document({*world.files, world.jobs, world.settings, world.clipboard, nullptr, &flac}, world.ui);
     document.open(world.path, [](const std::string &error) { EXPECT_EQ(error, ""); });
     const auto saveAs = [&](const std::string &path, const AudioSaveFormat &format) {

@@ -112,7 +112,7 @@ AudioFileImage fileImage(const AudioFileContents &contents) {
     return flacImage(contents, std::stoi(contents.decodedSetting(bitDepthKey)));
 }
 
-std::vector<FlacMetadataBlock> flacMetadata(const ByteSource &source) { return readFlacMetadata(SourceReader(source)); }
+std::vector<FlacMetadataBlock> flacMetadata(const ByteSource &source) { return readFlacMetadata(source); }
 
 Bytes patched(const AudioFileChunk &chunk, const std::vector<std::int64_t> &positions) {
     Bytes data = chunk.data;

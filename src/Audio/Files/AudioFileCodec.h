@@ -49,8 +49,8 @@ void throwIfUnsupported(const ByteSource &source);
 AudioFileImage wavImage(const AudioFileContents &contents);
 AudioFileImage aiffImage(const AudioFileContents &contents);
 AudioFileImage nativeImage(const AudioFileContents &contents);  // by container
-// A FLAC file of 4 to 32 bits with the metadata blocks of the contents; its audio is not compressed. Throws AudioFileError
-// `writeCheckFailed` for what FLAC cannot hold: more than 8 channels, or rates above 1,048,575 Hz.
+// A FLAC file of 4 to 32 bits with the metadata blocks of the contents and what stood around it; its audio is not compressed.
+// Throws AudioFileError `writeCheckFailed` for what FLAC cannot hold: more than 8 channels, or rates above 1,048,575 Hz.
 AudioFileImage flacImage(const AudioFileContents &contents, int bits);
 // A file of another kind with its wrapping as it was and the sizes in it set right. Throws AudioFileError `tooLarge`, and
 // `writeCheckFailed` where the wrapping does not fit the sound.

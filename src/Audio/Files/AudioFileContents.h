@@ -151,7 +151,9 @@ struct AudioFileContents {
     std::vector<std::pair<std::string, std::string>> texts;  // of a decoded file: "TITLE" and the like, for other formats
     std::optional<SampleWrapping> wrapping;                  // decoded files that can be written back all the same
     std::int64_t missingFrames = 0;  // that the file says it has, and does not hold: it has been cut off
-    Bytes trailing;                  // what stands behind the last chunk and is none; written back as it is
+    std::int64_t damagedFrames = 0;  // that could not be decoded, and are silent
+    Bytes leading;                   // ID3 tags before the start of a FLAC file; written back as they are
+    Bytes trailing;                  // what stands behind the last chunk, or the last frame of a FLAC file; the same
 
     // Whether it can be written back in its own format with nothing lost. Of decoded files FLAC can, and those with a wrapping
     // that fits the sound.

@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cctype>
+#include <tuple>
 
 #include "Audio/Files/AudioFileCodec.h"
 #include "Audio/Files/ByteFields.h"
@@ -101,6 +102,7 @@ void exchangeFormat(AudioFileContents &contents) {
 // A file with nothing in it but its format and the samples.
 void startAnew(AudioFileContents &contents) {
     contents.chunks.clear();
+    contents.leading.clear();
     contents.trailing.clear();
     contents.flacMetadata.clear();
     contents.coreAudioSettings.reset();
@@ -124,7 +126,7 @@ Conversion toFlac(AudioFileContents contents, int bits) {
     AudioFileContents &flac = result.contents;
     const bool wasFlac = flac.decodedSetting(formatIdentifierKey) == "flac", losesRate = !hasWholeRate(flac);
     const SoundNotes notes = soundNotes(flac);
-    const std::vector<FlacMetadataBlock> kept = flac.flacMetadata;
+    const AudioFileContents was = flac;
     if (flac.loop) forgetLoop(flac);
     flac.format = {.container = AudioContainer::coreAudio,
                    .encoding = std::nullopt,
@@ -135,7 +137,7 @@ Conversion toFlac(AudioFileContents contents, int bits) {
     startAnew(flac);
     flac.coreAudioSettings = {{formatIdentifierKey, "flac"}, {bitDepthKey, std::to_string(bits)}};
     if (wasFlac)
-        flac.flacMetadata = kept;
+        std::tie(flac.flacMetadata, flac.leading, flac.trailing) = std::tie(was.flacMetadata, was.leading, was.trailing);
     else
         result.left = putFlacNotes(flac, notes);
     if (losesRate) result.left.push_back("the exact sample rate");

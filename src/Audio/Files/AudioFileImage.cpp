@@ -92,6 +92,15 @@ std::int64_t AudioFileImage::size() const {
     return total;
 }
 
+std::int64_t AudioFileImage::samplesOffset() const {
+    std::int64_t offset = 0;
+    for (const Piece &piece : pieces_) {
+        offset += std::int64_t(piece.bytes.size());
+        if (piece.samples) break;
+    }
+    return offset;
+}
+
 void AudioFileImage::writeTo(ByteSink &sink, Progress *progress) const {
     if (progress) progress->start(size());
     CountingSink counting(sink, progress);

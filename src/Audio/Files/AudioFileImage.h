@@ -24,6 +24,11 @@ public:
     AudioFileImage(std::vector<Piece> pieces, std::shared_ptr<const SampleCoder> samples);
 
     std::int64_t size() const;
+    // Where in the file the encoded samples start, and how many bytes those of a part take. A part starts at a multiple of
+    // blockFrames(), and ends at one or at the end of the sound.
+    std::int64_t samplesOffset() const;
+    std::int64_t samplesSize(FrameRange part) const { return samples_->size(part); }
+    std::int64_t blockFrames() const { return samples_->blockFrames(); }
     // Encodes on all cores in blocks and writes in order, one write at a time but not all from the calling thread. Counts the
     // bytes written. Throws what the sink throws, and Cancelled.
     void writeTo(ByteSink &sink, Progress *progress = nullptr) const;

@@ -3,63 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
-#include <cmath>
 #include <vector>
 
 #include "Audio/Files/AudioFileCodec.h"
 #include "Audio/Files/ByteFields.h"
+#include "Audio/Files/FlacChecksums.h"
+#include "Audio/Files/StoredSamples.h"
 
 namespace kiv {
 namespace {
 
 constexpr std::endian big = std::endian::big;
-
-constexpr std::array<std::uint8_t, 256> crc8Table = [] {
-    std::array<std::uint8_t, 256> table{};
-    for (unsigned i = 0; i < 256; ++i) {
-        unsigned crc = i;
-        for (int bit = 0; bit < 8; ++bit) crc = crc << 1 ^ (crc & 0x80 ? 0x107 : 0);
-        table[i] = std::uint8_t(crc);
-    }
-    return table;
-}();
-
-// Table k holds what a byte adds to the checksum that stands k bytes before the end: with eight of them, eight bytes are summed
-// up without waiting for one another.
-using Crc16Tables = std::array<std::array<std::uint16_t, 256>, 8>;
-constexpr Crc16Tables crc16Tables = [] {
-    Crc16Tables tables{};
-    for (unsigned i = 0; i < 256; ++i) {
-        unsigned crc = i << 8;
-        for (int bit = 0; bit < 8; ++bit) crc = crc << 1 ^ (crc & 0x8000 ? 0x18005 : 0);
-        tables[0][i] = std::uint16_t(crc);
-    }
-    for (std::size_t k = 1; k < tables.size(); ++k)
-        for (std::size_t i = 0; i < 256; ++i) {
-            const std::uint16_t before = tables[k - 1][i];
-            tables[k][i] = std::uint16_t(before << 8 ^ tables[0][before >> 8]);
-        }
-    return tables;
-}();
-
-std::uint8_t crc8(std::span<const std::byte> bytes) {
-    std::uint8_t crc = 0;
-    for (const std::byte byte : bytes) crc = crc8Table[crc ^ std::to_integer<std::uint8_t>(byte)];
-    return crc;
-}
-
-std::uint16_t crc16(std::span<const std::byte> bytes) {
-    const auto &t = crc16Tables;
-    std::uint16_t crc = 0;
-    const std::byte *at = bytes.data(), *const end = at + bytes.size();
-    for (; end - at >= 8; at += 8) {
-        const std::uint64_t word = wordAt<std::uint64_t>({at, 8}, 0, big) ^ std::uint64_t(crc) << 48;
-        crc = std::uint16_t(t[7][word >> 56] ^ t[6][word >> 48 & 0xFF] ^ t[5][word >> 40 & 0xFF] ^ t[4][word >> 32 & 0xFF] ^
-                            t[3][word >> 24 & 0xFF] ^ t[2][word >> 16 & 0xFF] ^ t[1][word >> 8 & 0xFF] ^ t[0][word & 0xFF]);
-    }
-    for (; at < end; ++at) crc = std::uint16_t(crc << 8 ^ t[0][crc >> 8 ^ std::to_integer<std::uint8_t>(*at)]);
-    return crc;
-}
 
 // Writes numbers of any width one behind the other, the highest bit first.
 class BitWriter {
@@ -122,37 +76,10 @@ void putNumber(BitWriter &writer, std::int64_t number) {
     for (int i = bytes - 2; i >= 0; --i) writer.put(0x80 | (std::uint32_t(number >> (6 * i)) & 0x3F), 8);
 }
 
-// Samples as integers of the full 32 bits of `bits` or fewer, interleaved.
-using Integers = std::vector<std::int32_t>;
-
-std::int32_t rounded(float sample, double fullScale) {
-    if (!std::isfinite(sample)) return 0;
-    return std::int32_t(std::clamp(std::round(double(sample) * fullScale), -fullScale, fullScale - 1));
-}
-
-// Where the samples come from wide integers, those hold them exactly, in their upper bits.
-Integers integersOf(const AudioEditorBuffer &buffer, FrameRange part, int bits) {
-    Integers integers(std::size_t(part.count() * buffer.channels()));
-    const double fullScale = std::ldexp(1.0, bits - 1);
-    const AudioSampleEncoding wide{.bytes = 4, .validBits = 32, .bigEndian = std::endian::native == big};
-    auto out = std::span(integers);
-    buffer.forEachSpan(part, [&](std::span<const float> samples, FrameRange here) {
-        const auto now = out.first(samples.size());
-        if (bits > 24 && buffer.hasOriginals(here)) {
-            AudioFileCodec::encodeSamples(buffer, here, wide, std::as_writable_bytes(now));
-            for (std::int32_t &integer : now) integer >>= 32 - bits;
-        } else {
-            std::transform(samples.begin(), samples.end(), now.begin(), [=](float s) { return rounded(s, fullScale); });
-        }
-        out = out.subspan(samples.size());
-    });
-    return integers;
-}
-
 constexpr std::uint32_t verbatim = 1 << 1;  // the byte that a channel starts with
 
 void putAnyWidth(const AudioEditorBuffer &buffer, FrameRange part, int bits, std::span<std::byte> out) {
-    const Integers integers = integersOf(buffer, part, bits);
+    const std::vector<std::int32_t> integers = integersOf(buffer, part, bits);
     const auto channels = std::size_t(buffer.channels());
     BitWriter writer(out);
     for (std::size_t c = 0; c < channels; ++c) {
@@ -235,10 +162,10 @@ void FlacFrames::encodeFrame(std::int64_t number, FrameRange part, std::span<std
     header.put(std::uint32_t(part.count() - 1), 16);
     header.put(rate.number, rate.bits);
     const std::size_t headerBytes = header.size();
-    out[headerBytes] = std::byte(crc8(out.first(headerBytes)));
+    out[headerBytes] = std::byte(flacCrc8(out.first(headerBytes)));
     const auto samples = out.subspan(headerBytes + 1, out.size() - headerBytes - std::size_t(checksums));
     (bits_ % 8 == 0 ? putWholeBytes : putAnyWidth)(buffer_, part, bits_, samples);
-    putWord(out, out.size() - 2, big, crc16(out.first(out.size() - 2)));
+    putWord(out, out.size() - 2, big, flacCrc16(out.first(out.size() - 2)));
 }
 
 }  // namespace kiv

@@ -3,30 +3,27 @@
 #include <array>
 
 #include "Audio/Files/ByteFields.h"
+#include "Audio/Files/SourceReader.h"
+#include "Support/SoundTags.h"
 
 namespace kiv {
 namespace {
 
-using Block = FlacMetadataBlock;
-
-// Behind an ID3 tag that some programs put there.
-std::int64_t markAt(const SourceReader &reader) {
-    constexpr std::int64_t header = 10;
-    std::array<std::byte, header> head;
-    if (reader.size() < header) return 0;
-    reader.read(0, head);
-    const auto at = [&](std::size_t i) { return std::to_integer<std::int64_t>(head[i]); };
-    if (at(0) != 'I' || at(1) != 'D' || at(2) != '3') return 0;
-    const bool hasFooter = (at(5) & 0x10) != 0;
-    return header + (hasFooter ? header : 0) + (at(6) << 21 | at(7) << 14 | at(8) << 7 | at(9));
+bool startsFrame(const SourceReader &reader, std::int64_t at) {
+    std::array<std::byte, 2> sync{};
+    if (reader.size() - at < std::int64_t(sync.size())) return false;
+    reader.read(at, sync);
+    return (u16At(sync, 0, std::endian::big) & 0xFFFE) == 0xFFF8;
 }
 
 }  // namespace
 
-std::vector<FlacMetadataBlock> readFlacMetadata(const SourceReader &reader) {
+std::vector<FlacMetadataBlock> readFlacMetadata(const ByteSource &source) {
+    using Block = FlacMetadataBlock;
+    const SourceReader reader(source);
     std::vector<FlacMetadataBlock> blocks;
     std::array<std::byte, 4> header;
-    std::int64_t at = markAt(reader);
+    std::int64_t at = endOfTagsAtStart(source);
     if (reader.size() - at < 4) return blocks;
     reader.read(at, header);
     if (idAt(header, 0) != "fLaC") return blocks;
@@ -44,6 +41,16 @@ std::vector<FlacMetadataBlock> readFlacMetadata(const SourceReader &reader) {
         at += size;
     }
     return blocks;
+}
+
+// A frame that has been cut off, or cannot be read, would be taken for sound behind what we write.
+void keepAroundFlac(AudioFileContents &contents, const ByteSource &source, std::int64_t end) {
+    const SourceReader reader(source);
+    const std::int64_t start = endOfTagsAtStart(source);
+    contents.leading = reader.bytes(0, start);
+    const bool isFrame = contents.missingFrames > 0 || startsFrame(reader, end);
+    const std::int64_t behind = isFrame ? startOfTagsAtEnd(source, end) : end;
+    contents.trailing = reader.bytes(behind, reader.size() - behind);
 }
 
 }  // namespace kiv

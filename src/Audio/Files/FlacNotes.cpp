@@ -49,6 +49,8 @@ SoundNotes flacNotes(const AudioFileContents &contents) {
         if (block.type == FlacMetadataBlock::tags) readTags(block.data, notes);
         if (block.type == FlacMetadataBlock::picture) notes.others = {"pictures"};
     }
+    notes.id3 = contents.leading;
+    if (!contents.trailing.empty()) notes.others.push_back("what stood behind the end");
     const auto isOther = [](const FlacMetadataBlock &block) { return block.type == FlacMetadataBlock::application; };
     if (std::ranges::any_of(contents.flacMetadata, isOther)) notes.others.push_back("what programs keep in the file");
     for (std::uint32_t i = 0; i < contents.positions.size(); ++i)

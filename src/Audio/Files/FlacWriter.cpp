@@ -39,15 +39,14 @@ AudioFileImage flacImage(const AudioFileContents &contents, int bits) {
     if (bits < 4 || bits > 32 || buffer.channels() > FlacFrames::mostChannels || buffer.sampleRate() > FlacFrames::highestRate)
         throw AudioFileError::writeCheckFailed();
     const auto &kept = contents.flacMetadata;
-    Bytes head;
+    Bytes head = contents.leading;
     append(head, "fLaC");
     appendBlock(head, kept.empty() ? lastBlock : 0, streamInfo(buffer, bits));
     for (std::size_t i = 0; i < kept.size(); ++i) {
         const std::uint32_t last = i + 1 == kept.size() ? lastBlock : 0;
         appendBlock(head, last | std::uint32_t(kept[i].type) << 24, kept[i].data);
     }
-    std::vector<AudioFileImage::Piece> pieces(1);
-    pieces[0] = {std::move(head), true};
+    std::vector<AudioFileImage::Piece> pieces{{std::move(head), true}, {contents.trailing, false}};
     return {std::move(pieces), std::make_shared<FlacFrames>(buffer, bits)};
 }
 

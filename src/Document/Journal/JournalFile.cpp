@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t mostMetadata = std::size_t(16) << 20;
 
 std::size_t metadataBytes(const AudioFileContents &contents) {
-    std::size_t bytes = contents.trailing.size();
+    std::size_t bytes = contents.leading.size() + contents.trailing.size();
     for (const AudioFileChunk &chunk : contents.chunks) bytes += chunk.data.size();
     for (const FlacMetadataBlock &block : contents.flacMetadata) bytes += block.data.size();
     if (contents.wrapping)

@@ -10,9 +10,12 @@ namespace kiv {
 // A source as C libraries read it: with a place to go on from, and with failures kept until one is out of the library again.
 class CallbackSource {
 public:
-    explicit CallbackSource(const ByteSource &source) : source_(source) {}
+    explicit CallbackSource(const ByteSource &source) : CallbackSource(source, 0, source.size()) {}
+    // As if there were nothing but a part of the source.
+    CallbackSource(const ByteSource &source, std::int64_t start, std::int64_t end)
+        : source_(source), start_(start), size_(std::max<std::int64_t>(end - start, 0)) {}
 
-    std::int64_t size() const { return source_.size(); }
+    std::int64_t size() const { return size_; }
     std::int64_t position() const { return position_; }
     void seek(std::int64_t position) { position_ = std::clamp<std::int64_t>(position, 0, size()); }
     bool isAtEnd() const { return position_ >= size(); }
@@ -21,7 +24,8 @@ public:
     std::size_t read(void *out, std::size_t count) noexcept {
         if (failure_) return 0;
         try {
-            const std::size_t done = source_.read(position_, {static_cast<std::byte *>(out), count});
+            const std::size_t left = std::size_t(size_ - position_);
+            const std::size_t done = source_.read(start_ + position_, {static_cast<std::byte *>(out), std::min(count, left)});
             position_ += std::int64_t(done);
             return done;
         } catch (...) {
@@ -37,6 +41,7 @@ public:
 
 private:
     const ByteSource &source_;
+    const std::int64_t start_, size_;
     std::int64_t position_ = 0;
     std::exception_ptr failure_;
 };

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Decoders/DecoderModule.h"
 #include "Platform/Linux/Decoders/FlacSound.h"
+#include "Platform/Linux/Decoders/MpegSound.h"
 #include "Platform/Linux/Decoders/SndfileSound.h"
 
 namespace kiv {
@@ -8,8 +9,9 @@ namespace {
 class DecodersReader : public DecodedReader {
 public:
     std::unique_ptr<DecodedSound> open(const ByteSource &source) override {
-        auto sound = openFlac(source);
-        return sound ? std::move(sound) : openWithSndfile(source);
+        if (auto sound = openFlac(source)) return sound;
+        // libsndfile reads MPEG audio too, but says on standard error what it finds wrong with it.
+        return startsAsMpeg(source) ? openMpeg(source) : openWithSndfile(source);
     }
 };
 

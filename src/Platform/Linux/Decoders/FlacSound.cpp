@@ -7,31 +7,30 @@
 #include <vector>
 
 #include "Platform/Linux/Decoders/CallbackSource.h"
+#include "Support/SoundTags.h"
 
 namespace kiv {
 namespace {
 
 constexpr const char *damaged = "the FLAC data is damaged";
+constexpr const char *severalStreams = "several FLAC streams stand in it, one behind the other";
+constexpr std::string_view streamMark = "fLaC";
+constexpr int mostFailures = 100;  // of finding a block behind damage
 
-// Where the stream starts: behind an ID3 tag that some programs put there.
-std::int64_t streamStart(const ByteSource &source) {
-    std::array<std::byte, 10> head;
-    if (source.read(0, head) < head.size()) return 0;
-    const auto at = [&](std::size_t i) { return std::to_integer<std::int64_t>(head[i]); };
-    if (at(0) != 'I' || at(1) != 'D' || at(2) != '3') return 0;
-    const std::int64_t footer = at(5) & 0x10 ? 10 : 0;
-    return 10 + footer + (at(6) << 21 | at(7) << 14 | at(8) << 7 | at(9));
-}
-
-bool isFlac(const ByteSource &source) {
-    std::array<char, 4> mark;
+bool isFlac(const ByteSource &source, std::int64_t start) {
+    std::array<char, streamMark.size()> mark;
     const auto bytes = std::as_writable_bytes(std::span(mark));
-    return source.read(streamStart(source), bytes) == mark.size() && std::string_view(mark.data(), mark.size()) == "fLaC";
+    return source.read(start, bytes) == mark.size() && std::string_view(mark.data(), mark.size()) == streamMark;
 }
 
 class FlacSound : public DecodedSound {
 public:
-    explicit FlacSound(const ByteSource &source) : source_(source), decoder_(FLAC__stream_decoder_new()) {
+    // Tags are kept from the decoder, which might take something in them for a block.
+    FlacSound(const ByteSource &source, std::int64_t start)
+        : whole_(source),
+          start_(start),
+          source_(source, start, startOfTagsAtEnd(source, start)),
+          decoder_(FLAC__stream_decoder_new()) {
         if (!decoder_) throw std::bad_alloc();
         const auto status =
             FLAC__stream_decoder_init_stream(decoder_.get(), readCallback, seekCallback, tellCallback, lengthCallback,
@@ -39,7 +38,8 @@ public:
         if (status != FLAC__STREAM_DECODER_INIT_STATUS_OK) throw DecodeFault(damaged);
         FLAC__stream_decoder_process_until_end_of_metadata(decoder_.get());
         source_.rethrow();
-        if (total_ < 0 || state() == FLAC__STREAM_DECODER_END_OF_STREAM) throw DecodeFault(damaged);
+        if (total_ < 0 || format_.sampleRate <= 0 || state() == FLAC__STREAM_DECODER_END_OF_STREAM) throw DecodeFault(damaged);
+        place_.end = position();
     }
 
     const DecodedFormat &format() const override { return format_; }
@@ -52,19 +52,33 @@ public:
         return readAs(out, [shift](FLAC__int32 sample) { return std::int32_t(std::uint32_t(sample) << shift); });
     }
 
-    // The first block must be the start, and the last sample where the file says, with nothing behind it.
+    // The first block must be the start, and the last sample where the file says, with nothing like a block behind it.
     std::optional<std::int64_t> countFrames() override {
-        if (total_ == 0 || !advance() || nextFrame_ != std::int64_t(held_)) return std::nullopt;
+        if (total_ == 0 || !advance() || place_.nextFrame != std::int64_t(held_)) return std::nullopt;
         isCounting_ = true;
         const bool isThere = FLAC__stream_decoder_seek_absolute(decoder_.get(), FLAC__uint64(total_ - 1));
         source_.rethrow();
-        if (!isThere || held_ != 1) return std::nullopt;
-        isDamaged_ = false;  // what was tried on the way there does not count
+        if (!isThere || held_ != 1 || isStreamAt(place_.end)) return std::nullopt;
+        isBroken_ = false;  // what was tried on the way there does not count
         if (advance()) return std::nullopt;
         return total_;
     }
 
+    DecodedEnd end() const override {
+        // A stream that does not tell its length, and whose last block was cut off.
+        const bool isCutOff = total_ == 0 && place_.end < start_ + source_.size() && isBlockAt(place_.end);
+        const std::int64_t missing = isCutOff ? longestBlock_ : total_ - std::max<std::int64_t>(place_.nextFrame, 0);
+        return {std::max<std::int64_t>(missing, 0), place_.damagedFrames, place_.end,
+                std::max<std::int64_t>(place_.nextFrame, 0)};
+    }
+
 private:
+    // Behind the last block that was read.
+    struct Place {
+        std::int64_t nextFrame = -1;  // where the next block must start; below 0 before the first
+        std::int64_t end = 0;         // in the source
+        std::int64_t damagedFrames = 0;
+    };
     struct Delete {
         void operator()(FLAC__StreamDecoder *decoder) const { FLAC__stream_decoder_delete(decoder); }
     };
@@ -75,7 +89,14 @@ private:
     std::int64_t readAs(std::span<Sample> out, Convert convert) {
         const auto channels = std::size_t(format_.channels), wanted = out.size() / channels;
         std::size_t done = 0;
-        while (done < wanted && (used_ < held_ || advance())) {
+        while (done < wanted && (silent_ > 0 || used_ < held_ || advance())) {
+            if (silent_ > 0) {
+                const std::size_t count = std::min(wanted - done, silent_);
+                std::fill_n(out.data() + done * channels, count * channels, Sample(0));
+                done += count;
+                silent_ -= count;
+                continue;
+            }
             const std::size_t count = std::min(wanted - done, held_ - used_);
             for (std::size_t c = 0; c < channels; ++c) {
                 const FLAC__int32 *in = frame_.data() + c * stride_ + used_;
@@ -91,13 +112,48 @@ private:
     // Decodes the next block; false at the end.
     bool advance() {
         used_ = held_ = 0;
-        while (held_ == 0) {
-            const bool went = FLAC__stream_decoder_process_single(decoder_.get());
+        int failures = 0;
+        while (held_ == 0 && state() != FLAC__STREAM_DECODER_END_OF_STREAM && failures < mostFailures) {
+            const Place before = place_;
+            blocksAtOnce_ = 0;
+            isMismatch_ = false;
+            failures += FLAC__stream_decoder_process_single(decoder_.get()) ? 0 : 1;
             source_.rethrow();
-            if (isDamaged_ || !went) throw DecodeFault(damaged);
-            if (state() == FLAC__STREAM_DECODER_END_OF_STREAM) break;
+            if (state() > FLAC__STREAM_DECODER_END_OF_STREAM) throw DecodeFault(damaged);
+            if (blocksAtOnce_ > 1) goOnFrom(before);
+            if (isBroken_) throw DecodeFault(isStreamAt(before.end) ? severalStreams : damaged);
         }
+        const bool holdsNothing = held_ == 0 && place_.nextFrame < 0 && (total_ > 0 || hasLostSync_);
+        if (holdsNothing) throw DecodeFault(damaged);
         return held_ > 0;
+    }
+
+    // Where blocks are missing, the decoder puts silence in their place, and in that of the one behind them. Started anew it
+    // only finds that one.
+    void goOnFrom(const Place &place) {
+        place_ = place;
+        held_ = silent_ = 0;
+        isBroken_ = false;
+        FLAC__stream_decoder_flush(decoder_.get());
+        source_.seek(place.end - start_);
+    }
+
+    std::int64_t position() const {
+        FLAC__uint64 position = 0;
+        return start_ + (FLAC__stream_decoder_get_decode_position(decoder_.get(), &position) ? std::int64_t(position) : 0);
+    }
+
+    std::string_view startsAt(std::int64_t offset, std::span<char> out) const {
+        return {out.data(), whole_.read(offset, std::as_writable_bytes(out))};
+    }
+    bool isBlockAt(std::int64_t offset) const {
+        std::array<char, 2> sync;
+        const std::string_view found = startsAt(offset, sync);
+        return found == "\xFF\xF8" || found == "\xFF\xF9";
+    }
+    bool isStreamAt(std::int64_t offset) const {
+        std::array<char, 4> mark;
+        return startsAt(offset, mark) == streamMark;
     }
 
     void takeInfo(const FLAC__StreamMetadata_StreamInfo &info) {
@@ -109,20 +165,39 @@ private:
                    .sampleRate = info.sample_rate};
     }
 
-    // A block that is not where the last one ended, or of another format, means that something is missing.
+    // A block of another format, or one that is already over, does not belong to this sound.
     void takeBlock(const FLAC__Frame &frame, const FLAC__int32 *const samples[]) {
         const FLAC__FrameHeader &header = frame.header;
-        if (header.channels != format_.channels || int(header.bits_per_sample) != format_.bits) isDamaged_ = true;
-        if (isDamaged_) return;
-        const auto number = std::int64_t(header.number.sample_number);
-        const bool isFirst = nextFrame_ < 0 && !hasLostSync_;  // of a recorded stream, which may start anywhere
-        if (!isCounting_ && !isFirst && number != std::max<std::int64_t>(nextFrame_, 0)) isDamaged_ = true;
+        const auto number = std::int64_t(header.number.sample_number), expected = expectedFrame(number);
+        if (isMismatch_ && number != expected) return;  // it may be none at all
+        ++blocksAtOnce_;
+        longestBlock_ = std::max<std::int64_t>(longestBlock_, header.blocksize);
+        const bool isOther = header.channels != format_.channels || int(header.bits_per_sample) != format_.bits;
+        isBroken_ = isBroken_ || isOther || !canBridge(number - expected);
+        if (isBroken_) return;
         held_ = header.blocksize;
-        nextFrame_ = number + header.blocksize;
+        silent_ = std::size_t(number - expected);
+        const std::int64_t lost = number - expected + (isMismatch_ ? header.blocksize : 0);
+        place_ = {number + header.blocksize, position(), place_.damagedFrames + lost};
         stride_ = held_;
         frame_.resize(stride_ * header.channels);
-        for (std::size_t c = 0; c < header.channels; ++c)
-            std::copy_n(samples[c], held_, frame_.begin() + std::ptrdiff_t(c * stride_));
+        for (std::size_t c = 0; c < header.channels; ++c) {
+            const auto channel = frame_.begin() + std::ptrdiff_t(c * stride_);
+            isMismatch_ ? std::fill_n(channel, held_, 0) : std::copy_n(samples[c], held_, channel);
+        }
+    }
+
+    // Where the block must start that comes next; a recorded stream may start anywhere.
+    std::int64_t expectedFrame(std::int64_t number) const {
+        if (isCounting_) return number;
+        return place_.nextFrame >= 0 ? place_.nextFrame : hasLostSync_ ? 0 : number;
+    }
+
+    // Whether silence can stand for what is gone before a block, so that all behind it stays where it was. No block takes fewer
+    // than ten bytes, so there is a limit to what is believed to be gone.
+    bool canBridge(std::int64_t gap) const {
+        constexpr std::int64_t leastBytes = 10;
+        return gap >= 0 && gap / longestBlock_ <= (position() - place_.end) / leastBytes;
     }
 
     static FlacSound &self(void *data) { return *static_cast<FlacSound *>(data); }
@@ -158,28 +233,37 @@ private:
     static void metadataCallback(const FLAC__StreamDecoder *, const FLAC__StreamMetadata *metadata, void *data) {
         if (metadata->type == FLAC__METADATA_TYPE_STREAMINFO) self(data).takeInfo(metadata->data.stream_info);
     }
-    // A lost sync is told by the gap that it leaves: what stands behind the last block may be a tag.
+    // What is lost is told by the gap that it leaves. A block that is given right after its checksum was found wrong is that
+    // one.
     static void errorCallback(const FLAC__StreamDecoder *, FLAC__StreamDecoderErrorStatus status, void *data) {
-        const bool isMismatch = status == FLAC__STREAM_DECODER_ERROR_STATUS_FRAME_CRC_MISMATCH;
-        (isMismatch ? self(data).isDamaged_ : self(data).hasLostSync_) = true;
+        self(data).isMismatch_ = status == FLAC__STREAM_DECODER_ERROR_STATUS_FRAME_CRC_MISMATCH;
+        self(data).hasLostSync_ = true;
     }
 
+    const ByteSource &whole_;
+    const std::int64_t start_;  // of the stream, behind tags
     CallbackSource source_;
     std::unique_ptr<FLAC__StreamDecoder, Delete> decoder_;
     DecodedFormat format_;
     std::int64_t total_ = -1;  // as the file says; 0: unknown
     std::vector<FLAC__int32> frame_;
     std::size_t stride_ = 0, held_ = 0, used_ = 0;
-    std::int64_t nextFrame_ = -1;  // where the next block must start; below 0 before the first
-    bool isDamaged_ = false, hasLostSync_ = false;
+    std::size_t silent_ = 0;  // frames before the block that is held
+    Place place_;
+    std::int64_t longestBlock_ = 1;
+    int blocksAtOnce_ = 0;
+    bool isBroken_ = false;    // beyond what silence can stand for
+    bool isMismatch_ = false;  // the block at hand is not what its checksum says
+    bool hasLostSync_ = false;
     bool isCounting_ = false;
 };
 
 }  // namespace
 
 std::unique_ptr<DecodedSound> openFlac(const ByteSource &source) {
-    if (!isFlac(source)) return nullptr;
-    return std::make_unique<FlacSound>(source);
+    const std::int64_t start = endOfTagsAtStart(source);
+    if (!isFlac(source, start)) return nullptr;
+    return std::make_unique<FlacSound>(source, start);
 }
 
 }  // namespace kiv

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <vector>
 
 #include "Platform/Linux/Decoders/CallbackSource.h"
@@ -99,6 +100,28 @@ constexpr std::array texts{
     Named{SF_STR_GENRE, "GENRE"},     Named{SF_STR_TRACKNUMBER, "TRACKNUMBER"},
 };
 
+// Vorbis and Opus have channels in an order of their own (Vorbis I, 4.3.9; RFC 7845, 5.1.1.2): which of theirs stand at the
+// places that all other formats have them in. Nothing where the orders agree.
+std::span<const int> channelOrder(int kind, std::int64_t channels) {
+    static constexpr std::array<int, 3> three{0, 2, 1};
+    static constexpr std::array<int, 5> five{0, 2, 1, 3, 4};
+    static constexpr std::array<int, 6> six{0, 2, 1, 5, 3, 4};
+    static constexpr std::array<int, 7> seven{0, 2, 1, 6, 5, 3, 4};
+    static constexpr std::array<int, 8> eight{0, 2, 1, 7, 5, 6, 3, 4};
+    if (kind != SF_FORMAT_VORBIS && kind != SF_FORMAT_OPUS) return {};
+    static constexpr std::array<std::span<const int>, 9> orders{{{}, {}, {}, three, {}, five, six, seven, eight}};
+    return channels < std::int64_t(orders.size()) ? orders[std::size_t(channels)] : std::span<const int>();
+}
+
+template <class Sample>
+void reorder(std::span<Sample> samples, std::span<const int> order) {
+    std::array<Sample, 8> frame;
+    for (std::size_t at = 0; at + order.size() <= samples.size(); at += order.size()) {
+        std::copy_n(samples.begin() + std::ptrdiff_t(at), order.size(), frame.begin());
+        for (std::size_t c = 0; c < order.size(); ++c) samples[at + c] = frame[std::size_t(order[c])];
+    }
+}
+
 std::vector<std::pair<std::string, std::string>> textsOf(SNDFILE *file) {
     std::vector<std::pair<std::string, std::string>> found;
     for (const Named &text : texts)
@@ -129,6 +152,7 @@ public:
         if (!file_) return;
         format_ = described(source, info_);
         format_.texts = textsOf(file_.get());
+        order_ = channelOrder(info_.format & SF_FORMAT_SUBMASK, format_.channels);
     }
 
     bool isOpen() const { return file_ && info_.channels > 0 && info_.samplerate > 0; }
@@ -162,6 +186,7 @@ private:
             if (count <= 0) break;
             done += count;
         }
+        if (!order_.empty()) reorder(out.first(std::size_t(done * format_.channels)), order_);
         return done;
     }
 
@@ -169,6 +194,7 @@ private:
     SF_INFO info_{};
     std::unique_ptr<SNDFILE, Close> file_;
     DecodedFormat format_;
+    std::span<const int> order_;
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include <libavutil/mem.h>
 #include <libavutil/opt.h>
 }
 
@@ -132,7 +133,8 @@ DecodedFormat described(const AVFormatContext &file, const AVCodecContext &decod
                          .sampleRate = decoder.sample_rate,
                          .texts = textsOf(file)};
     const int width = 8 * av_get_bytes_per_sample(decoder.sample_fmt);
-    if (isLossless(decoder.codec_id)) format.bits = decoder.bits_per_raw_sample > 0 ? decoder.bits_per_raw_sample : width;
+    const int told = decoder.bits_per_raw_sample;
+    if (isLossless(decoder.codec_id)) format.bits = told > 0 && told <= width ? told : width;
     return format;
 }
 
@@ -143,11 +145,14 @@ float toFloat(std::int32_t sample) { return float(sample) * 0x1p-31f; }
 float toFloat(std::int64_t sample) { return float(double(sample) * 0x1p-63); }
 float toFloat(float sample) { return sample; }
 float toFloat(double sample) { return float(sample); }
+// The same at the top of 32 bits. Floats are never asked for that way.
+std::int32_t toWide(std::uint8_t sample) { return std::int32_t(std::uint32_t(sample - 128) << 24); }
+std::int32_t toWide(std::int16_t sample) { return std::int32_t(std::uint32_t(sample) << 16); }
 std::int32_t toWide(std::int32_t sample) { return sample; }
-template <class Sample>
-std::int32_t toWide(Sample) {
-    return 0;
+std::int32_t toWide(std::int64_t sample) {
+    return std::int32_t(std::min<std::int64_t>((sample >> 32) + (sample >> 31 & 1), INT32_MAX));
 }
+std::int32_t toWide(double) { return 0; }
 void put(float &out, auto sample) { out = toFloat(sample); }
 void put(std::int32_t &out, auto sample) { out = toWide(sample); }
 
@@ -204,6 +209,7 @@ public:
     std::int64_t read(std::span<float> out) override { return readAs(out); }
     std::int64_t read(std::span<std::int32_t> out) override { return readAs(out); }
     std::optional<std::int64_t> countFrames() override { return std::nullopt; }
+    DecodedEnd end() const override { return {.missingFrames = missingFrames(), .damagedFrames = damagedFrames_}; }
 
 private:
     bool openDecoder() {
@@ -225,30 +231,55 @@ private:
     std::int64_t readAs(std::span<Sample> out) {
         const auto channels = std::size_t(format_.channels), wanted = out.size() / channels;
         std::size_t done = 0;
-        while (done < wanted && (used_ < std::size_t(frame_->nb_samples) || advance())) {
-            const std::size_t count = std::min(wanted - done, std::size_t(frame_->nb_samples) - used_);
-            for (std::size_t c = 0; c < channels; ++c) convertChannel(*frame_, c, used_, count, out.data() + done * channels);
+        while (done < wanted && (silent_ > 0 || used_ < std::size_t(frame_->nb_samples) || advance())) {
+            const std::size_t left = silent_ > 0 ? silent_ : std::size_t(frame_->nb_samples) - used_;
+            const std::size_t count = std::min(wanted - done, left);
+            Sample *to = out.data() + done * channels;
+            if (silent_ > 0)
+                std::fill_n(to, count * channels, Sample(0));
+            else
+                for (std::size_t c = 0; c < channels; ++c) convertChannel(*frame_, c, used_, count, to);
+            (silent_ > 0 ? silent_ -= count : used_ += count);
             done += count;
-            used_ += count;
         }
+        frames_ += std::int64_t(done);
         return std::int64_t(done);
     }
 
-    // The next frame that holds anything; false at the end.
+    // The next frame that holds anything, or silence in the place of some; false at the end.
     bool advance() {
         used_ = 0;
         for (;;) {
             const int got = avcodec_receive_frame(decoder_.get(), frame_.get());
-            if (got == AVERROR_EOF) return false;
+            if (got == AVERROR_EOF) return endsWell();
             if (got == AVERROR(EAGAIN)) {
                 feed();
                 continue;
             }
-            if (got < 0) throw DecodeFault(damaged);
+            if (got < 0) {
+                lose();
+                continue;
+            }
             if (frame_->ch_layout.nb_channels != format_.channels || frame_->sample_rate != format_.sampleRate)
                 throw DecodeFault("its channels or sample rate change on the way");
-            if (frame_->nb_samples > 0) return true;
+            if (frame_->nb_samples <= 0) continue;
+            frameLength_ = frame_->nb_samples;
+            return true;
         }
+    }
+
+    // Silence at the end goes on; a file of which nothing could be decoded is no sound.
+    bool endsWell() const {
+        if (damagedFrames_ > 0 && frameLength_ == 0) throw DecodeFault(damaged);
+        return silent_ > 0;
+    }
+
+    // Puts silence in the place of a packet that cannot be decoded, as long as the frame before it.
+    void lose() {
+        const int length = frameLength_ > 0 ? frameLength_ : decoder_->frame_size;
+        if (length <= 0) throw DecodeFault(damaged);
+        silent_ += std::size_t(length);
+        damagedFrames_ += length;
     }
 
     // Gives the decoder the next packet, or the end. A packet that it cannot take is one that is damaged.
@@ -263,9 +294,19 @@ private:
             }
             if (got < 0) throw DecodeFault(damaged);
             if (packet_->stream_index != stream_) continue;
-            if (avcodec_send_packet(decoder_.get(), packet_.get()) < 0) throw DecodeFault(damaged);
+            if (avcodec_send_packet(decoder_.get(), packet_.get()) < 0) lose();
             return;
         }
+    }
+
+    // Of a length that the file states; it need not be exact where frames are dropped at its ends.
+    std::int64_t missingFrames() const {
+        const AVStream &stream = *file_->streams[stream_];
+        const bool isStated = file_->duration_estimation_method == AVFMT_DURATION_FROM_STREAM && stream.duration > 0;
+        if (!isStated) return 0;
+        const std::int64_t inexact = format_.sampleRate / 10;
+        const std::int64_t missing = av_rescale_q(stream.duration, stream.time_base, {1, int(format_.sampleRate)}) - frames_;
+        return missing > inexact ? missing : 0;
     }
 
     CallbackSource source_;
@@ -275,13 +316,17 @@ private:
     std::unique_ptr<AVPacket, FreePacket> packet_{av_packet_alloc()};
     std::unique_ptr<AVFrame, FreeFrame> frame_{av_frame_alloc()};
     int stream_ = -1;
-    std::size_t used_ = 0;
+    std::size_t used_ = 0, silent_ = 0;
+    int frameLength_ = 0;  // of the last one that was decoded
+    std::int64_t frames_ = 0, damagedFrames_ = 0;
     DecodedFormat format_;
 };
 
 }  // namespace
 
 std::unique_ptr<DecodedSound> openWithFfmpeg(const ByteSource &source) {
+    constexpr std::size_t mostBytesAtOnce = std::size_t(256) << 20;  // whatever a damaged file asks for
+    av_max_alloc(mostBytesAtOnce);
     av_log_set_level(AV_LOG_QUIET);
     const AVInputFormat *kind = inputFormatOf(source);
     if (!kind) return nullptr;
