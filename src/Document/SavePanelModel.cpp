@@ -1,7 +1,5 @@
 #include "Document/SavePanelModel.h"
 
-#include <algorithm>
-#include <filesystem>
 #include <system_error>
 
 #include "Document/FileNames.h"
@@ -14,33 +12,17 @@ constexpr std::size_t longestName = 255;  // bytes, on every file system that ma
 
 bool isOnly(const std::string &text, const char *characters) { return text.find_first_not_of(characters) == text.npos; }
 
-std::string normal(const std::string &path) {
-    std::string text = std::filesystem::path(path).lexically_normal();
-    while (text.size() > 1 && text.ends_with('/')) text.pop_back();
-    return text;
-}
-
-bool isFolder(Files &files, const std::string &path) {
-    const auto identity = files.identity(path);
-    return identity && identity->kind == FileSystem::Kind::folder;
-}
-
 }  // namespace
-
-std::string folderAbove(const std::string &path) {
-    const std::size_t slash = path.find_last_of('/');
-    return slash == path.npos || slash == 0 ? "/" : path.substr(0, slash);
-}
-
-std::string pathWithin(const std::string &folder, const std::string &name) {
-    return folder.ends_with('/') ? folder + name : folder + '/' + name;
-}
 
 SavePanelModel::SavePanelModel(const DocumentUi::SavePanel &asked, std::string home)
     : home_(std::move(home)), folder_(folderAbove(asked.path)), format_(asked.format), wished_(asked.format) {
     if (format_) format_ = formatIn(format_->container, *format_);
     fixedExtension_ = extensionOf(nameOf(asked.path));
     name_ = proposedName_ = finishedName(nameOf(asked.path), extension());
+}
+
+void SavePanelModel::keepName() {
+    if (!isPath() && meaning() == Meaning::file) proposedName_ = finishedName(name_, extension());
 }
 
 std::string SavePanelModel::extension() const {
@@ -50,7 +32,7 @@ std::string SavePanelModel::extension() const {
 void SavePanelModel::setFolder(const std::string &folder) {
     if (isPath()) name_ = meaning() == Meaning::file ? nameOf(name_) : proposedName_;
     if (isOnly(name_, " ")) name_ = proposedName_;
-    folder_ = normal(folder);
+    folder_ = normalPath(folder);
     access_.reset();
 }
 
@@ -87,62 +69,41 @@ SavePanelModel::Meaning SavePanelModel::meaning() const {
     return finishedName(last, extension()).size() > longestName ? Meaning::nothing : Meaning::file;
 }
 
-std::string SavePanelModel::typedPath() const {
-    if (name_ == "~" || name_.starts_with("~/")) return normal(home_ + name_.substr(1));
-    return normal(name_.starts_with('/') ? name_ : pathWithin(folder_, name_));
-}
+std::string SavePanelModel::typedPath() const { return kiv::typedPath(name_, folder_, home_); }
 
 std::string SavePanelModel::target() const {
     const std::string path = typedPath();
     return pathWithin(folderAbove(path), finishedName(nameOf(path), extension()));
 }
 
-std::optional<SavePanelModel::Begun> SavePanelModel::begunFolder() const {
-    if (name_.find('/') == name_.npos) return std::nullopt;
-    const std::string part = nameOf(name_);
-    const bool isFromHome = name_.starts_with("~/");
-    const std::string above = name_.substr(0, name_.size() - part.size());
-    if (isFromHome) return Begun{normal(home_ + above.substr(1)), part};
-    return Begun{normal(above.starts_with('/') ? above : pathWithin(folder_, above)), part};
-}
+std::optional<BegunPath> SavePanelModel::begunFolder() const { return begunPath(name_, folder_, home_); }
 
-SavePanelModel::Verdict SavePanelModel::verdict() const {
-    using Access = FolderListing::Access;
+PathVerdict SavePanelModel::verdict() const {
     const Meaning what = meaning();
     const std::string last = nameOf(name_), finished = finishedName(last, extension());
     if (what == Meaning::folder) return {.canConfirm = true};
-    if (what == Meaning::nothing && finished.size() > longestName) return {.isFault = true, .words = "The name is too long"};
+    if (what == Meaning::nothing && finished.size() > longestName)
+        return {.isFault = true, .isInText = true, .words = "The name is too long"};
     const bool concernsFolder = !isPath();
-    if (concernsFolder && access_ == Access::missing) return {.isFault = true, .words = "This folder is no longer there"};
-    if (concernsFolder && access_ == Access::unreadable) return {.isFault = true, .words = "This folder cannot be read"};
-    if (concernsFolder && access_ == Access::readOnly) return {.isFault = true, .words = "This folder cannot be written to"};
+    if (const std::string fault = concernsFolder ? folderFault(access_) : ""; !fault.empty())
+        return {.isFault = true, .words = fault};
     if (what == Meaning::nothing) return {};
     return {.canConfirm = true, .words = finished == last ? "" : "Will be saved as " + quoted(finished)};
 }
 
-SaveCheck checkTarget(Files &files, const SavePanelModel &model) {
+PathCheck checkTarget(Files &files, const SavePanelModel &model) {
     const std::string typed = model.typedPath(), target = model.target(), folder = folderAbove(target);
-    const auto refusal = [](const std::string &words) { return SaveCheck{SaveCheck::Outcome::refuse, {}, words}; };
     try {
-        if (model.isPath() && isFolder(files, typed)) return {SaveCheck::Outcome::enterFolder, typed, {}};
-        if (model.meaning() == SavePanelModel::Meaning::folder) return refusal("There is no folder " + quoted(typed));
-        if (!isFolder(files, folder)) return refusal("There is no folder " + quoted(folder));
-        if (isFolder(files, target)) return refusal(quoted(nameOf(target)) + " is a folder");
-        if (!files.isWritable(folder)) return refusal(quoted(nameOf(folder)) + " cannot be written to");
+        if (model.isPath() && isFolder(files, typed)) return {PathCheck::Outcome::enterFolder, typed, {}};
+        if (model.meaning() == SavePanelModel::Meaning::folder)
+            return PathCheck::refusal("There is no folder " + quoted(typed));
+        if (!isFolder(files, folder)) return PathCheck::refusal("There is no folder " + quoted(folder));
+        if (isFolder(files, target)) return PathCheck::refusal(quoted(nameOf(target)) + " is a folder");
+        if (!files.isWritable(folder)) return PathCheck::refusal(quoted(nameOf(folder)) + " cannot be written to");
     } catch (const std::system_error &error) {
-        return refusal(error.what());
+        return PathCheck::refusal(error.what());
     }
-    return {SaveCheck::Outcome::write, target, {}};
-}
-
-std::string newFolderFault(Files &files, const std::string &path) {
-    try {
-        if (files.identity(path)) return quoted(nameOf(path)) + " already exists";
-        files.createFolder(path);
-    } catch (const std::system_error &error) {
-        return error.what();
-    }
-    return {};
+    return {PathCheck::Outcome::take, target, {}};
 }
 
 }  // namespace kiv

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "Document/DocumentUi.h"
-#include "Document/FolderListing.h"
+#include "Document/PanelPaths.h"
 #include "Document/SaveFormats.h"
 
 namespace kiv {
@@ -23,6 +23,8 @@ public:
     void setFolder(const std::string &folder);
     // Nothing while it is being read.
     void setAccess(std::optional<FolderListing::Access> access) { access_ = access; }
+    // The name in the field is what comes back when a path to a folder has been followed.
+    void keepName();
     // An extension that is a format's chooses it.
     void typeName(const std::string &name);
     // Of a file that is there, in a form that can be written.
@@ -36,18 +38,9 @@ public:
     std::string typedPath() const;  // absolute, as typed; of a folder without a slash at its end
     std::string target() const;     // the file to write, with its extension
 
-    // The folder whose name is being typed, and as much of it as there is; nothing while a plain name is typed.
-    struct Begun {
-        std::string folder, part;
-    };
-    std::optional<Begun> begunFolder() const;
+    std::optional<BegunPath> begunFolder() const;
 
-    struct Verdict {
-        bool canConfirm = false;
-        bool isFault = false;
-        std::string words = {};  // what stands against it, or what the user should know
-    };
-    Verdict verdict() const;
+    PathVerdict verdict() const;
 
 private:
     std::string extension() const;
@@ -59,20 +52,7 @@ private:
     std::optional<FolderListing::Access> access_;
 };
 
-// What Save has come to.
-struct SaveCheck {
-    enum class Outcome { write, enterFolder, refuse };
-
-    Outcome outcome = Outcome::refuse;
-    std::string path;   // to write, or to enter
-    std::string words;  // why not
-};
-// Blocks; any thread but the main and audio threads.
-SaveCheck checkTarget(Files &files, const SavePanelModel &model);
-// Makes a folder; what stands against it, or nothing. Blocks as well.
-std::string newFolderFault(Files &files, const std::string &path);
-
-std::string pathWithin(const std::string &folder, const std::string &name);
-std::string folderAbove(const std::string &path);  // "/" at the top
+// What Save comes to: a file to take, or a folder to enter. Blocks; any thread but the main and audio threads.
+PathCheck checkTarget(Files &files, const SavePanelModel &model);
 
 }  // namespace kiv

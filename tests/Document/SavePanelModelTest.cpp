@@ -150,24 +150,24 @@ TEST(SavePanelModelTest, WhatSaveComesTo) {
     disk.setWritable("/locked", false);
     const struct {
         const char *typed;
-        SaveCheck::Outcome outcome;
+        PathCheck::Outcome outcome;
         const char *text;
     } rows[] = {
-        {"new", SaveCheck::Outcome::write, "/m/new.wav"},
-        {"old.wav", SaveCheck::Outcome::write, "/m/old.wav"},
-        {"folder", SaveCheck::Outcome::refuse, "“folder.wav” is a folder"},
-        {"/m/folder.wav", SaveCheck::Outcome::enterFolder, "/m/folder.wav"},
-        {"../m/", SaveCheck::Outcome::enterFolder, "/m"},
-        {"none/", SaveCheck::Outcome::refuse, "There is no folder “/m/none”"},
-        {"none/a", SaveCheck::Outcome::refuse, "There is no folder “/m/none”"},
-        {"/locked/a", SaveCheck::Outcome::refuse, "“locked” cannot be written to"},
+        {"new", PathCheck::Outcome::take, "/m/new.wav"},
+        {"old.wav", PathCheck::Outcome::take, "/m/old.wav"},
+        {"folder", PathCheck::Outcome::refuse, "“folder.wav” is a folder"},
+        {"/m/folder.wav", PathCheck::Outcome::enterFolder, "/m/folder.wav"},
+        {"../m/", PathCheck::Outcome::enterFolder, "/m"},
+        {"none/", PathCheck::Outcome::refuse, "There is no folder “/m/none”"},
+        {"none/a", PathCheck::Outcome::refuse, "There is no folder “/m/none”"},
+        {"/locked/a", PathCheck::Outcome::refuse, "“locked” cannot be written to"},
     };
     for (const auto &row : rows) {
         SavePanelModel model = panel("/m/x.wav");
         model.typeName(row.typed);
-        const SaveCheck check = checkTarget(*files, model);
+        const PathCheck check = checkTarget(*files, model);
         EXPECT_EQ(check.outcome, row.outcome) << row.typed;
-        EXPECT_EQ(check.outcome == SaveCheck::Outcome::refuse ? check.words : check.path, row.text);
+        EXPECT_EQ(check.outcome == PathCheck::Outcome::refuse ? check.words : check.path, row.text);
     }
     EXPECT_EQ(newFolderFault(*files, "/m/old.wav"), "“old.wav” already exists");
     EXPECT_EQ(newFolderFault(*files, "/m/made"), "");

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <filesystem>
 
-#include "Document/Windows/FolderPanel.h"
+#include "Document/Windows/FolderPanelWindow.h"
 #include "Document/Windows/SavePanelWindow.h"
 #include "Editor/Views/AlertSheet.h"
 #include "Editor/Views/CrispPainting.h"
@@ -140,6 +140,10 @@ void DocumentWindowController::ask(const Question &question, std::function<void(
     });
 }
 
+PanelServices DocumentWindowController::panelServices() const {
+    return {services_.document.files, services_.document.jobs, services_.document.settings, services_.style};
+}
+
 // Parts of a sound often go to one folder, which need not be the sound's own.
 void DocumentWindowController::chooseFile(const SavePanel &panel,
                                           std::function<void(const std::optional<SaveTarget> &)> answer) {
@@ -158,19 +162,21 @@ void DocumentWindowController::chooseFile(const SavePanel &panel,
         if (target && isPart) chosenFolder_ = folderAbove(target->path);
         answer(target);
     };
-    const SavePanelServices services{services_.document.files, services_.document.jobs, services_.document.settings,
-                                     services_.style};
-    (new SavePanelWindow(services, asked, answered, view_.get()))->open();
+    (new SavePanelWindow(panelServices(), asked, answered, view_.get()))->open();
 }
 
 void DocumentWindowController::chooseFolder(const FolderChoice &choice,
                                             std::function<void(const std::optional<std::string> &)> answer) {
     ++questionsOpen_;
     bringForward();
-    showFolderPanel(view_.get(), choice, [this, answer = std::move(answer)](const std::optional<std::string> &folder) {
+    const auto answered = [this, answer = std::move(answer)](const std::optional<std::string> &folder) {
         --questionsOpen_;
         answer(folder);
-    });
+    };
+    FolderChoice asked = choice;
+    std::error_code isUnknown;
+    if (const auto whole = std::filesystem::absolute(choice.folder, isUnknown); !isUnknown) asked.folder = whole;
+    (new FolderPanelWindow(panelServices(), asked, answered, view_.get()))->open();
 }
 
 void DocumentWindowController::showError(const std::string &message, const std::string &informative) {

@@ -12,6 +12,8 @@
 
 namespace kiv {
 
+struct PanelServices;
+
 // What every document window works with; made once, borrowed.
 struct WindowServices {
     DocumentServices document;
@@ -71,6 +73,7 @@ private:
     void begin(std::function<void(const std::string &error)> failed,
                const std::function<void(std::function<void(const std::string &error)>)> &open);
     void showAlert(AlertTone tone, const Question &question, std::function<void(std::size_t)> answer);
+    PanelServices panelServices() const;
     void documentChanged();
     void dialogChanged();
     void showWindow();

@@ -5,7 +5,7 @@
 #include <QPointer>
 #include <QTimer>
 
-#include "Document/SavePanelModel.h"
+#include "Document/PanelPaths.h"
 #include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/CrispPainting.h"
 
@@ -13,7 +13,7 @@ namespace kiv {
 
 namespace {
 
-constexpr auto longReading = std::chrono::milliseconds(300);
+constexpr auto longReading = std::chrono::milliseconds(200);
 constexpr int listTop = 8;  // free above the first row, or the names of the columns
 constexpr int newFolderWidth = 160, beforeNewFolder = 16;
 constexpr int changedWidth = 110, sizeWidth = 100;        // of the columns
@@ -27,8 +27,8 @@ bool canBeFolder(const QString &name) {
 
 }  // namespace
 
-FolderBrowser::FolderBrowser(ViewStyle &style, Files &files, Jobs &jobs, QWidget *panel)
-    : style_(style), disk_(files), jobs_(jobs), panel_(panel), home_(homeFolder()) {
+FolderBrowser::FolderBrowser(ViewStyle &style, Files &files, Jobs &jobs, Shows shows, QWidget *panel)
+    : style_(style), disk_(files), jobs_(jobs), shows_(shows), panel_(panel), home_(homeFolder()) {
     makeWay();
     makeLists();
     readPlaces();
@@ -40,14 +40,14 @@ FolderBrowser::~FolderBrowser() {
 
 void FolderBrowser::makeWay() {
     path_ = new PathBar(style_, panel_);
-    path_->setAccessibleName("Folder");
+    path_->setAccessibleName(onScreen("Folder"));
     path_->onChosen = [this](const std::string &folder) { goTo(folder); };
     path_->onMade = [this](QWidget *crumb) {
         if (onCrumbMade) onCrumbMade(crumb);
     };
     newFolderButton_ = new QuietButton(style_, "", panel_);
     newFolderButton_->setIconName("plus");
-    newFolderButton_->setAccessibleName("New Folder");
+    newFolderButton_->setAccessibleName(onScreen("New Folder"));
     newFolderButton_->setToolTip(onScreen("New Folder (⇧⌘N)"));
     connect(newFolderButton_, &QPushButton::clicked, this, [this] { beginNewFolder(); });
 }
@@ -55,12 +55,12 @@ void FolderBrowser::makeWay() {
 void FolderBrowser::makeLists() {
     placeRows_.setPlaces(userPlaces());
     places_ = new RowList(style_, panel_);
-    places_->setAccessibleName("Places");
+    places_->setAccessibleName(onScreen("Places"));
     places_->setMarksCurrent(false);
     places_->setModel(&placeRows_);
     places_->onPressed = places_->onActivated = [this](int row) { goTo(placeRows_.places()[std::size_t(row)].path); };
     files_ = new RowList(style_, panel_);
-    files_->setAccessibleName("Files");
+    files_->setAccessibleName(onScreen(showsFolders() ? "Folders" : "Files"));
     files_->setModel(&folderRows_);
     files_->onPressed = [this](int row) { rowPressed(row); };
     files_->onActivated = [this](int row) { rowActivated(row); };
@@ -86,8 +86,8 @@ void FolderBrowser::goToParent() {
     if (folder_ != "/") goTo(folderAbove(folder_));
 }
 
-// What was read for another folder by then is dropped. Rows of the one before go when it takes long, and mean nothing until
-// then.
+// What was read for another folder by then is dropped. Rows of the one before mean nothing any more, but go only when it takes
+// long: a list that is empty for a moment flickers.
 void FolderBrowser::read() {
     struct Read {
         FolderListing::Access access;
@@ -98,20 +98,27 @@ void FolderBrowser::read() {
     const auto read = std::make_shared<Read>();
     jobs_.run(
         progress,
-        [read, &files = disk_, folder = folder_, now = std::time(nullptr)](Progress &job) {
-            const FolderListing listing = listFolder(files, folder, job);
+        [read, &files = disk_, folder = folder_, now = std::time(nullptr), isFolders = showsFolders()](Progress &job) {
+            FolderListing listing = listFolder(files, folder, job);
+            if (isFolders) std::erase_if(listing.entries, [](const FolderEntry &entry) { return !entry.isFolder; });
             *read = {listing.access, folderRows(listing, now)};
         },
         [self = QPointer(this), read, progress](std::exception_ptr) {
             if (self && self->reading_ == progress) self->showRows(read->access, std::move(read->rows));
         });
     QTimer::singleShot(longReading, this, [this, progress] {
-        if (reading_ == progress) folderRows_.setRows({});
+        if (reading_ == progress) showWaiting();
     });
+}
+
+void FolderBrowser::showWaiting() {
+    folderRows_.setRows({});
+    files_->setNote(onScreen("Reading the folder…"));
 }
 
 void FolderBrowser::showRows(FolderListing::Access access, std::vector<FolderRow> rows) {
     reading_.reset();
+    files_->setNote({});
     folderRows_.setRows(std::move(rows));
     files_->scrollToTop();
     onRead(access);
@@ -130,13 +137,13 @@ void FolderBrowser::readPlaces() {
 }
 
 void FolderBrowser::rowPressed(int row) {
-    if (!reading_ && !folderRows_.row(row).isFolder) onFile(folderRows_.row(row).name, Taken::asName);
+    if (!reading_ && folderRows_.row(row).isFolder == showsFolders()) onTaken(folderRows_.row(row).name, Taken::asName);
 }
 
 void FolderBrowser::rowActivated(int row) {
     if (reading_) return;
     const FolderRow &chosen = folderRows_.row(row);
-    chosen.isFolder ? goTo(pathWithin(folder_, chosen.name)) : onFile(chosen.name, Taken::toSave);
+    chosen.isFolder ? goTo(pathWithin(folder_, chosen.name)) : onTaken(chosen.name, Taken::toSave);
 }
 
 bool FolderBrowser::listKey(QKeyEvent *event) {
@@ -151,8 +158,8 @@ void FolderBrowser::beginNewFolder() {
     if (newFolder_) return newFolder_->setFocus();
     newFolder_ = new Field(style_, FieldContent::text, panel_);
     newFolder_->setType(13, QFont::Normal);
-    newFolder_->setAccessibleName("Name of the new folder");
-    newFolder_->setText("New folder");
+    newFolder_->setAccessibleName(onScreen("Name of the new folder"));
+    newFolder_->setText(onScreen("New folder"));
     newFolder_->onEnter = [this] { makeFolder(newFolder_->text()); };
     newFolder_->onEscape = [this] {
         endNewFolder();
@@ -214,7 +221,8 @@ void FolderBrowser::place(const Box &way, const Box &places, const Box &files) {
     files_->setGeometry(files.x, files.y + rowsTop, files.width, files.height - rowsTop - 1);
     const double factor = style_.textFactor();
     const auto column = [&](int width, int wanted) { return files.width < wanted * factor ? 0 : int(width * factor); };
-    files_->setColumns({.second = column(sizeWidth, widthForSize), .third = column(changedWidth, widthForChanged)});
+    files_->setColumns(
+        {.second = showsFolders() ? 0 : column(sizeWidth, widthForSize), .third = column(changedWidth, widthForChanged)});
 }
 
 void FolderBrowser::paint(QPainter &painter, const Box &box, const Box &files) const {
@@ -224,7 +232,7 @@ void FolderBrowser::paint(QPainter &painter, const Box &box, const Box &files) c
               toColor(style_.colors().dialogLine));
     const QRectF header(files.x + RowList::padding, files.y + listTop, files.width - 2 * RowList::padding,
                         listHeaderHeight(style_));
-    paintListHeader(painter, header, {"Name", "Size", "Changed"}, files_->columns(), style_);
+    paintListHeader(painter, header, {onScreen("Name"), onScreen("Size"), onScreen("Changed")}, files_->columns(), style_);
 }
 
 }  // namespace kiv

@@ -20,12 +20,14 @@ namespace kiv {
 // main thread.
 class FolderBrowser : public QObject {
 public:
-    FolderBrowser(ViewStyle &style, Files &files, Jobs &jobs, QWidget *panel);
+    enum class Shows { everything, folders };
+    FolderBrowser(ViewStyle &style, Files &files, Jobs &jobs, Shows shows, QWidget *panel);
     ~FolderBrowser() override;
 
     const std::string &folder() const { return folder_; }
     void goTo(const std::string &folder);
     void goToParent();
+    void goHome() { goTo(home_); }
     void read();
     void beginNewFolder();
     // No row is the one that is meant.
@@ -39,18 +41,21 @@ public:
 
     std::function<void(const std::string &folder)> onFolder;
     std::function<void(FolderListing::Access access)> onRead;
-    // A file's name is taken by a press, and for good by a double-click or Enter.
+    // The name of a file, or of a folder where there are only these, is taken by a press; a file's for good by a double-click
+    // or Enter, which enter a folder.
     enum class Taken { asName, toSave };
-    std::function<void(const std::string &name, Taken taken)> onFile;
+    std::function<void(const std::string &name, Taken taken)> onTaken;
     std::function<void(const std::string &words)> onFault;
     std::function<void()> onNewFolderLeft;
     std::function<void(const QString &typed)> onPathBegun;  // "/" or "~" where no name is typed
     std::function<void(QWidget *crumb)> onCrumbMade;
 
 private:
+    bool showsFolders() const { return shows_ == Shows::folders; }
     void makeWay();
     void makeLists();
     void readPlaces();
+    void showWaiting();
     void showRows(FolderListing::Access access, std::vector<FolderRow> rows);
     void rowPressed(int row);
     void rowActivated(int row);
@@ -63,6 +68,7 @@ private:
     ViewStyle &style_;
     Files &disk_;
     Jobs &jobs_;
+    Shows shows_;
     QWidget *panel_;
     std::string home_, folder_;
     FolderRows folderRows_;

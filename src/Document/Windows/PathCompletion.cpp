@@ -10,7 +10,7 @@ PathCompletion::PathCompletion(Field &field, Files &files, Jobs &jobs)
     field.installEventFilter(this);
 }
 
-void PathCompletion::complete(const std::optional<SavePanelModel::Begun> &begun) {
+void PathCompletion::complete(const std::optional<BegunPath> &begun) {
     begun_ = begun;
     matches_.clear();
     typed_ = field_.text();

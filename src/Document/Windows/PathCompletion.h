@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "Document/FolderListing.h"
-#include "Document/SavePanelModel.h"
+#include "Document/PanelPaths.h"
 #include "Editor/Views/Field.h"
 #include "Platform/Jobs.h"
 
@@ -18,7 +18,7 @@ public:
     PathCompletion(Field &field, Files &files, Jobs &jobs);
 
     // What is being typed; nothing when it is no path. What a key has taken away is not put back.
-    void complete(const std::optional<SavePanelModel::Begun> &begun);
+    void complete(const std::optional<BegunPath> &begun);
     // The field has been given another text by the completion.
     std::function<void(const QString &text)> onCompleted;
 
@@ -34,7 +34,7 @@ private:
     Field &field_;
     Files &files_;
     Jobs &jobs_;
-    std::optional<SavePanelModel::Begun> begun_;
+    std::optional<BegunPath> begun_;
     std::string readFolder_;
     std::vector<FolderEntry> entries_;
     std::vector<std::string> matches_;

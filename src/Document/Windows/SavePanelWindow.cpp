@@ -1,201 +1,92 @@
 #include "Document/Windows/SavePanelWindow.h"
 
-#include <QCloseEvent>
-#include <QKeyEvent>
-#include <QPointer>
-#include <QScreen>
+#include <QFontMetricsF>
+#include <cmath>
 
-#include "Editor/Surfaces/EditorWindowLayout.h"
 #include "Editor/Views/CommandTarget.h"
+#include "Editor/Views/CrispPainting.h"
 
 namespace kiv {
 
-SavePanelWindow::SavePanelWindow(const SavePanelServices &services, const DocumentUi::SavePanel &asked, Answer answer,
+namespace {
+
+constexpr int afterLabel = 10;
+
+}  // namespace
+
+SavePanelWindow::SavePanelWindow(const PanelServices &services, const DocumentUi::SavePanel &asked, Answer answer,
                                  QWidget *owner)
-    : QWidget(owner, Qt::Dialog),
-      services_(services),
+    : BrowsingPanel(services, {asked.title, asked.message, "Name", "Save"}, FolderBrowser::Shows::everything, owner),
       model_(asked, homeFolder()),
-      answer_(std::move(answer)),
-      note_(new NoteLabel(services.style, NoteLabel::Kind::box, this)),
-      status_(new NoteLabel(services.style, NoteLabel::Kind::line, this)) {
-    setWindowModality(Qt::WindowModal);
-    setWindowTitle(onScreen(asked.title));
-    setAccessibleName(windowTitle());
-    setAccessibleDescription(onScreen(asked.message));
-    note_->setNote(NoteTone::plain, onScreen(asked.message));
-    makeName();
-    makeBrowser();
+      answer_(std::move(answer)) {
     makeFormats();
-    makeButtons();
-    ring_ = new FocusRing(services.style, this);
-    browser_->onCrumbMade = [this](QWidget *crumb) { ring_->follow(crumb); };
-    for (auto *button : findChildren<QAbstractButton *>()) ring_->follow(button);
-    styleChanges_ = services.style.changed.add([this](const ViewStyle &) { layOut(); });
-    resize(usualSize());
-    layOut();
-    browser_->goTo(model_.folder());
+    begin(model_.folder());
 }
 
-void SavePanelWindow::open() {
-    restoreFrame();
-    show();
-    name_->setFocus(Qt::OtherFocusReason);
-    selectStem();
-}
-
-void SavePanelWindow::selectStem() {
-    name_->setSelection(0, int(QString::fromStdString(std::string(stemOf(model_.name()))).size()));
-}
-
-void SavePanelWindow::showName(const QString &name) {
-    if (name_->text() != name) name_->setText(name);
-    refresh();
-}
-
-// What follows from the name and the format.
-void SavePanelWindow::refresh() {
-    const SavePanelModel::Verdict verdict = model_.verdict();
-    save_->setEnabled(verdict.canConfirm && !isChecking_);
-    name_->setReadable(!verdict.isFault || model_.meaning() != SavePanelModel::Meaning::nothing);
-    say(verdict.isFault ? NoteTone::error : NoteTone::plain, verdict.words);
+void SavePanelWindow::makeFormats() {
     if (!model_.format()) return;
-    containers_->setChosen(int(model_.format()->container));
-    for (std::size_t i = 0; i < bits_.size(); ++i) bits_[i]->setVisible(i == std::size_t(model_.format()->container));
+    QStringList labels;
+    for (const SaveContainerRow &row : saveContainers()) labels.append(onScreen(row.label));
+    containers_ = new Segments(style(), ButtonKind::sheet, labels, this);
+    containers_->setAccessibleName(onScreen("Format"));
+    containers_->onChosen = [this](int index) {
+        model_.chooseContainer(saveContainers()[std::size_t(index)].container);
+        showText();
+    };
+    for (const SaveContainerRow &row : saveContainers()) {
+        QStringList bits;
+        for (const AudioSaveFormat &format : row.formats) bits.append(onScreen(bitsLabel(format)));
+        Segments *&segments = bits_[std::size_t(row.container)];
+        segments = new Segments(style(), ButtonKind::sheet, bits, this);
+        segments->setAccessibleName(onScreen("Bits"));
+        segments->onChosen = [this, formats = row.formats](int index) {
+            model_.chooseFormat(formats[std::size_t(index)]);
+            refresh();
+        };
+    }
+}
+
+std::function<PathCheck(Files &)> SavePanelWindow::check() const {
+    return [model = model_](Files &files) { return checkTarget(files, model); };
+}
+
+void SavePanelWindow::answer(const std::optional<std::string> &path) {
+    answer_(path ? std::optional(DocumentUi::SaveTarget{*path, model_.format()}) : std::nullopt);
+}
+
+int SavePanelWindow::stemLength() const { return int(QString::fromStdString(std::string(stemOf(model_.name()))).size()); }
+
+QList<QWidget *> SavePanelWindow::choices() const {
+    return model_.format() ? QList<QWidget *>{containers_, &bitsRow()} : QList<QWidget *>();
+}
+
+void SavePanelWindow::measureChoices(SavePanelMeasures &measures) const {
+    if (!containers_) return;
+    measures.containers = containers_->sizeHint().width();
+    measures.bitsLabel = int(std::ceil(QFontMetricsF(style().font(13)).horizontalAdvance(onScreen("Bits")))) + afterLabel;
+    for (const Segments *row : bits_) measures.bits = std::max(measures.bits, row->sizeHint().width());
+}
+
+void SavePanelWindow::placeChoices() {
+    if (!containers_) return;
+    const Box &bits = layout().bits;
+    containers_->setGeometry(toRect(layout().containers));
+    for (Segments *row : bits_) row->setGeometry(bits.x, bits.y, row->sizeHint().width(), bits.height);
+}
+
+void SavePanelWindow::paintChoices(QPainter &painter) {
+    paintLabel(painter, savePanelPadding, layout().containers, "Format");
+    paintLabel(painter, layout().bitsLabelLeft, layout().bits, "Bits");
+}
+
+void SavePanelWindow::refreshChoices() {
+    if (!model_.format()) return;
+    const auto chosen = std::size_t(model_.format()->container);
+    containers_->setChosen(int(chosen));
+    for (std::size_t i = 0; i < bits_.size(); ++i) bits_[i]->setVisible(i == chosen);
     const auto &formats = saveContainerRow(model_.format()->container).formats;
     for (std::size_t i = 0; i < formats.size(); ++i)
         if (formats[i] == *model_.format()) bitsRow().setChosen(int(i));
-}
-
-void SavePanelWindow::say(NoteTone tone, const std::string &words) { status_->setNote(tone, onScreen(words)); }
-
-void SavePanelWindow::makeBrowser() {
-    browser_ = std::make_unique<FolderBrowser>(services_.style, services_.files, services_.jobs, this);
-    browser_->onFolder = [this](const std::string &folder) {
-        model_.setFolder(folder);
-        showName(QString::fromStdString(model_.name()));
-    };
-    browser_->onRead = [this](FolderListing::Access access) {
-        model_.setAccess(access);
-        refresh();
-    };
-    browser_->onFile = [this](const std::string &name, FolderBrowser::Taken taken) { takeFile(name, taken); };
-    browser_->onFault = [this](const std::string &words) { say(NoteTone::error, words); };
-    browser_->onNewFolderLeft = [this] { name_->setFocus(Qt::OtherFocusReason); };
-    browser_->onPathBegun = [this](const QString &typed) { beginPath(typed); };
-}
-
-void SavePanelWindow::takeFile(const std::string &name, FolderBrowser::Taken taken) {
-    model_.takeName(name);
-    showName(QString::fromStdString(model_.name()));
-    if (taken == FolderBrowser::Taken::toSave) confirm();
-}
-
-void SavePanelWindow::beginPath(const QString &typed) {
-    name_->setFocus(Qt::ShortcutFocusReason);
-    name_->selectAll();
-    name_->insert(typed);
-    nameEdited();
-}
-
-// A path begun over the proposed stem has no use for the extension that is left of the name.
-void SavePanelWindow::nameEdited() {
-    const QString before = QString::fromStdString(model_.name()), rest = name_->text().mid(1);
-    const bool isPathBegun = name_->text().startsWith('/') || name_->text().startsWith('~');
-    if (isPathBegun && rest.startsWith('.') && before.endsWith(rest)) name_->setText(name_->text().left(1));
-    model_.typeName(name_->text().toStdString());
-    browser_->clearRow();  // the name is no longer that of a row
-    refresh();
-    completion_->complete(model_.begunFolder());
-}
-
-// Whether the place can be written is asked when it is wanted, for it may be one that was typed.
-void SavePanelWindow::confirm() {
-    if (isChecking_ || !model_.verdict().canConfirm) return;
-    isChecking_ = true;
-    const auto check = std::make_shared<SaveCheck>();
-    services_.jobs.run(
-        std::make_shared<Progress>(),
-        [check, &files = services_.files, model = model_](Progress &) { *check = checkTarget(files, model); },
-        [self = QPointer(this), check](std::exception_ptr) {
-            if (self) self->checked(*check);
-        });
-}
-
-void SavePanelWindow::checked(const SaveCheck &check) {
-    isChecking_ = false;
-    using enum SaveCheck::Outcome;
-    if (check.outcome == write) return finish(DocumentUi::SaveTarget{check.path, model_.format()});
-    if (check.outcome == enterFolder) {
-        browser_->goTo(check.path);
-        return selectStem();
-    }
-    refresh();
-    say(NoteTone::error, check.words);
-    name_->setReadable(false);
-}
-
-void SavePanelWindow::cancel() { finish(std::nullopt); }
-
-void SavePanelWindow::finish(const std::optional<DocumentUi::SaveTarget> &target) {
-    const Answer answer = std::exchange(answer_, nullptr);
-    if (!answer) return;
-    saveFrame();
-    hide();
-    deleteLater();
-    answer(target);
-}
-
-void SavePanelWindow::closeEvent(QCloseEvent *event) {
-    event->ignore();
-    cancel();
-}
-
-bool SavePanelWindow::focusNextPrevChild(bool next) {
-    const QList<QWidget *> all = stops();
-    const qsizetype count = all.size();
-    qsizetype at = next ? -1 : count;
-    for (qsizetype i = 0; i < count; ++i)
-        if (all[i] == focusWidget() || all[i]->isAncestorOf(focusWidget())) at = i;
-    for (qsizetype step = 1; step <= count; ++step) {
-        QWidget *stop = all[(at + (next ? step : -step) + 2 * count) % count];
-        if (!stop->isVisible() || !stop->isEnabled()) continue;
-        stop->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
-        return true;
-    }
-    return true;
-}
-
-void SavePanelWindow::keyPressEvent(QKeyEvent *event) {
-    const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
-    const int key = event->key();
-    if (key == Qt::Key_Escape) return cancel();
-    if (key == Qt::Key_Return || key == Qt::Key_Enter) return confirm();
-    if (key == Qt::Key_Up && modifiers == Qt::AltModifier) return browser_->goToParent();
-    if (key == Qt::Key_N && modifiers == (Qt::ControlModifier | Qt::ShiftModifier)) return browser_->beginNewFolder();
-    if (key == Qt::Key_F5) return browser_->read();
-    QWidget::keyPressEvent(event);
-}
-
-// Where it stood over its document's window, as far as the screen goes.
-void SavePanelWindow::restoreFrame() {
-    const QWidget &document = *parentWidget()->window();
-    const QRect owner = document.geometry();
-    const auto stored = parseFrame(services_.settings.get(Setting::savePanelFrame));
-    QRect frame(QPoint(), stored ? QSize(stored->width, stored->height) : usualSize());
-    // The title bar is as high as the document's.
-    const QMargins bars(0, owner.top() - document.frameGeometry().top(), 0, 0);
-    const QRect room = document.screen()->availableGeometry().marginsRemoved(bars);
-    frame.setSize(frame.size().expandedTo(minimumSize()).boundedTo(room.size()));
-    stored ? frame.moveTopLeft(owner.topLeft() + QPoint(stored->x, stored->y)) : frame.moveCenter(owner.center());
-    frame.moveLeft(std::clamp(frame.left(), room.left(), room.right() + 1 - frame.width()));
-    frame.moveTop(std::clamp(frame.top(), room.top(), room.bottom() + 1 - frame.height()));
-    setGeometry(frame);
-}
-
-void SavePanelWindow::saveFrame() const {
-    if (!isVisible()) return;
-    const QPoint at = geometry().topLeft() - parentWidget()->window()->geometry().topLeft();
-    services_.settings.set(Setting::savePanelFrame, frameText({at.x(), at.y(), width(), height()}));
 }
 
 }  // namespace kiv

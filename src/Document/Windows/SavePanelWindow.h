@@ -1,89 +1,47 @@
 #pragma once
 
-#include <QWidget>
 #include <array>
-#include <functional>
-#include <memory>
-#include <optional>
 
 #include "Document/SavePanelModel.h"
-#include "Document/Windows/FolderBrowser.h"
-#include "Document/Windows/PathCompletion.h"
-#include "Editor/Surfaces/SavePanelLayout.h"
-#include "Editor/Views/Field.h"
-#include "Editor/Views/FocusRing.h"
-#include "Editor/Views/NoteLabel.h"
+#include "Document/Windows/BrowsingPanel.h"
 #include "Editor/Views/Segments.h"
-#include "Platform/Jobs.h"
-#include "Preferences/Settings.h"
 
 namespace kiv {
 
-struct SavePanelServices {
-    Files &files;
-    Jobs &jobs;
-    Settings &settings;
-    ViewStyle &style;
-};
-
-// The window that asks where a sound is to be saved, under what name and in what format; over a document's window, which waits
-// for it. Folders are read off the main thread. Deletes itself once it has its answer.
-class SavePanelWindow : public QWidget {
+// The window that asks where a sound is to be saved, under what name and in what format.
+class SavePanelWindow : public BrowsingPanel {
 public:
     using Answer = std::function<void(const std::optional<DocumentUi::SaveTarget> &)>;
     // Told once, when the window has gone from the screen.
-    SavePanelWindow(const SavePanelServices &services, const DocumentUi::SavePanel &asked, Answer answer, QWidget *owner);
-
-    void open();
-    void confirm();
-    void cancel();
-    FolderBrowser &browser() { return *browser_; }
+    SavePanelWindow(const PanelServices &services, const DocumentUi::SavePanel &asked, Answer answer, QWidget *owner);
 
 protected:
-    bool focusNextPrevChild(bool next) override;
-    void paintEvent(QPaintEvent *event) override;
-    void resizeEvent(QResizeEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
-    void closeEvent(QCloseEvent *event) override;
+    std::string text() const override { return model_.name(); }
+    void setText(const std::string &text) override { model_.typeName(text); }
+    void setFolder(const std::string &folder) override { model_.setFolder(folder); }
+    void setAccess(FolderListing::Access access) override { model_.setAccess(access); }
+    void take(const std::string &name) override { model_.takeName(name); }
+    void keepText() override { model_.keepName(); }
+    std::optional<BegunPath> begun() const override { return model_.begunFolder(); }
+    PathVerdict verdict() const override { return model_.verdict(); }
+    std::function<PathCheck(Files &)> check() const override;
+    void answer(const std::optional<std::string> &path) override;
+    int stemLength() const override;
+
+    QList<QWidget *> choices() const override;
+    void measureChoices(SavePanelMeasures &measures) const override;
+    void placeChoices() override;
+    void paintChoices(QPainter &painter) override;
+    void refreshChoices() override;
 
 private:
-    void makeName();
-    void makeBrowser();
     void makeFormats();
-    void makeButtons();
-    void layOut();
-    QSize usualSize() const;
-    SavePanelMeasures measures() const;
-    Segments &bitsRow() const;
-    QList<QWidget *> stops() const;
-    void paintLabel(QPainter &painter, int x, const Box &beside, const QString &text) const;
+    Segments &bitsRow() const { return *bits_[std::size_t(model_.format()->container)]; }
 
-    void selectStem();
-    void showName(const QString &name);
-    void nameEdited();
-    void refresh();
-    void takeFile(const std::string &name, FolderBrowser::Taken taken);
-    void beginPath(const QString &typed);
-    void checked(const SaveCheck &check);
-    void say(NoteTone tone, const std::string &words);
-    void finish(const std::optional<DocumentUi::SaveTarget> &target);
-    void restoreFrame();
-    void saveFrame() const;
-
-    SavePanelServices services_;
     SavePanelModel model_;
     Answer answer_;
-    bool isChecking_ = false;
-    NoteLabel *note_, *status_;
-    Field *name_;
-    PathCompletion *completion_;
-    std::unique_ptr<FolderBrowser> browser_;
     Segments *containers_ = nullptr;
     std::array<Segments *, 3> bits_{};
-    Button *cancel_, *save_;
-    FocusRing *ring_;
-    SavePanelLayout layout_{savePanelWidth, savePanelHeight, {}};
-    Subscription styleChanges_;
 };
 
 }  // namespace kiv

@@ -39,6 +39,13 @@ std::string label(double seconds, double step) {
     return seconds < 60 ? decimalText(seconds, decimals) + " s" : clock(seconds, decimals);
 }
 
+std::string fineLabel(double seconds, double step) {
+    const auto decimals = [](double unitStep) { return int(std::clamp(std::ceil(-std::log10(unitStep) - 1e-9), 0.0, 9.0)); };
+    if (std::abs(seconds) < 1e-9) return "0 s";
+    if (seconds < 1 - 1e-9) return decimalText(seconds * 1000, decimals(step * 1000)) + " ms";
+    return seconds < 60 ? decimalText(seconds, decimals(step)) + " s" : clock(seconds, decimals(step));
+}
+
 double labelPrecision(double seconds) { return seconds < 1 ? 0.0001 : 0.001; }
 
 double secondsStep(double secondsPerPixel, double minPixels) {

@@ -12,6 +12,9 @@ std::string label(double seconds, double step);
 
 // The distance at which labels of marks around `seconds` still read differently: 0.1 ms below one second, 1 ms from there on.
 double labelPrecision(double seconds);
+// The text of a mark where they stand closer than that: the same with as many decimals as the step takes, "12.34 ms",
+// "1.23456 s", "1:05.00002".
+std::string fineLabel(double seconds, double step);
 
 // The smallest step in seconds that keeps labels at least `minPixels` apart: 1-2-5 per decade from 1 ns up to 10 s, then 15,
 // 30, 60, 120, 300, 600, 900, 1800, 3600, and doublings of that beyond. It may be finer than labels can tell apart.

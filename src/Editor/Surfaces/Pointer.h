@@ -10,6 +10,8 @@ struct Modifiers {
     bool shift = false, control = false;
 };
 
+enum class PointerButton { left, middle, right, other };
+
 struct PointerEvent {
     double x = 0, y = 0;
     Modifiers modifiers = {};

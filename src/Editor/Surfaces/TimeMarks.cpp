@@ -34,29 +34,9 @@ Grid gridOf(const AudioEditorState &state, const TimeAxis &axis, double textScal
 
 std::string labelOf(const AudioEditorState &state, const Grid &grid, std::int64_t index) {
     const double place = double(index) * grid.step;
-    return state.timeUnit == AudioEditorTimeUnit::samples ? std::to_string(std::llround(place))
-                                                          : AudioEditorTimeGrid::label(place, grid.step);
-}
-
-// Whether the label of a labelled mark tells where it stands, and not just about where.
-bool isToldExactly(const AudioEditorState &state, const Grid &grid, std::int64_t index) {
-    if (state.timeUnit == AudioEditorTimeUnit::samples) return true;
-    const double place = double(index) * grid.step, parts = place / AudioEditorTimeGrid::labelPrecision(place);
-    return std::abs(parts - std::round(parts)) < 1e-3;
-}
-
-// Takes away the labels that are not exact; where that would leave none, those that repeat the one before.
-void thinLabels(std::vector<TimeTick> &ticks, const std::vector<bool> &isExact) {
-    bool hasExact = false;
-    for (std::size_t i = 0; i < ticks.size(); ++i) hasExact = hasExact || (isExact[i] && !ticks[i].label.empty());
-    std::string last;
-    for (std::size_t i = 0; i < ticks.size(); ++i) {
-        std::string &label = ticks[i].label;
-        if (label.empty()) continue;
-        const bool isKept = hasExact ? isExact[i] : label != last;
-        last = label;
-        if (!isKept) label.clear();
-    }
+    if (state.timeUnit == AudioEditorTimeUnit::samples) return std::to_string(std::llround(place));
+    const bool isFine = grid.step < AudioEditorTimeGrid::labelPrecision(place) * (1 - 1e-9);
+    return isFine ? AudioEditorTimeGrid::fineLabel(place, grid.step) : AudioEditorTimeGrid::label(place, grid.step);
 }
 
 // Calls visit(index, x) for every mark in view, `divisions` to a labelled step. Without a sound there is only its beginning.
@@ -75,17 +55,14 @@ std::vector<TimeTick> timeTicks(const AudioEditorState &state, const TimeAxis &a
     const Grid grid = gridOf(state, axis, textScale);
     const double lastLabel = columns - (roomAtTheEdge + labelAfterTick) * textScale;
     std::vector<TimeTick> ticks;
-    std::vector<bool> isExact;
     forEachMark(state, grid, grid.divisions, axis, columns, [&](std::int64_t i, int x) {
         const std::int64_t index = i / grid.divisions;
         const int part = int(i % grid.divisions);
-        isExact.push_back(part == 0 && isToldExactly(state, grid, index));
         if (part != 0)
             ticks.push_back({x, 2 * part == grid.divisions ? TimeTick::Kind::middle : TimeTick::Kind::minor, {}});
         else
             ticks.push_back({x, TimeTick::Kind::labelled, x <= lastLabel ? labelOf(state, grid, index) : ""});
     });
-    thinLabels(ticks, isExact);
     return ticks;
 }
 

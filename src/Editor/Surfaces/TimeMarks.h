@@ -19,8 +19,8 @@ struct TimeTick {
 };
 
 // The ticks that stand in the first `columns` columns, from the left. At the edges there may be some just outside. `textScale`
-// is device pixels for a logical pixel of text. Where labelled ticks stand closer than their labels can tell apart, only those
-// are labelled that stand exactly where the label says; in a view without any, the first of those that read the same.
+// is device pixels for a logical pixel of text. Where labelled ticks stand closer than a millisecond, their labels have as many
+// decimals as it takes to tell them apart.
 std::vector<TimeTick> timeTicks(const AudioEditorState &state, const TimeAxis &axis, int columns, double textScale);
 // The columns of the labelled ones alone.
 std::vector<int> timeLines(const AudioEditorState &state, const TimeAxis &axis, int columns, double textScale);

@@ -23,6 +23,13 @@ void WaveformInput::setViewOnly(bool isViewOnly) {
     if (isViewOnly && press_) release();
 }
 
+void WaveformInput::press(PointerButton button, const PointerEvent &event, const std::function<int()> &countClicks,
+                          const WaveformGeometry &geometry) {
+    if (button == PointerButton::left && !isDragging()) press(event, countClicks(), geometry);
+    if (button == PointerButton::middle) pressMiddle(event, geometry);
+    if (button == PointerButton::right) pressRight(event, geometry);
+}
+
 void WaveformInput::press(const PointerEvent &event, int clicks, const WaveformGeometry &geometry) {
     if (isViewOnly_) return;
     const AudioEditorModel::Batch batch(model_);

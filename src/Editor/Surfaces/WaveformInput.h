@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -19,6 +20,9 @@ public:
     // While a sheet is open the pointer may move the view, and nothing else. Ends the drag in progress.
     void setViewOnly(bool isViewOnly);
     bool isViewOnly() const { return isViewOnly_; }
+    // Whichever button it is; the clicks are counted where they are the left one's and nothing is being dragged.
+    void press(PointerButton button, const PointerEvent &event, const std::function<int()> &countClicks,
+               const WaveformGeometry &geometry);
     // The left button; clicks counts quick successive presses.
     void press(const PointerEvent &event, int clicks, const WaveformGeometry &geometry);
     void pressMiddle(const PointerEvent &event, const WaveformGeometry &geometry);

@@ -42,6 +42,14 @@ Modifiers modifiersOf(Qt::KeyboardModifiers modifiers) {
     return {modifiers.testFlag(Qt::ShiftModifier), modifiers.testFlag(Qt::ControlModifier)};
 }
 
+PointerButton buttonOf(const QMouseEvent &event) {
+    const Qt::MouseButton button = event.button();
+    return button == Qt::LeftButton     ? PointerButton::left
+           : button == Qt::MiddleButton ? PointerButton::middle
+           : button == Qt::RightButton  ? PointerButton::right
+                                        : PointerButton::other;
+}
+
 PointerEvent pointerEvent(const QMouseEvent &event, double scale) {
     return {event.position().x() * scale, event.position().y() * scale, modifiersOf(event.modifiers())};
 }
@@ -97,10 +105,23 @@ std::optional<ViewKey> viewKey(const QKeyEvent &event) {
     }
 }
 
-double pinchFactor(const QEvent &event) {
-    if (event.type() != QEvent::NativeGesture) return 1;
+std::optional<Pinch> pinchOf(const QEvent &event) {
+    if (event.type() != QEvent::NativeGesture) return std::nullopt;
     const auto &gesture = static_cast<const QNativeGestureEvent &>(event);
-    return gesture.gestureType() == Qt::ZoomNativeGesture ? 1 + gesture.value() : 1;
+    if (gesture.gestureType() != Qt::ZoomNativeGesture || gesture.value() == 0) return std::nullopt;
+    return Pinch{1 + gesture.value(), gesture.position().x()};
+}
+
+bool turnView(QEvent &event, WheelInput &wheel, double left, double width) {
+    if (event.type() == QEvent::Wheel) {
+        const auto &turned = static_cast<const QWheelEvent &>(event);
+        wheel.turn(wheelTurn(turned, width), turned.position().x() - left, width);
+        event.accept();
+        return true;
+    }
+    const auto pinch = pinchOf(event);
+    if (pinch) wheel.pinch(pinch->factor, pinch->x - left, width);
+    return pinch.has_value();
 }
 
 void runWhile(bool wanted, QBasicTimer &timer, int milliseconds, QObject &receiver) {

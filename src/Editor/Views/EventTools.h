@@ -17,7 +17,10 @@ class QWidget;
 // Events as the plain values that surfaces take.
 namespace kiv {
 
+class WheelInput;
+
 Modifiers modifiersOf(Qt::KeyboardModifiers modifiers);
+PointerButton buttonOf(const QMouseEvent &event);
 PointerEvent pointerEvent(const QMouseEvent &event, double scale);
 // In a view of a width. Fingers on a touchpad move the picture as far as they go.
 WheelTurn wheelTurn(const QWheelEvent &event, double width);
@@ -28,8 +31,14 @@ int clicks(ClickCounter &counter, const QMouseEvent &event, double scale);
 // Whether a key has moved the focus: Tab, F6.
 bool isMovedByKey(const QFocusEvent &event);
 std::optional<ViewKey> viewKey(const QKeyEvent &event);
-// The factor of a pinch, or none: 1.
-double pinchFactor(const QEvent &event);
+// A pinch, or nothing: its factor and where it is.
+struct Pinch {
+    double factor = 1, x = 0;  // logical pixels of the widget
+};
+std::optional<Pinch> pinchOf(const QEvent &event);
+// Turns the view by a wheel or a pinch over a sound that begins `left` pixels from the widget's side and is so wide. False: the
+// event is neither.
+bool turnView(QEvent &event, WheelInput &wheel, double left, double width);
 // Starts or stops a timer, whichever it is not doing yet.
 void runWhile(bool wanted, QBasicTimer &timer, int milliseconds, QObject &receiver);
 // Sets the shape if it is not the widget's already.

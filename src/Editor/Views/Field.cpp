@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPalette>
+#include <QValidator>
 #include <cmath>
 
 #include "Editor/Views/CommandTarget.h"
@@ -18,10 +19,21 @@ using Role = AudioEditorThemeColor;
 
 constexpr int beforeUnit = 6;
 
+// Numbers are shown with the minus sign from the moment it is typed, pasted or dropped; any text is acceptable.
+class TrueMinus : public QValidator {
+public:
+    using QValidator::QValidator;
+    State validate(QString &text, int &) const override {
+        text.replace('-', QChar(0x2212));
+        return Acceptable;
+    }
+};
+
 }  // namespace
 
 Field::Field(ViewStyle &style, FieldContent content, QWidget *parent) : QLineEdit(parent), style_(style), content_(content) {
     setFrame(false);
+    if (isNumber()) setValidator(new TrueMinus(this));
     setAttribute(Qt::WA_MacShowFocusRect, false);
     setAlignment((isNumber() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
     styleChanges_ = style.changed.add([this](const ViewStyle &) { applyStyle(); });
@@ -86,8 +98,19 @@ void Field::paintUnit(QPainter &painter) const {
     const double text = QFontMetricsF(font()).horizontalAdvance(displayText()) + beforeUnit;
     const QRectF place = isBare_ ? rect().adjusted(int(text), 0, 0, 0) : box.adjusted(padding_, 0, -padding_, 0);
     painter.setFont(style_.font(pixels_));
-    painter.setPen(toColor(ground_ ? style_.colors().dim : style_.colors().dialogDim));
+    painter.setPen(input_.isDragging() ? style_.color(Role::accentFg)
+                                       : toColor(ground_ ? style_.colors().dim : style_.colors().dialogDim));
     painter.drawText(place, (isBare_ ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter, unit_);
+}
+
+// The number where the toolkit would write it, in the colour that stands on the accent.
+void Field::paintDragged(QPainter &painter) const {
+    constexpr int toolkitsMargin = 2, cursorWidth = 2;
+    const QMargins text = textMargins();
+    const QRect place = rect().adjusted(0, text.top(), -text.right() - toolkitsMargin - cursorWidth, -text.bottom());
+    painter.setFont(font());
+    painter.setPen(style_.color(Role::accentFg));
+    painter.drawText(place, Qt::AlignRight | Qt::AlignVCenter | Qt::TextDontClip, displayText());
 }
 
 void Field::paintEvent(QPaintEvent *event) {
@@ -95,8 +118,10 @@ void Field::paintEvent(QPaintEvent *event) {
         QPainter painter(this);
         const QRectF box = QRectF(rect()).adjusted(frame, frame, -frame, -frame);
         const auto ground = ground_ ? std::optional(style_.colors()[*ground_]) : std::nullopt;
-        if (!isBare_) paintFieldBox(painter, box, {hasFocus(), isReadable_, isEnabled(), corners_, ground}, style_);
+        const bool isDragged = input_.isDragging();
+        if (!isBare_) paintFieldBox(painter, box, {hasFocus(), isReadable_, isEnabled(), isDragged, corners_, ground}, style_);
         paintUnit(painter);
+        if (isDragged) return paintDragged(painter);
     }
     QLineEdit::paintEvent(event);
 }

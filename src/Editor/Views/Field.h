@@ -50,6 +50,7 @@ protected:
 private:
     void applyStyle();
     void paintUnit(QPainter &painter) const;
+    void paintDragged(QPainter &painter) const;
 
     ViewStyle &style_;
     FieldContent content_;

@@ -14,9 +14,11 @@ constexpr double radius = 6;
 
 void paintFieldBox(QPainter &painter, const QRectF &box, const FieldLook &look, const ViewStyle &style) {
     const ThemeColors &colors = style.colors();
-    const QColor fill = toColor(look.fill.value_or(colors.field));
+    const QColor fill = toColor(look.isDragged ? colors[Role::accentBg] : look.fill.value_or(colors.field));
     const Rgba rest = look.isEnabled ? colors.fieldBorder : mix(colors[Role::dialogBg], colors.fieldBorder, 0.42);
-    const QColor edge = toColor(!look.isReadable ? colors.over : look.isEdited ? colors[Role::accentBg] : rest);
+    const QColor edge = toColor(!look.isReadable                  ? colors.over
+                                : look.isEdited || look.isDragged ? colors[Role::accentBg]
+                                                                  : rest);
     look.isEdited ? paintFramed(painter, box, radius, fill, edge) : paintBox(painter, box, radius, fill, edge, look.corners);
 }
 

@@ -14,6 +14,7 @@ struct FieldLook {
     bool isEdited = false;
     bool isReadable = true;  // what is typed makes sense
     bool isEnabled = true;
+    bool isDragged = false;
     Corners corners = Corners::all;  // the square ones touch what belongs to the field; while it is edited all are round
     std::optional<Rgba> fill = {};   // where it does not stand in a sheet
 };

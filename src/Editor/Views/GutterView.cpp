@@ -5,6 +5,7 @@
 #include <QWheelEvent>
 
 #include "Editor/Surfaces/WheelInput.h"
+#include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/EventTools.h"
 #include "Editor/Views/GutterPainter.h"
 
@@ -24,7 +25,7 @@ struct GutterView::Parts {
 GutterView::GutterView(AudioEditorModel &model, ViewStyle &style, QWidget *parent)
     : QWidget(parent), parts_(std::make_unique<Parts>(model, style)) {
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setAccessibleName("Levels");
+    setAccessibleName(onScreen("Levels"));
     takeStyle();
     parts_->modelChanges = model.observers.add([this](const Changes &changes) {
         if (changes.containsAny({Change::audio, Change::verticalZoom})) refresh();

@@ -64,6 +64,11 @@ void paintListRow(QPainter &painter, const QRectF &rect, const ListRow &row, con
     paintTexts(painter, rect, row, first, second, columns, style.font(13));
 }
 
+void paintListNote(QPainter &painter, const QRectF &rect, const QString &note, const ViewStyle &style) {
+    const QRectF place = rect.adjusted(padding, 0, -padding, 0);
+    paintText(painter, place, Qt::AlignLeft, style.colors().dialogDim, style.font(13), note);
+}
+
 void paintListHeader(QPainter &painter, const QRectF &rect, const ListRow &names, const ListColumns &columns,
                      const ViewStyle &style) {
     const ThemeColors &colors = style.colors();

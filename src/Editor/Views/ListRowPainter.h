@@ -33,6 +33,8 @@ void paintListRow(QPainter &painter, const QRectF &rect, const ListRow &row, con
 // The names of the columns over a rule.
 void paintListHeader(QPainter &painter, const QRectF &rect, const ListRow &names, const ListColumns &columns,
                      const ViewStyle &style);
+// What stands where the first row would while there are no rows.
+void paintListNote(QPainter &painter, const QRectF &rect, const QString &note, const ViewStyle &style);
 int listRowHeight(const ViewStyle &style);
 int listHeaderHeight(const ViewStyle &style);
 // The box that a list stands in.

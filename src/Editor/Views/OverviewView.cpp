@@ -102,12 +102,10 @@ void OverviewView::keyPressEvent(QKeyEvent *event) {
 }
 
 bool OverviewView::event(QEvent *event) {
-    if (const double factor = pinchFactor(*event); factor != 1) {
-        const double x = static_cast<QSinglePointEvent *>(event)->position().x() * devicePixelRatioF();
-        parts_->wheel.pinchAround(factor, overviewFrameAt(parts_->scene.geometry, x));
-        return true;
-    }
-    return QWidget::event(event);
+    const auto pinch = pinchOf(*event);
+    if (!pinch) return QWidget::event(event);
+    parts_->wheel.pinchAround(pinch->factor, overviewFrameAt(parts_->scene.geometry, pinch->x * devicePixelRatioF()));
+    return true;
 }
 
 bool OverviewView::cancelDrag() {

@@ -73,6 +73,20 @@ void RowList::setColumns(const ListColumns &columns) {
     viewport()->update();
 }
 
+void RowList::setNote(const QString &note) {
+    if (note == note_) return;
+    note_ = note;
+    setAccessibleDescription(note);
+    viewport()->update();
+}
+
+void RowList::paintEvent(QPaintEvent *event) {
+    QListView::paintEvent(event);
+    if (note_.isEmpty() || !model() || model()->rowCount() > 0) return;
+    QPainter painter(viewport());
+    paintListNote(painter, QRectF(0, 0, viewport()->width(), listRowHeight(style_)), note_, style_);
+}
+
 void RowList::keyPressEvent(QKeyEvent *event) {
     if (isMoving(event->key())) isFocusedByKey_ = true;
     const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;

@@ -22,6 +22,8 @@ public:
     // Where an entry that is not the keyboard's shows that it is the one in force, by isChosenRole.
     void setMarksCurrent(bool marks) { marksCurrent_ = marks; }
     bool marksCurrent() const { return marksCurrent_; }
+    // What stands where the first row would while there is none; nothing without a text.
+    void setNote(const QString &note);
     bool isFocusedByKey() const { return isFocusedByKey_; }
 
     std::function<void(int row)> onActivated, onPressed;
@@ -31,6 +33,7 @@ public:
     static constexpr int padding = 8;
 
 protected:
+    void paintEvent(QPaintEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
@@ -42,6 +45,7 @@ private:
 
     ViewStyle &style_;
     ListColumns columns_;
+    QString note_;
     bool marksCurrent_ = true;
     bool isFocusedByKey_ = false;
     Subscription styleChanges_;

@@ -3,10 +3,10 @@
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QWheelEvent>
 
 #include "Editor/Surfaces/RulerInput.h"
 #include "Editor/Surfaces/WheelInput.h"
+#include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/EventTools.h"
 #include "Editor/Views/RulerPainter.h"
 
@@ -29,7 +29,7 @@ RulerView::RulerView(AudioEditorModel &model, ViewStyle &style, QWidget *parent)
     : QWidget(parent), parts_(std::make_unique<Parts>(model, style)), corner_(new QWidget(this)) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMouseTracking(true);
-    setAccessibleName("Time ruler");
+    setAccessibleName(onScreen("Time ruler"));
     takeStyle();
     parts_->modelChanges = model.observers.add([this](const Changes &) { refresh(); });
     parts_->styleChanges = style.changed.add([this](const ViewStyle &) { takeStyle(); });
@@ -87,17 +87,8 @@ void RulerView::mouseReleaseEvent(QMouseEvent *event) {
     setShape(*this, parts_->input.shape(pointerEvent(*event, devicePixelRatioF()), parts_->scene.geometry));
 }
 
-void RulerView::wheelEvent(QWheelEvent *event) {
-    parts_->wheel.turn(wheelTurn(*event, width() - gutter()), event->position().x() - gutter(), width() - gutter());
-}
-
 bool RulerView::event(QEvent *event) {
-    if (const double factor = pinchFactor(*event); factor != 1) {
-        const double x = static_cast<QSinglePointEvent *>(event)->position().x();
-        parts_->wheel.pinch(factor, x - gutter(), width() - gutter());
-        return true;
-    }
-    return QWidget::event(event);
+    return turnView(*event, parts_->wheel, gutter(), width() - gutter()) || QWidget::event(event);
 }
 
 void RulerView::setViewOnly(bool isViewOnly) { parts_->input.setViewOnly(isViewOnly); }

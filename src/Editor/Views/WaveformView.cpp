@@ -8,12 +8,12 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QTimerEvent>
-#include <QWheelEvent>
 #include <algorithm>
 #include <utility>
 
 #include "Editor/Surfaces/WaveformInput.h"
 #include "Editor/Surfaces/WheelInput.h"
+#include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/EventTools.h"
 #include "Editor/Views/WaveformPainter.h"
 
@@ -43,14 +43,11 @@ WaveformView::WaveformView(AudioEditorModel &model, ViewStyle &style, WaveformRm
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setAccessibleName("Waveform");
+    setAccessibleName(onScreen("Waveform"));
     setShape(*this, PointerShape::textBeam);
     parts_->modelChanges = model.observers.add([this](const Changes &) { refresh(); });
     parts_->rmsChanges = rms.completed.add([this](const WaveformRms &) { refresh(); });
-    parts_->styleChanges = style.changed.add([this](const ViewStyle &) {
-        refresh();
-        update();
-    });
+    parts_->styleChanges = style.changed.add([this](const ViewStyle &) { refresh(), update(); });
 }
 
 WaveformView::~WaveformView() = default;
@@ -73,21 +70,18 @@ void WaveformView::pointerMoved(const QMouseEvent &event, const PointerEvent &at
 
 void WaveformView::paintEvent(QPaintEvent *event) {
     if (parts_->scene.geometry.size.scale != devicePixelRatioF()) refresh();
-    parts_->pixels.update(soundSource(parts_->model.state(), parts_->rms), parts_->scene, parts_->style.colors());
+    const WaveformScene &scene = parts_->scene;
+    parts_->pixels.update(soundSource(parts_->model.state(), parts_->rms), scene, parts_->style.colors());
     QPainter painter(this);
     useDevicePixels(painter);
     for (const QRect &rect : event->region())
-        paintWaveform(painter, parts_->scene, parts_->pixels, parts_->style, parts_->texts,
-                      toDevice(rect, parts_->scene.geometry.size.scale));
+        paintWaveform(painter, scene, parts_->pixels, parts_->style, parts_->texts, toDevice(rect, scene.geometry.size.scale));
 }
 
 void WaveformView::mousePressEvent(QMouseEvent *event) {
     const PointerEvent at = pointerEvent(*event, devicePixelRatioF());
-    WaveformInput &input = parts_->input;
-    if (event->button() == Qt::LeftButton && !input.isDragging())
-        input.press(at, clicks(parts_->clicks, *event, devicePixelRatioF()), parts_->scene.geometry);
-    if (event->button() == Qt::MiddleButton) input.pressMiddle(at, parts_->scene.geometry);
-    if (event->button() == Qt::RightButton) input.pressRight(at, parts_->scene.geometry);
+    const auto countClicks = [&] { return clicks(parts_->clicks, *event, devicePixelRatioF()); };
+    parts_->input.press(buttonOf(*event), at, countClicks, parts_->scene.geometry);
     pointerMoved(*event, at);
 }
 
@@ -107,19 +101,14 @@ void WaveformView::timerEvent(QTimerEvent *) { parts_->input.scroll(Parts::inter
 // From the keyboard the menu opens at the cursor.
 void WaveformView::contextMenuEvent(QContextMenuEvent *event) {
     if (!onContextMenu || parts_->input.isViewOnly() || parts_->input.isDragging()) return;
+    if (event->reason() != QContextMenuEvent::Keyboard) return onContextMenu(event->globalPos());
     const int cursor = std::clamp(int(parts_->scene.marks.cursor / devicePixelRatioF()), 0, width() - 1);
-    const bool isKey = event->reason() == QContextMenuEvent::Keyboard;
-    onContextMenu(isKey ? mapToGlobal(QPoint(cursor, height() / 2)) : event->globalPos());
+    onContextMenu(mapToGlobal(QPoint(cursor, height() / 2)));
 }
 
 void WaveformView::leaveEvent(QEvent *) {
     parts_->view.pointer.reset();
     refresh();
-}
-
-void WaveformView::wheelEvent(QWheelEvent *event) {
-    parts_->wheel.turn(wheelTurn(*event, width()), event->position().x(), width());
-    parts_->input.viewMoved(parts_->scene.geometry);
 }
 
 void WaveformView::setControlHeld(bool isHeld) { parts_->input.modifiersChanged({false, isHeld}, parts_->scene.geometry); }
@@ -136,9 +125,7 @@ void WaveformView::keyPressEvent(QKeyEvent *event) {
 }
 
 bool WaveformView::event(QEvent *event) {
-    const double factor = pinchFactor(*event);
-    if (factor == 1) return QWidget::event(event);
-    parts_->wheel.pinch(factor, static_cast<QSinglePointEvent *>(event)->position().x(), width());
+    if (!turnView(*event, parts_->wheel, 0, width())) return QWidget::event(event);
     parts_->input.viewMoved(parts_->scene.geometry);
     return true;
 }

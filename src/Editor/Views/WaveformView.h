@@ -47,7 +47,6 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent *event) override { mousePressEvent(event); }
     void contextMenuEvent(QContextMenuEvent *event) override;
     void leaveEvent(QEvent *event) override;
-    void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override { focusChanged(*event); }
     void focusOutEvent(QFocusEvent *event) override { focusChanged(*event); }

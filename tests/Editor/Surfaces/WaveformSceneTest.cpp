@@ -148,14 +148,17 @@ TEST_F(WaveformSceneTest, TimeLabelsKeepTheirDistances) {
     }
 }
 
-TEST_F(WaveformSceneTest, LabelsFinerThanTheyCanTellStandWhereTheySay) {
+TEST_F(WaveformSceneTest, LabelsHaveAsManyDecimalsAsTellThemApart) {
     load(AudioEditorBuffer(std::vector<float>(500000), 1, 100000));
     struct Row {
         double first, framesPerPixel;
         std::string labels;  // of the first five labelled ticks
     };
-    for (const Row &row : {Row{123400, 0.2, "1.234 s||||"}, Row{123420, 0.2, "||||1.235 s"}, Row{123420, 0.02, "1.234 s||||"},
-                           Row{1230, 0.02, "12.3 ms||||"}, Row{1233, 0.02, "|||12.4 ms|"}, Row{6012340, 0.2, "|||1:00.124|"}}) {
+    for (const Row &row : {Row{123400, 0.2, "1.2340 s|1.2342 s|1.2344 s|1.2346 s|1.2348 s"},
+                           Row{123420, 0.02, "1.23420 s|1.23422 s|1.23424 s|1.23426 s|1.23428 s"},
+                           Row{1230, 0.02, "12.30 ms|12.32 ms|12.34 ms|12.36 ms|12.38 ms"},
+                           Row{99940, 0.2, "999.4 ms|999.6 ms|999.8 ms|1.0000 s|1.0002 s"},
+                           Row{6012340, 0.2, "1:00.1234|1:00.1236|1:00.1238|1:00.1240|1:00.1242"}}) {
         if (row.first > 500000) load(AudioEditorBuffer(std::vector<float>(6100000), 1, 100000));
         show(row.first, row.framesPerPixel);
         std::string labels;

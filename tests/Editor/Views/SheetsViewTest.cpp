@@ -128,7 +128,7 @@ TEST_F(SheetsViewTest, FieldSliderAndModelAgree) {
     type(field, "-4,5");
     EXPECT_EQ(state().gainDb, -4.5);
     EXPECT_EQ(slider->level(), -4.5);
-    EXPECT_EQ(field->text(), "-4,5") << "is not rewritten while it is typed";
+    EXPECT_EQ(field->text(), "−4,5") << "is not rewritten while it is typed, but for its minus";
     slider->setFocus(Qt::TabFocusReason);
     EXPECT_EQ(field->text(), "−4.5") << "but once it is left";
     key(slider, Qt::Key_Right, {}, Qt::ShiftModifier);
