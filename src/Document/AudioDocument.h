@@ -44,7 +44,9 @@ public:
     Work work() const { return core_.work.kind(); }
     bool isBusy() const { return core_.work.isBusy(); }
     bool isEditing() const { return core_.work.isEditing(); }
-    double progressFraction() const { return core_.work.fraction(); }
+    bool isSearching() const { return core_.work.isSearching(); }
+    // Of what cancelWork() would end, 0 … 1; nothing when that is nothing. To be polled.
+    std::optional<double> progress() const { return core_.work.progress(); }
     void cancelWork() { core_.work.cancel(); }
 
     // Reads the file; then `done` with the error's text, empty when all is well. That of a reading that the user has cancelled:
@@ -90,7 +92,7 @@ public:
     // The same on the spot, where no event comes any more.
     void writeJournalNow() noexcept { core_.journal.writeNow(); }
 
-    // Told when the name, the format, isEdited or isBusy has changed. Progress itself is to be polled while busy.
+    // Told when the name, the format or isEdited has changed, and when work has begun or ended.
     Observers<AudioDocument> observers;
 
 private:

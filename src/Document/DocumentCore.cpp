@@ -13,7 +13,6 @@ DocumentCore::DocumentCore(DocumentServices withServices, DocumentUi &withUi)
       model(services.settings, services.clipboard, services.peaks),
       work(model, services.jobs),
       peaks(model, services.jobs),
-      analyses(model, services.jobs),
       player(services.playback, model, eq),
       journal(services.journals, services.jobs) {}
 

@@ -8,7 +8,6 @@
 #include "Document/DocumentUi.h"
 #include "Document/DocumentWork.h"
 #include "Document/Journal/DocumentJournal.h"
-#include "Editor/AudioEditorModel/BackgroundAnalyses.h"
 #include "Editor/AudioEditorModel/BackgroundPeaks.h"
 #include "Support/Lifetime.h"
 
@@ -27,7 +26,6 @@ struct DocumentCore {
     std::optional<std::int64_t> savingVersion;  // of the content that is being saved
     DocumentWork work;
     BackgroundPeaks peaks;
-    BackgroundAnalyses analyses;
     DocumentPlayer player;
     DocumentJournal journal;
     std::function<void()> tell;  // the document's observers, of a new name, format, edited or busy state

@@ -6,8 +6,10 @@
 
 namespace kiv {
 
-DocumentWork::DocumentWork(AudioEditorModel &model, Jobs &jobs) : model_(model), jobs_(jobs), edits_(model, jobs) {
+DocumentWork::DocumentWork(AudioEditorModel &model, Jobs &jobs)
+    : model_(model), jobs_(jobs), edits_(model, jobs), analyses_(model, jobs) {
     editChanges_ = edits_.changed.add([this](const BackgroundEdits &) { onChanged(); });
+    searchChanges_ = analyses_.changed.add([this](const BackgroundAnalyses &) { onChanged(); });
     edits_.onEnded = [this](bool committed) { editEnded(committed); };
     edits_.onFailed = [this](std::exception_ptr failure) { onEditFailed(failure); };
 }
@@ -18,7 +20,16 @@ void DocumentWork::cancelJob() {
     if (progress_) progress_->cancel();
 }
 
-void DocumentWork::cancel() { isEditing() ? cancelEdit() : cancelJob(); }
+std::optional<double> DocumentWork::progress() const {
+    if (isEditing()) return edits_.fraction();
+    if (isSearching()) return analyses_.fraction();
+    return progress_ ? std::optional(progress_->fraction()) : std::nullopt;
+}
+
+void DocumentWork::cancel() {
+    if (isEditing()) return cancelEdit();
+    isSearching() ? analyses_.cancel() : cancelJob();
+}
 
 void DocumentWork::start(Kind kind, std::function<void(Progress &)> job, std::function<void(std::exception_ptr)> done) {
     job_ = kind;

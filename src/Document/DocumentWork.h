@@ -3,16 +3,19 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
+#include "Editor/AudioEditorModel/BackgroundAnalyses.h"
 #include "Editor/AudioEditorModel/BackgroundEdits.h"
 #include "Platform/Jobs.h"
 #include "Support/Lifetime.h"
 
 namespace kiv {
 
-// The long work of a document: one reading or saving at a time, the model's long edits beside it, and a save that waits. Main
-// thread only. Made after the model and gone before it; what still runs then is cancelled and reports to nobody.
+// The long work of a document: one reading or saving at a time, the model's long edits and its searches beside it, and a save
+// that waits. Main thread only. Made after the model and gone before it; what still runs then is cancelled and reports to
+// nobody.
 class DocumentWork {
 public:
     // Reading and saving exclude each other: what is asked for meanwhile is not done. The sound may be edited while it is
@@ -31,8 +34,9 @@ public:
     bool takesSave() const { return job_ == Kind::none && !waitingSave_; }
     bool isSaving() const { return job_ == Kind::saving || waitingSave_; }
     std::int64_t editsBegun() const { return edits_.begun(); }
-    // Of the edit when there is one, and it is that which is cancelled first.
-    double fraction() const { return isEditing() ? edits_.fraction() : progress_ ? progress_->fraction() : 0; }
+    bool isSearching() const { return analyses_.isRunning(); }  // which keeps nothing else from being done
+    // How far has come what cancel() would end, 0 … 1: the edit when there is one, else the searches, else the job.
+    std::optional<double> progress() const;
     void cancel();
     void cancelEdit() { edits_.cancel(); }
     void cancelJob();
@@ -47,7 +51,7 @@ public:
     // Goes on at once without an edit under way.
     void afterEdit(Save save);
 
-    std::function<void()> onChanged;                       // a job has begun; an edit has begun or ended
+    std::function<void()> onChanged;                       // a job has begun; an edit or a search has begun or ended
     std::function<void()> onEnded;                         // a job or an edit, and what waited for it has begun
     std::function<void(std::exception_ptr)> onEditFailed;  // not told when it was cancelled or came too late
 
@@ -57,10 +61,11 @@ private:
     AudioEditorModel &model_;
     Jobs &jobs_;
     BackgroundEdits edits_;
+    BackgroundAnalyses analyses_;
     Kind job_ = Kind::none;
     std::shared_ptr<Progress> progress_;  // of the job
     Save waitingSave_;
-    Subscription editChanges_;
+    Subscription editChanges_, searchChanges_;
     Lifetime lifetime_;
 };
 

@@ -76,6 +76,24 @@ TEST_F(LongEdit, CanBeCancelledAndIsThenAsIfItHadNeverBeen) {
     EXPECT_THAT(ui.errors, IsEmpty());
 }
 
+TEST_F(LongEdit, ASearchShowsItsProgressHoldsUpNothingAndIsCancelledBeforeASave) {
+    document->cancelWork();
+    AudioEditorEdits::fadeIn(model);
+    jobs.runAll();
+    int told = 0;
+    const auto subscription = document->observers.add([&](const AudioDocument &) { ++told; });
+    AudioEditorLoops::findLoop(model);
+    EXPECT_EQ(std::exchange(told, 0), 1);
+    EXPECT_TRUE(document->progress() && !document->isBusy());
+    document->save();
+    document->cancelWork();
+    EXPECT_FALSE(document->isSearching() || model.state().loopAnalyzing);
+    EXPECT_EQ(document->work(), AudioDocument::Work::saving);
+    jobs.runAll();
+    EXPECT_FALSE(document->isEdited() || document->progress() || model.state().loopPoints);
+    EXPECT_EQ(told, 3) << "the save has begun, the search has ended, the save has ended";
+}
+
 TEST_F(LongEdit, ASaveWaitsForItAndIsCalledOffWithIt) {
     for (const bool cancels : {true, false}) {
         if (!document->isEditing()) AudioEditorEdits::gain(model, -6);

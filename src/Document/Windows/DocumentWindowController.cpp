@@ -44,9 +44,10 @@ DocumentWindowController::DocumentWindowController(const WindowServices &service
     // Not before the body: the view asks what can act while it is made.
     view_ = std::make_unique<DocumentHostingView>(document_->model(), services.document.jobs, services.style, *this);
     view_->onClosing = [this] { return mayClose(); };
-    // A long edit can be cancelled in no other way; playback can be stopped in two.
+    // A long edit or a search can be cancelled in no other way; playback can be stopped in two.
     view_->onStop = [this] {
-        document_->player().isPlaying() && !document_->isEditing() ? document_->player().stop() : document_->cancelWork();
+        const bool endsWork = document_->isEditing() || document_->isSearching();
+        document_->player().isPlaying() && !endsWork ? document_->player().stop() : document_->cancelWork();
     };
     view_->onActivated = [this] {
         if (questionsOpen_ == 0 && !isWaiting(EditorCommand::revert)) document_->checkDisk();
@@ -104,7 +105,7 @@ void DocumentWindowController::documentChanged() {
     view_->setWindowTitle(windowTitle(document_->name()));
     view_->setWindowModified(document_->isEdited());
     view_->infoLine().setFacts(factsOf(document_->format()));
-    view_->busyLine().setBusy(document_->isBusy(), [this] { return document_->progressFraction(); });
+    view_->busyLine().setBusy(document_->progress().has_value(), [this] { return document_->progress().value_or(0); });
     view_->topBar().refreshCommands();
 }
 

@@ -8,6 +8,7 @@
 
 #include "Editor/AudioEditorCore/AudioEditorBuffer.h"
 #include "Editor/AudioEditorCore/AudioEditorPeaks.h"
+#include "Support/Progress.h"
 
 // Cuts a sound into slices: its hits, the parts above a level, or equal parts. Pure functions; any thread but the audio thread.
 // Slices come in ascending order, none is empty and none reaches beyond the sound.
@@ -29,7 +30,8 @@ struct Energy {
     std::vector<float> edges;  // mean square of the difference to the sample before, which makes much of an attack's highs
 
     Energy() = default;
-    explicit Energy(const AudioEditorBuffer &buffer);  // one parallel pass over the sound
+    // One parallel pass over the sound. A progress is started with its own total and may cancel it by Cancelled.
+    explicit Energy(const AudioEditorBuffer &buffer, Progress *progress = nullptr);
 };
 
 // What the means of one of those arrays say of every hop: over what follows it, and over what came before.

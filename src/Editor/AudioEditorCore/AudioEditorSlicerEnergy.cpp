@@ -73,10 +73,11 @@ HopEnergy measured(const float *in, const float *before, std::int64_t frames, st
 
 }  // namespace
 
-Energy::Energy(const AudioEditorBuffer &buffer) {
+Energy::Energy(const AudioEditorBuffer &buffer, Progress *progress) {
     const std::int64_t frames = buffer.frames(), channels = buffer.channels(), count = (frames + hop - 1) / hop;
     hops.resize(std::size_t(count));
     edges.resize(std::size_t(count));
+    if (progress) progress->start(count);
     const std::int64_t grain = std::max<std::int64_t>(2048 / channels, chunkHops);
     parallelFor(count, grain, [&](std::int64_t lo, std::int64_t hi) {
         // The frame before the chunk goes in front; before the sound's first frame stands that frame itself.
@@ -95,6 +96,7 @@ Energy::Energy(const AudioEditorBuffer &buffer) {
                 edges[std::size_t(i)] = energy.edge;
             }
         }
+        if (progress) progress->add(hi - lo);
     });
 }
 

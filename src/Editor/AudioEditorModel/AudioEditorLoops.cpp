@@ -48,6 +48,7 @@ void takeFound(AudioEditorModel &model, LoopFound found) {
 void search(AudioEditorModel &model) {
     const AudioEditorState &state = model.state();
     const auto found = std::make_shared<LoopFound>(LoopFound{{}, state.generation, state.loopZeroCrossing});
+    const auto notice = state.loopFindNotice;
     const auto points = state.loopZeroCrossing ? AudioEditorLoopFinder::LoopPoints::atRisingZeroCrossings
                                                : AudioEditorLoopFinder::LoopPoints::anywhere;
     update(model, [](AudioEditorLoopState &next) {
@@ -57,9 +58,12 @@ void search(AudioEditorModel &model) {
     model.analyse({[found, points, buffer = state.buffer](Progress &progress) {
                        found->proposals = AudioEditorLoopFinder::analyze(buffer, points, &progress);
                    },
-                   [found, &model](std::exception_ptr failure) {
+                   [found, notice, &model](std::exception_ptr failure) {
                        if (!failure) return takeFound(model, std::move(*found));
-                       update(model, [](AudioEditorLoopState &next) { next.loopAnalyzing = false; });
+                       update(model, [&](AudioEditorLoopState &next) {
+                           next.loopAnalyzing = false;
+                           next.loopFindNotice = notice;
+                       });
                    }});
 }
 

@@ -25,16 +25,23 @@ bool isSameDetection(const AudioEditorSlicerState &a, const AudioEditorSlicerSta
     return a.sliceMode == b.sliceMode && std::ranges::all_of(sliceSettings(), isSame);
 }
 
+void copyDetection(const AudioEditorSlicerState &from, AudioEditorSlicerState &to) {
+    to.sliceMode = from.sliceMode;
+    for (const SliceSettingRow &row : sliceSettings())
+        if (!isFade(row.setting)) to.*row.value = from.*row.value;
+}
+
 // What a detection takes, and what comes of it.
 struct Detection {
     std::int64_t generation = 0;
     AudioEditorSlicerState settings;
+    AudioEditorSlicerState before;  // the settings that the present slices come from
     AudioEditorBuffer buffer;
     AudioEditorPeaks peaks;
     std::shared_ptr<const Energy> energy;
     std::vector<FrameRange> slices;
 
-    void run() {
+    void run(Progress &progress) {
         const AudioEditorSlicerState &s = settings;
         switch (s.sliceMode) {
             case Mode::grid:
@@ -42,12 +49,12 @@ struct Detection {
                     AudioEditorSlicer::grid(buffer.frames(), s.sliceDivisions, s.sliceGridOffset, s.sliceGridLengthPercent);
                 return;
             case Mode::stripSilence:
-                if (!hasPeaks()) peaks = AudioEditorPeaks(buffer);
-                if (!peaks.isExact()) peaks.takeTail(peaks.measuredTail(buffer));
+                if (!hasPeaks()) peaks = AudioEditorPeaks(buffer, &progress);
+                if (!peaks.isExact()) peaks.takeTail(peaks.measuredTail(buffer, &progress));
                 slices = AudioEditorSlicer::detect(buffer, peaks, s.sliceThresholdDb, s.sliceMinSilenceMs);
                 return;
             case Mode::transients:
-                if (!energy) energy = std::make_shared<const Energy>(buffer);
+                if (!energy) energy = std::make_shared<const Energy>(buffer, &progress);
                 slices = AudioEditorSlicer::transients(
                     buffer, *energy,
                     {s.sliceSensitivity, s.sliceTransientPreRollMs, s.sliceTailDb, s.sliceTransientLengthPercent});
@@ -70,14 +77,14 @@ struct Detection {
     }
 };
 
-std::shared_ptr<Detection> present(const AudioEditorState &state) {
+std::shared_ptr<Detection> present(const AudioEditorState &state, const AudioEditorSlicerState &before) {
     const auto &energy = state.sliceEnergy;
     const bool isKnown = energy && energy->generation == state.generation;
     return std::make_shared<Detection>(
-        Detection{state.generation, state, state.buffer, state.peaks, isKnown ? energy->energy : nullptr, {}});
+        Detection{state.generation, state, before, state.buffer, state.peaks, isKnown ? energy->energy : nullptr, {}});
 }
 
-void start(AudioEditorModel &model);
+void start(AudioEditorModel &model, const AudioEditorSlicerState &before);
 
 // The sound may be another by now, and the settings too: then all of it is done again.
 void take(AudioEditorModel &model, const Detection &detection) {
@@ -92,26 +99,33 @@ void take(AudioEditorModel &model, const Detection &detection) {
         next.slices = detection.slices;
         next.pressSlices.reset();
     });
-    if (!isWanted && state.slicerEnabled) start(model);
+    if (!isWanted && state.slicerEnabled) start(model, detection.before);
 }
 
-void start(AudioEditorModel &model) {
-    const std::shared_ptr<Detection> detection = present(model.state());
+// The bar would not tell the truth if it showed other settings than the slices were found with.
+void giveUp(AudioEditorModel &model, const Detection &detection) {
+    update(model, [&](AudioEditorSlicerState &next) {
+        next.sliceAnalyzing = false;
+        copyDetection(detection.before, next);
+    });
+}
+
+void start(AudioEditorModel &model, const AudioEditorSlicerState &before) {
+    const std::shared_ptr<Detection> detection = present(model.state(), before);
     if (!detection->isLong()) {
-        detection->run();
+        Progress unwatched;
+        detection->run(unwatched);
         return take(model, *detection);
     }
     update(model, [](AudioEditorSlicerState &next) { next.sliceAnalyzing = true; });
-    model.analyse({[detection](Progress &) { detection->run(); },
-                   [detection, &model](std::exception_ptr failure) {
-                       if (!failure) return take(model, *detection);
-                       update(model, [](AudioEditorSlicerState &next) { next.sliceAnalyzing = false; });
-                   }});
+    model.analyse(
+        {[detection](Progress &progress) { detection->run(progress); },
+         [detection, &model](std::exception_ptr failure) { failure ? giveUp(model, *detection) : take(model, *detection); }});
 }
 
 // One that runs looks at its end whether it is still what is wanted.
-void detectAgain(AudioEditorModel &model) {
-    if (model.state().slicerEnabled && !model.state().sliceAnalyzing) start(model);
+void detectAgain(AudioEditorModel &model, const AudioEditorSlicerState &before) {
+    if (model.state().slicerEnabled && !model.state().sliceAnalyzing) start(model, before);
 }
 
 }  // namespace
@@ -119,17 +133,18 @@ void detectAgain(AudioEditorModel &model) {
 void setSlicerEnabled(AudioEditorModel &model, bool enabled) {
     const AudioEditorModel::Batch batch(model);
     model.setSlicerEnabled(enabled);
-    if (model.state().slices.empty()) detectAgain(model);
+    if (model.state().slices.empty()) detectAgain(model, model.state());
 }
 
 void detect(AudioEditorModel &model, Mode mode) {
     const AudioEditorModel::Batch batch(model);
+    const AudioEditorSlicerState before = model.state();
     model.setSlicerEnabled(true);
     update(model, [&](AudioEditorSlicerState &next) {
         next.sliceMode = mode;
         next.slicerNotice.reset();
     });
-    detectAgain(model);
+    detectAgain(model, before);
 }
 
 void setSetting(AudioEditorModel &model, SliceSetting setting, double value) {
@@ -137,11 +152,12 @@ void setSetting(AudioEditorModel &model, SliceSetting setting, double value) {
     const int limited = changed.limited(value);
     if (model.state().*changed.value == limited) return;
     const AudioEditorModel::Batch batch(model);
+    const AudioEditorSlicerState before = model.state();
     update(model, [&](AudioEditorSlicerState &next) {
         next.*changed.value = limited;
         next.slicerNotice.reset();
     });
-    if (!isFade(setting)) detectAgain(model);
+    if (!isFade(setting)) detectAgain(model, before);
 }
 
 void setSlicesName(AudioEditorModel &model, std::string name) {

@@ -104,13 +104,15 @@ void requestPicture(AudioEditorModel &model) {
     if (!state.spectralEnabled || isThere || state.spectralAnalyzing) return;
     change(model, [](AudioEditorSpectralState &s) { s.spectralAnalyzing = true; });
     const auto made = std::make_shared<AudioEditorSpectral::Analysis>();
-    // The sound may be another by then: whoever shows it asks again.
+    // The sound may be another by then: whoever shows it asks again. Without a picture there is nothing to paint on.
     model.analyse({[made, of = state.spectral](Progress &progress) { *made = analyze(*of, &progress); },
                    [&model, made](std::exception_ptr failure) {
+                       const AudioEditorModel::Batch batch(model);
                        change(model, [&](AudioEditorSpectralState &s) {
                            s.spectralAnalyzing = false;
                            if (!failure) s.spectralAnalysis = made;
                        });
+                       if (failure) model.setSpectralEnabled(false);
                    }});
 }
 

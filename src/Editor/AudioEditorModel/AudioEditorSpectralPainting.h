@@ -18,7 +18,8 @@ void setBrushSize(AudioEditorModel &model, int points);
 void setIntensity(AudioEditorModel &model, int percent);
 void setBrushPoint(AudioEditorModel &model, std::optional<Point> point);
 
-// Has the picture made where there is none of the present sound yet, away from the main thread. For whoever shows it.
+// Has the picture made where there is none of the present sound yet, away from the main thread. For whoever shows it. If that
+// is cancelled the mode is left.
 void requestPicture(AudioEditorModel &model);
 
 // A drag. Ending it makes the step, unless nothing was changed; cancelling leaves no trace. Any change of the sound by
