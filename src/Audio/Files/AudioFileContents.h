@@ -81,6 +81,7 @@ struct AudioFileLoop {
 
 struct FlacMetadataBlock {
     static constexpr int application = 2, tags = 4, picture = 6;  // the types that are kept
+    static constexpr std::size_t mostBytes = 0xFFFFFF;            // that a block can hold
 
     int type = 0;
     Bytes data;

@@ -66,9 +66,16 @@ std::vector<std::string> putFlacNotes(AudioFileContents &contents, const SoundNo
     if (notes.texts.empty()) return left;
     Bytes tags;
     appendText(tags, "Kiv Audio Editor");
-    tags.resize(tags.size() + 4);
-    putWord(std::span(tags), tags.size() - 4, order, std::uint32_t(notes.texts.size()));
-    for (const auto &[key, text] : notes.texts) appendText(tags, key + "=" + text);
+    const std::size_t countAt = tags.size();
+    tags.resize(countAt + 4);
+    std::uint32_t count = 0;
+    for (const auto &[key, text] : notes.texts) {
+        const std::string tag = key + "=" + text;
+        const bool fits = tag.size() + 4 <= FlacMetadataBlock::mostBytes - tags.size();
+        fits ? void(++count) : left.push_back(key);
+        if (fits) appendText(tags, tag);
+    }
+    putWord(std::span(tags), countAt, order, count);
     contents.flacMetadata.push_back({FlacMetadataBlock::tags, std::move(tags)});
     return left;
 }

@@ -12,6 +12,7 @@ constexpr auto order = std::endian::big;
 constexpr std::uint32_t lastBlock = 0x80000000;
 
 void appendBlock(Bytes &to, std::uint32_t head, std::span<const std::byte> data) {
+    if (data.size() > FlacMetadataBlock::mostBytes) throw AudioFileError::writeCheckFailed();
     std::array<std::byte, 4> header;
     putWord(std::span<std::byte>(header), 0, order, head | std::uint32_t(data.size()));
     append(to, header);

@@ -109,6 +109,13 @@ TEST(Conversion, ToFlacTakesTheTextsAndBackAgain) {
               show(riff("WAVE", fmt8 + data + chunk("cue ", cues({{1, 50, 50}, {2, 20, 20}, {3, 25, 25}})) +
                                     chunk("LIST", text("INFO") + chunk("INAM", text("Song") + zeros(1)) +
                                                       chunk("ICMT", hex("C3A9 00"))))));
+    AudioFileContents wordy;
+    wordy.format.container = AudioContainer::coreAudio;
+    wordy.texts = {{"COMMENT", std::string(FlacMetadataBlock::mostBytes, 'x')}, {"TITLE", "Song"}};
+    const auto tagged = converted(wordy, {Container::flac, 16});
+    EXPECT_THAT(tagged.left, ElementsAre("COMMENT"));
+    EXPECT_EQ(show(tagged.contents.flacMetadata.at(0).data),
+              show(le32(16) + text("Kiv Audio Editor") + le32(1) + le32(10) + text("TITLE=Song")));
 }
 
 // Whatever the formats, and however often, the editor's markers keep their number and order.
