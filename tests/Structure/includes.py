@@ -25,7 +25,7 @@ ALLOWED = {
     "Platform": (PLATFORM, None),
     "Platform/Fake": (["Platform/Fake"] + PLATFORM, None),
     "Platform/Linux": (["Platform/Linux", "Platform/Linux/Decoders"] + PLATFORM, rf"{POSIX}|pulse/|sys/|dlfcn"),
-    "Platform/Linux/Decoders": (["Platform/Linux/Decoders"] + PLATFORM, r"sndfile|FLAC/"),
+    "Platform/Linux/Decoders": (["Platform/Linux/Decoders"] + PLATFORM, r"sndfile|FLAC/|mpg123"),
     "Platform/Linux/Ffmpeg": (["Platform/Linux/Decoders", "Platform/Linux/Ffmpeg"] + PLATFORM, r"libav"),
     "Platform/Qt": (["Platform/Qt"] + PLATFORM, r"Q([A-Z]|t$)|xkbcommon/|xcb/"),
     "Preferences": (SETTINGS, r"nlohmann/"),
