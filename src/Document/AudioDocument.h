@@ -88,7 +88,7 @@ public:
     // It does go: what is not saved is given up.
     void letGo();
     // Calls back when all edits that are finished would survive the end of the program.
-    void flushJournal(std::function<void()> done) { core_.journal.flush(std::move(done)); }
+    void flushJournal(std::function<void()> done) { core_.flushJournal(std::move(done)); }
 
     // Told when the name, the format or isEdited has changed, and when work has begun or ended.
     Observers<AudioDocument> observers;

@@ -35,6 +35,7 @@ struct DocumentCore {
     bool canStoreLoop() const { return file.contents->format.container != AudioContainer::coreAudio; }
     // The file of the sound that has just been read or written.
     void setFile(DocumentFile newFile, const AudioEditorBuffer &sound);
+    void flushJournal(std::function<void()> done) { journal.flush(model.state(), isEdited(), std::move(done)); }
 };
 
 }  // namespace kiv

@@ -85,6 +85,8 @@ void expectShape(DocumentCore &core) {
 // With the file's own sound beneath it, so that undoing leads back there. Where that is gone there is nothing to undo.
 void installRecovered(DocumentCore &core, RecoveredDocument recovered, std::shared_ptr<const AbandonedJournal> journal) {
     core.player.stop();
+    if (recovered.isDamaged)
+        core.ui.showNotice(NoticeKind::warning, "What was kept is damaged: the last changes may be missing");
     AudioEditorModel &model = core.model;
     Snapshot &edited = recovered.edited;
     const AudioFileEditorPositions positions = editorPositions(recovered.contents);

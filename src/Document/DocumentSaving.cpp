@@ -128,7 +128,7 @@ void runNow(DocumentCore &core, const Order &order) { run(core, order, savingOf(
 void runWhenTakenOver(DocumentCore &core, const Order &order) {
     core.work.keep(
         [&core, order, saving = savingOf(core, order)](bool go) { go ? run(core, order, saving) : order.done(false); });
-    core.journal.flush(core.lifetime.guard([&core] { core.work.goOn(); }));
+    core.flushJournal(core.lifetime.guard([&core] { core.work.goOn(); }));
 }
 
 void request(DocumentCore &core, const Order &order) {
