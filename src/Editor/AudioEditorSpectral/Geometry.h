@@ -52,7 +52,6 @@ struct Geometry {
 
     double bandHz(double band) const;
     double bandAt(double hz) const;       // 0 … 255
-    double columnAt(double frame) const;  // the middle of column c is c + 0.5
 
     friend bool operator==(const Geometry &, const Geometry &) = default;
 };
