@@ -8,14 +8,11 @@ namespace kiv {
 namespace {
 
 std::optional<AudioFileContents> found(const Bytes &file) {
-    const MemorySource source(file);
-    auto wrapped = findWrapping(SourceReader(source));
-    if (!wrapped) return std::nullopt;
-    AudioFileContents contents;
-    const SampleWrapping &wrapping = wrapped->wrapping;
-    contents.buffer = readSamples(SourceReader(source), wrapped->audio, wrapping.encoding, wrapping.channels, 44100);
-    contents.wrapping = std::move(wrapped->wrapping);
-    return contents;
+    try {
+        return AudioFileCodec::readWrapped(MemorySource(file));
+    } catch (const AudioFileError &) {
+        return std::nullopt;
+    }
 }
 
 void check(const Bytes &file) {

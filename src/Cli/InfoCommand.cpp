@@ -30,6 +30,8 @@ const char *kindName(AudioFilePositionField::Kind kind) {
             return "inclusiveEnd";
         case AudioFilePositionField::Kind::length:
             return "length";
+        case AudioFilePositionField::Kind::real:
+            return "real";
     }
     return "";
 }

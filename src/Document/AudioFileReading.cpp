@@ -92,6 +92,8 @@ AudioFileOnDisk readAudioFile(Files &files, DecodedReader *decoders, const std::
     const auto identity = files.identity(path);
     const auto source = opened(files, path);
     auto contents = AudioFileCodec::readNative(*source, &progress);
+    if (!contents && (contents = AudioFileCodec::readWrapped(*source, &progress)))
+        contents->format.fileExtension = pathExtension(path);
     if (!contents && decoders) contents = readDecoded(*decoders, *source, path, progress);
     if (!contents) refuse(*source);
     return {std::move(*contents), identity, recovery};
@@ -102,6 +104,8 @@ AudioFileCodec::AudioFileSummary summarizeAudioFile(Files &files, DecodedReader 
     files.recoverInterrupted(path);
     const auto source = opened(files, path);
     auto summary = AudioFileCodec::summarizeNative(*source);
+    if (!summary && (summary = AudioFileCodec::summarizeWrapped(*source)))
+        summary->contents.format.fileExtension = pathExtension(path);
     if (!summary && decoders) summary = summarizeDecoded(*decoders, *source, path, progress);
     if (!summary) refuse(*source);
     return std::move(*summary);
@@ -110,6 +114,7 @@ AudioFileCodec::AudioFileSummary summarizeAudioFile(Files &files, DecodedReader 
 std::optional<AudioEditorBuffer> audioFileShape(Files &files, DecodedReader *decoders, const std::string &path) {
     const auto source = opened(files, path);
     if (auto summary = AudioFileCodec::summarizeNative(*source)) return std::move(summary->contents.buffer);
+    if (auto summary = AudioFileCodec::summarizeWrapped(*source)) return std::move(summary->contents.buffer);
     const auto sound = decoders ? decoders->open(*source) : nullptr;
     if (!sound) return std::nullopt;
     return AudioEditorBuffer(sound->format().channels, sound->format().sampleRate);

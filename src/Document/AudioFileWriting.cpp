@@ -33,14 +33,43 @@ bool holdsSamples(DecodedSound &sound, const AudioEditorBuffer &buffer, const Au
     return at == buffer.frames();
 }
 
+// Whether a decoder takes the file for what we take it for: some know little of these kinds of files, and some take what stands
+// behind the last sample for more of them.
+bool knowsAs(DecodedReader &decoders, const ByteSource &written, const AudioFileContents &contents) {
+    const AudioSampleEncoding &encoding = contents.wrapping->encoding;
+    const auto sound = decoders.open(written);
+    if (!sound) return false;
+    const DecodedFormat &format = sound->format();
+    const bool isFloat = encoding.kind == AudioSampleEncoding::Kind::floating;
+    const bool isSame = format.bits == encoding.bytes * 8 && format.isFloat == isFloat;
+    return isSame && format.channels == contents.buffer.channels() && sound->countFrames() == contents.buffer.frames();
+}
+
+// What stands around the samples is found again as it was written, and whoever else knows the file finds the same samples.
+bool isWrappedAsWritten(DecodedReader *decoders, const ByteSource &written, const AudioFileContents &contents) {
+    const AudioEditorBuffer &buffer = contents.buffer;
+    const auto found = AudioFileCodec::summarizeWrapped(written);
+    if (!found || found->frames != buffer.frames() || found->contents.wrapping->encoding != contents.wrapping->encoding)
+        return false;
+    const AudioEditorBuffer &shape = found->contents.buffer;
+    if (shape.channels() != buffer.channels() || shape.sampleRate() != buffer.sampleRate()) return false;
+    try {
+        if (!decoders || !knowsAs(*decoders, written, contents)) return true;
+        const auto sound = decoders->open(written);
+        return sound && holdsSamples(*sound, buffer, contents.wrapping->encoding);
+    } catch (const DecodeFault &) {
+        return true;
+    }
+}
+
 bool readsBack(DecodedReader *decoders, const ByteSource &written, const AudioFileContents &contents) {
     const AudioEditorBuffer &buffer = contents.buffer;
+    if (contents.wrapping) return isWrappedAsWritten(decoders, written, contents);
     try {
         const auto sound = decoders ? decoders->open(written) : nullptr;
         if (!sound) return false;
         const DecodedFormat &format = sound->format();
         const bool isSame = format.channels == buffer.channels() && format.sampleRate == buffer.sampleRate();
-        if (isSame && contents.wrapping) return holdsSamples(*sound, buffer, contents.wrapping->encoding);
         return isSame && (buffer.isEmpty() || sound->countFrames() == buffer.frames());
     } catch (const DecodeFault &) {
         return false;

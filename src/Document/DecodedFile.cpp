@@ -5,7 +5,6 @@
 
 #include "Audio/Files/SampleDecoding.h"
 #include "Audio/Files/SampleResidue.h"
-#include "Audio/Files/SampleWrapping.h"
 
 namespace kiv {
 namespace {
@@ -32,12 +31,6 @@ private:
     Progress &progress_;
 };
 
-std::string extensionOf(const std::string &path) {
-    const std::string name = path.substr(path.find_last_of('/') + 1);
-    const auto dot = name.find_last_of('.');
-    return dot == std::string::npos || dot == 0 ? "" : name.substr(dot + 1);
-}
-
 // Only what comes back exactly has a depth worth telling.
 std::string bitsDescription(const DecodedFormat &format) {
     if (format.bits == 0) return "";
@@ -51,7 +44,7 @@ AudioFileContents described(const DecodedFormat &format, const std::string &path
                        .sampleRate = double(format.sampleRate),
                        .typeName = format.typeName,
                        .bitsDescription = bitsDescription(format),
-                       .fileExtension = extensionOf(path)};
+                       .fileExtension = pathExtension(path)};
     contents.coreAudioSettings = {{formatIdentifierKey, format.identifier}, {bitDepthKey, std::to_string(format.bits)}};
     contents.texts = format.texts;
     contents.buffer = AudioEditorBuffer(format.channels, format.sampleRate);
@@ -96,27 +89,6 @@ private:
     std::vector<std::int32_t> integers_;
 };
 
-bool hasSameSamples(const WrappedFile &file, const DecodedFormat &format) {
-    const AudioSampleEncoding &encoding = file.wrapping.encoding;
-    const bool isFloat = encoding.kind == AudioSampleEncoding::Kind::floating;
-    return format.channels == file.wrapping.channels && format.sampleRate == file.sampleRate &&
-           format.bits == encoding.bytes * 8 && format.isFloat == isFloat;
-}
-
-struct KnownFile {
-    WrappedFile file;
-    bool canBeWritten = false;  // the decoder, which looks at what was written, finds in it what we find
-};
-
-// A file in which we know our way about as well as the decoder does, or better: what stands behind the samples of a W64 file is
-// more of them to some.
-std::optional<KnownFile> knownFile(std::optional<WrappedFile> file, DecodedSound &sound) {
-    if (!file || !hasSameSamples(*file, sound.format())) return std::nullopt;
-    const std::int64_t told = sound.countFrames().value_or(0), frames = file->audio.frames;
-    if (told < frames) return std::nullopt;
-    return KnownFile{std::move(*file), told == frames};
-}
-
 // Opens the file and reads of it what is wanted.
 template <class Result, class Read>
 std::optional<Result> withSound(DecodedReader &decoders, const ByteSource &source, Read read) {
@@ -127,23 +99,6 @@ std::optional<Result> withSound(DecodedReader &decoders, const ByteSource &sourc
     } catch (const DecodeFault &fault) {
         throw AudioFileError::unreadable(fault.what());
     }
-}
-
-// Its samples are read as ours are: with nothing rounded.
-std::optional<AudioFileContents> readKnown(DecodedReader &decoders, const ByteSource &source, const ByteSource &counted,
-                                           const std::string &path) {
-    auto found = findWrapping(SourceReader(source));
-    if (!found) return std::nullopt;
-    return withSound<AudioFileContents>(decoders, source, [&](DecodedSound &sound) -> std::optional<AudioFileContents> {
-        auto known = knownFile(std::move(found), sound);
-        if (!known) return std::nullopt;
-        WrappedFile &file = known->file;
-        AudioFileContents contents = described(sound.format(), path);
-        contents.buffer =
-            readSamples(SourceReader(counted), file.audio, file.wrapping.encoding, file.wrapping.channels, file.sampleRate);
-        if (known->canBeWritten) contents.wrapping = std::move(file.wrapping);
-        return contents;
-    });
 }
 
 // For a file that cannot tell.
@@ -157,10 +112,15 @@ std::int64_t framesByReading(DecodedReader &decoders, const ByteSource &source) 
 
 }  // namespace
 
+std::string pathExtension(const std::string &path) {
+    const std::string name = path.substr(path.find_last_of('/') + 1);
+    const auto dot = name.find_last_of('.');
+    return dot == std::string::npos || dot == 0 ? "" : name.substr(dot + 1);
+}
+
 std::optional<AudioFileContents> readDecoded(DecodedReader &decoders, const ByteSource &source, const std::string &path,
                                              Progress &progress) {
     const CountedSource counted(source, progress);
-    if (auto known = readKnown(decoders, source, counted, path)) return known;
     return withSound<AudioFileContents>(decoders, counted, [&](DecodedSound &sound) {
         AudioFileContents contents = described(sound.format(), path);
         AudioEditorBuffer &buffer = contents.buffer;
@@ -180,11 +140,6 @@ std::optional<AudioFileCodec::AudioFileSummary> summarizeDecoded(DecodedReader &
     const CountedSource counted(source, progress);
     return withSound<Summary>(decoders, counted, [&](DecodedSound &sound) {
         Summary summary{described(sound.format(), path), 0};
-        if (auto known = knownFile(findWrapping(SourceReader(source)), sound)) {
-            summary.frames = known->file.audio.frames;
-            if (known->canBeWritten) summary.contents.wrapping = std::move(known->file.wrapping);
-            return summary;
-        }
         const auto told = sound.countFrames();
         summary.frames = told ? *told : framesByReading(decoders, counted);
         summary.contents.flacMetadata = AudioFileCodec::flacMetadata(source);

@@ -10,6 +10,9 @@
 // `unreadable` where the decoder finds the file damaged, what the source throws, and Cancelled.
 namespace kiv {
 
+// What a format of such a file has for its extension: the path's own.
+std::string pathExtension(const std::string &path);
+
 // Nothing when no decoder knows the file. The path is for the extension.
 std::optional<AudioFileContents> readDecoded(DecodedReader &decoders, const ByteSource &source, const std::string &path,
                                              Progress &progress);

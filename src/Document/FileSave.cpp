@@ -4,6 +4,7 @@
 
 #include "Audio/Files/AudioFileCodec.h"
 #include "Audio/Files/AudioFileConversion.h"
+#include "Audio/Files/SampleWrapping.h"
 #include "Document/AudioFileReading.h"
 #include "Document/AudioFileWriting.h"
 
@@ -25,7 +26,7 @@ AudioFileContents prepared(AudioFileContents contents, std::optional<FrameRange>
 
 // The file as it stands on the disk, for the next save; the samples are the model's.
 AudioFileContents asWritten(AudioFileContents contents) {
-    if (contents.wrapping) contents.wrapping->frames = contents.buffer.frames();
+    if (contents.wrapping) contents.wrapping = wrappingFor(std::move(*contents.wrapping), contents.buffer);
     contents.buffer = AudioEditorBuffer(contents.buffer.channels(), contents.buffer.sampleRate());
     std::erase_if(contents.chunks, [](const AudioFileChunk &chunk) { return isStaleChunkId(chunk.id); });
     return contents;

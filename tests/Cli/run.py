@@ -75,6 +75,15 @@ def au(words):
     return b".snd" + head + b"note" + data + words.get("behind", "").encode()
 
 
+def caf(words):
+    """samples or frames, of one channel; clock: the kind of clock by which a marker is told"""
+    data = b"".join(struct.pack(">h", s) for s in samples_of(words))
+    desc = struct.pack(">d4sIIIII", 8000, b"lpcm", 0, 2, 1, 1, 16)
+    mark = struct.pack(">IIIdI12x", int(words["clock"]), 1, 0, 1, 1)
+    chunks = ((b"desc", desc), (b"mark", mark), (b"data", bytes(4) + data))
+    return b"caff\0\1\0\0" + b"".join(name + struct.pack(">q", len(payload)) + payload for name, payload in chunks)
+
+
 def png_start(words):
     """The beginning of a picture with a table of 256 colours; what follows may be anything."""
     header = b"IHDR" + struct.pack(">IIBBBBB", int(words["width"]), int(words["height"]), 8, 3, 0, 0, 0)
@@ -82,12 +91,12 @@ def png_start(words):
 
 
 def make(line):
-    """NAME wav|aiff|au|text|png KEY=VALUE …: the file's name and bytes. A text is given as Python would write it."""
+    """NAME wav|aiff|au|caf|text|png KEY=VALUE …: the file's name and bytes. A text is given as Python would write it."""
     name, kind, *rest = shlex.split(line)
     words = dict(word.split("=", 1) for word in rest)
     if kind == "text":
         return name, words["is"].encode("latin-1").decode("unicode_escape").encode("latin-1")
-    return name, {"wav": wav, "aiff": aiff, "au": au, "png": png_start}[kind](words)
+    return name, {"wav": wav, "aiff": aiff, "au": au, "caf": caf, "png": png_start}[kind](words)
 
 
 def lines(path):

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cmath>
 #include <new>
 #include <system_error>
 
@@ -36,6 +38,13 @@ std::int64_t fieldValue(const AudioFilePositionField &field, const std::vector<s
     return position;
 }
 
+// What stands between two frames stays there as long as it is not moved.
+void putReal(Bytes &data, std::size_t offset, std::endian order, std::int64_t position) {
+    const double stored = std::bit_cast<double>(wordAt<std::uint64_t>(data, offset, order));
+    if (std::floor(stored) != double(position))
+        putWord(std::span(data), offset, order, std::bit_cast<std::uint64_t>(double(position)));
+}
+
 // Calls a reader. What is not for us to read is nothing; what else can go wrong becomes an error that names it.
 template <class Read>
 auto orNothing(Read read) -> decltype(read()) {
@@ -51,27 +60,42 @@ auto orNothing(Read read) -> decltype(read()) {
     }
 }
 
-}  // namespace
+using FileReader = std::optional<NativeFile> (*)(const SourceReader &reader);
 
-std::optional<AudioFileContents> readNative(const ByteSource &source, Progress *progress) {
+std::optional<AudioFileContents> readWhole(const ByteSource &source, Progress *progress, FileReader read) {
     if (progress) progress->start(source.size());
     return orNothing([&]() -> std::optional<AudioFileContents> {
         const SourceReader reader(source, progress);
-        auto file = readForm(reader);
+        auto file = read(reader);
         if (!file) return std::nullopt;
-        AudioEditorBuffer &buffer = file->contents.buffer;
-        buffer = readSamples(reader, file->audio, *file->contents.format.encoding, buffer.channels(), buffer.sampleRate());
-        return std::move(file->contents);
+        AudioFileContents &contents = file->contents;
+        const AudioSampleEncoding &encoding = contents.wrapping ? contents.wrapping->encoding : *contents.format.encoding;
+        contents.buffer = readSamples(reader, file->audio, encoding, contents.buffer.channels(), contents.buffer.sampleRate());
+        return std::move(contents);
     });
 }
 
-std::optional<AudioFileSummary> summarizeNative(const ByteSource &source) {
+std::optional<AudioFileSummary> summarize(const ByteSource &source, FileReader read) {
     return orNothing([&]() -> std::optional<AudioFileSummary> {
-        auto file = readForm(SourceReader(source));
+        auto file = read(SourceReader(source));
         if (!file) return std::nullopt;
         return AudioFileSummary{std::move(file->contents), file->audio.frames};
     });
 }
+
+}  // namespace
+
+std::optional<AudioFileContents> readNative(const ByteSource &source, Progress *progress) {
+    return readWhole(source, progress, readForm);
+}
+
+std::optional<AudioFileSummary> summarizeNative(const ByteSource &source) { return summarize(source, readForm); }
+
+std::optional<AudioFileContents> readWrapped(const ByteSource &source, Progress *progress) {
+    return readWhole(source, progress, findWrapping);
+}
+
+std::optional<AudioFileSummary> summarizeWrapped(const ByteSource &source) { return summarize(source, findWrapping); }
 
 void throwIfUnsupported(const ByteSource &source) { readForm(SourceReader(source)); }
 
@@ -93,9 +117,14 @@ std::vector<FlacMetadataBlock> flacMetadata(const ByteSource &source) { return r
 Bytes patched(const AudioFileChunk &chunk, const std::vector<std::int64_t> &positions) {
     Bytes data = chunk.data;
     for (const AudioFilePositionField &field : chunk.fields) {
-        if (field.index >= positions.size() || data.size() < 4 || field.offset > data.size() - 4) continue;
+        const std::size_t width = field.kind == AudioFilePositionField::Kind::real ? 8 : 4;
+        if (field.index >= positions.size() || data.size() < width || field.offset > data.size() - width) continue;
+        const auto order = field.bigEndian ? std::endian::big : std::endian::little;
         const std::int64_t value = std::clamp<std::int64_t>(fieldValue(field, positions), 0, 0xFFFFFFFF);
-        putWord(std::span(data), field.offset, field.bigEndian ? std::endian::big : std::endian::little, std::uint32_t(value));
+        if (width == 8)
+            putReal(data, field.offset, order, positions[field.index]);
+        else
+            putWord(std::span(data), field.offset, order, std::uint32_t(value));
     }
     return data;
 }

@@ -31,6 +31,11 @@ struct AudioFileSummary {
 };
 std::optional<AudioFileSummary> summarizeNative(const ByteSource &source);
 
+// The same for files of other kinds whose samples are not compressed: AU, CAF, W64, RF64, BW64 and RIFX. Their container is
+// coreAudio, and their format has no extension. Nothing for other files.
+std::optional<AudioFileContents> readWrapped(const ByteSource &source, Progress *progress = nullptr);
+std::optional<AudioFileSummary> summarizeWrapped(const ByteSource &source);
+
 // The metadata blocks of a FLAC file that stay true when its audio changes: applications' own, tags, pictures. Nothing for
 // other files.
 std::vector<FlacMetadataBlock> flacMetadata(const ByteSource &source);

@@ -64,6 +64,10 @@ bool AudioFileContents::canSaveInPlace() const {
     return format.container != AudioContainer::coreAudio || wrapping || decodedSetting(formatIdentifierKey) == "flac";
 }
 
+bool AudioFileContents::canStoreLoop() const {
+    return format.container != AudioContainer::coreAudio || (wrapping && wrapping->isWavLike());
+}
+
 std::string AudioFileContents::decodedSetting(const char *key) const {
     if (!coreAudioSettings) return "";
     const auto entry = coreAudioSettings->find(key);

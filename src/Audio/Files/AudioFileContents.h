@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -43,12 +44,14 @@ struct AudioFileFormat {
     friend bool operator==(const AudioFileFormat &, const AudioFileFormat &) = default;
 };
 
-// A place inside a chunk where a 32-bit unsigned sample position is stored. Small, for a file may hold millions.
+// A place inside a chunk where a sample position is stored, as 32 unsigned bits but for `real`. Small, for a file may hold
+// millions.
 struct AudioFilePositionField {
     enum class Kind : std::uint8_t {
         frame,         // the position itself
         inclusiveEnd,  // the last frame inside a range: the position − 1
         length,        // frames counted from positions[from]
+        real,          // the position itself, as a 64-bit float; in CAF files
     };
 
     std::uint32_t offset = 0;  // bytes into the chunk's data
@@ -85,37 +88,48 @@ struct FlacMetadataBlock {
 };
 
 // A file of a kind that is not our own whose samples stand in it uncompressed and in one piece: all that stands around them,
-// kept byte for byte, so that the file can be written back with other samples and nothing is lost.
+// kept as it is, so that the file can be written back with other samples and nothing is lost.
 struct SampleWrapping {
+    enum class Kind : std::uint8_t { au, caf, w64, rf64, bw64, rifx };
+
     // A number that says how much there is: of bytes of samples, of frames, of bytes of the whole file.
     struct Size {
         enum class Of { samples, frames, file };
-        std::uint32_t offset = 0;  // into the part
+        std::uint32_t offset = 0;  // into the part's header and payload together
         int bytes = 4;             // 4 or 8
         Of of = Of::samples;
         std::int64_t more = 0;  // that are counted too, or left out
     };
+    // A chunk with its header and what fills it up behind; the file's own header, and what is no chunk, have no id.
     struct Part {
-        std::string id;
-        Bytes bytes;
+        AudioFileChunk chunk;
+        Bytes header, pad;
         bool isBare = true;  // says what the samples are
         std::vector<Size> sizes;
-        friend bool operator==(const Part &a, const Part &b) { return a.id == b.id && a.bytes == b.bytes; }
+
+        std::size_t size() const { return header.size() + chunk.data.size() + pad.size(); }
+        friend bool operator==(const Part &a, const Part &b) {
+            return a.header == b.header && a.chunk.data == b.chunk.data && a.pad == b.pad;
+        }
     };
 
+    Kind kind = Kind::au;
     AudioSampleEncoding encoding;
     std::int64_t channels = 1;
     std::int64_t frames = 0;     // of the file
-    bool bigEndian = false;      // the sizes
-    bool countsFrames = false;   // something in the parts may stand for frames, whose number then has to stay
+    bool countsFrames = false;   // something in the parts stands for frames and cannot follow edits: their number has to stay
+    bool namesChannels = false;  // and something else for channels
     std::int64_t alignment = 1;  // zeros behind the samples fill up their bytes, with `headerBytes`, to a multiple of this
     std::int64_t headerBytes = 0;
     std::vector<Part> parts;
     std::size_t samplesBefore = 0;  // index of the part behind the samples; the number of parts when none is
 
+    // Whether the chunks are those of a WAV file, with cue points and loops among them.
+    bool isWavLike() const { return kind == Kind::rf64 || kind == Kind::bw64 || kind == Kind::rifx; }
+    std::endian order() const;  // of the numbers in it
     // Whether a sound can take the place of the file's own.
     bool fits(const AudioEditorBuffer &sound) const {
-        return sound.channels() == channels && (!countsFrames || sound.frames() == frames);
+        return (!namesChannels || sound.channels() == channels) && (!countsFrames || sound.frames() == frames);
     }
     friend bool operator==(const SampleWrapping &, const SampleWrapping &) = default;
 };
@@ -142,6 +156,8 @@ struct AudioFileContents {
     // Whether it can be written back in its own format with nothing lost. Of decoded files FLAC can, and those with a wrapping
     // that fits the sound.
     bool canSaveInPlace() const;
+    // Whether its own format has a place for a loop.
+    bool canStoreLoop() const;
     // The entry of coreAudioSettings; empty when there is none.
     std::string decodedSetting(const char *key) const;
 };

@@ -11,6 +11,7 @@
 #include "Audio/Files/FormBuilder.h"
 #include "Audio/Files/LoopChunks.h"
 #include "Audio/Files/SoundNotes.h"
+#include "Audio/Files/WrappingChunks.h"
 
 namespace kiv::AudioFileCodec {
 namespace {
@@ -172,10 +173,21 @@ int atLeast(int bits, std::initializer_list<int> offered) {
     return found == offered.end() ? *(offered.end() - 1) : *found;
 }
 
+// What is put together as a WAV file is goes on as one.
+Conversion unwrapped(const AudioFileContents &contents, const AudioSaveFormat &format) {
+    AudioFileContents view = wavView(contents);
+    std::vector<std::string> gone;
+    if (contents.wrapping->order() == std::endian::big) gone = eraseUnswapped(view);
+    Conversion result = converted(std::move(view), format);
+    for (const std::string &id : gone) result.left.push_back(quotedId(id));
+    return result;
+}
+
 }  // namespace
 
 Conversion converted(AudioFileContents contents, const AudioSaveFormat &format) {
     if (format.matches(contents.format)) return {std::move(contents), {}};
+    if (contents.wrapping && contents.wrapping->isWavLike()) return unwrapped(contents, format);
     return format.container == Container::flac ? toFlac(std::move(contents), format.bits) : toForm(std::move(contents), format);
 }
 

@@ -49,9 +49,6 @@ SoundNotes flacNotes(const AudioFileContents &contents) {
         if (block.type == FlacMetadataBlock::tags) readTags(block.data, notes);
         if (block.type == FlacMetadataBlock::picture) notes.others = {"pictures"};
     }
-    if (contents.wrapping)
-        for (const SampleWrapping::Part &part : contents.wrapping->parts)
-            if (!part.isBare && part.id != "info") notes.others.push_back(quotedId(part.id));
     const auto isOther = [](const FlacMetadataBlock &block) { return block.type == FlacMetadataBlock::application; };
     if (std::ranges::any_of(contents.flacMetadata, isOther)) notes.others.push_back("what programs keep in the file");
     for (std::uint32_t i = 0; i < contents.positions.size(); ++i)

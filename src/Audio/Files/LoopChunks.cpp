@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Audio/Files/AudioFileCodec.h"
+#include "Audio/Files/WrappingChunks.h"
 
 namespace kiv {
 namespace {
@@ -55,13 +56,20 @@ void cutOut(AudioFileChunk &chunk, std::size_t offset, std::size_t size) {
 
 namespace AudioFileCodec {
 
+static AudioFileContents inWavView(AudioFileContents contents, auto change) {
+    takeWavView(contents, change(wavView(contents)));
+    return contents;
+}
+
 AudioFileContents addingLoop(AudioFileContents contents, std::int64_t start, std::int64_t end) {
     if (contents.loop) {
         contents.positions.at(std::size_t(contents.loop->start)) = start;
         contents.positions.at(std::size_t(contents.loop->end)) = end;
         return contents;
     }
-    if (contents.format.container == AudioContainer::coreAudio) return contents;
+    if (!contents.canStoreLoop()) return contents;
+    if (contents.wrapping)
+        return inWavView(std::move(contents), [&](auto view) { return addingLoop(std::move(view), start, end); });
     const auto index = std::int64_t(contents.positions.size());
     const AudioFileLoop loop{index, index + 1};
     const bool isWav = contents.format.container == AudioContainer::wav;
@@ -74,6 +82,7 @@ AudioFileContents addingLoop(AudioFileContents contents, std::int64_t start, std
 // The one loop that the editor shows: others that the file holds besides it are not the user's to lose here.
 AudioFileContents removingLoop(AudioFileContents contents) {
     if (!contents.loop) return contents;
+    if (contents.wrapping) return inWavView(std::move(contents), removingLoop);
     const bool isWav = contents.format.container == AudioContainer::wav;
     removePositions(contents, isWav ? removeWavLoop(contents) : removeAiffLoop(contents));
     contents.loop.reset();

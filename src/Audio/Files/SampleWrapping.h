@@ -2,23 +2,25 @@
 
 #include <optional>
 
-#include "Audio/Files/AudioFileContents.h"
-#include "Audio/Files/SampleDecoding.h"
+#include "Audio/Files/NativeFile.h"
+#include "Audio/Files/SourceReader.h"
 
+// Files of other kinds whose samples are not compressed: AU, CAF, W64, RF64, BW64 and RIFX. They are taken apart by their own
+// structure, and put together again around other samples.
 namespace kiv {
 
-// A file whose wrapping is kept, and where its samples stand.
-struct WrappedFile {
-    SampleWrapping wrapping;
-    AudioPlace audio;
-    std::int64_t sampleRate = 0;
-};
-
-// The wrapping of an AU, CAF, W64, RF64, BW64 or RIFX file. Nothing for other files, for samples that are compressed or of an
-// encoding that is not ours, and for a file that is not whole: one that could not be written back as it was.
-std::optional<WrappedFile> findWrapping(const SourceReader &reader);
+// Such a file's wrapping, with what it says of the sound: positions, the loop, texts. Nothing for other files, and for samples
+// that are compressed or of an encoding that is not ours. Throws AudioFileError `unreadable`.
+std::optional<NativeFile> findWrapping(const SourceReader &reader);
 
 // Only what says what the samples are.
 SampleWrapping bareWrapping(SampleWrapping wrapping);
+
+// The wrapping around another sound: sizes and number of channels follow, and what names a speaker for each channel is left
+// out where they are others. Throws AudioFileError `tooLarge`.
+SampleWrapping wrappingFor(SampleWrapping wrapping, const AudioEditorBuffer &sound);
+
+// How many zeros stand behind the samples.
+std::int64_t paddingBehind(const SampleWrapping &wrapping, std::int64_t sampleBytes);
 
 }  // namespace kiv

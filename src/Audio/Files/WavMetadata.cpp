@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Audio/Files/AudioFileCodec.h"
 #include "Audio/Files/ByteFields.h"
 #include "Audio/Files/LoopChunks.h"
 #include "Audio/Files/PositionTable.h"
@@ -94,9 +95,21 @@ private:
 
 }  // namespace
 
-std::size_t SmplChunk::records(std::span<const std::byte> payload) {
+std::size_t SmplChunk::records(std::span<const std::byte> payload, std::endian order) {
     if (payload.size() < header) return 0;
     return std::min<std::size_t>(u32At(payload, loopCount, order), (payload.size() - header) / record);
+}
+
+Bytes patchedWavChunk(const AudioFileChunk &chunk, const std::vector<std::int64_t> &positions) {
+    using namespace CueChunk;
+    Bytes payload = AudioFileCodec::patched(chunk, positions);
+    if (chunk.id != "cue ") return payload;
+    for (const AudioFilePositionField &field : chunk.fields) {
+        const bool isSampleOffset = field.offset >= header && (field.offset - header) % record == sampleOffset;
+        if (isSampleOffset && field.offset + 4 <= payload.size() && u32At(payload, field.offset, order) == 0)
+            putWord(std::span(payload), field.offset - sampleOffset + position, order, std::uint32_t(0));
+    }
+    return payload;
 }
 
 void collectWavPositions(AudioFileContents &contents, std::int64_t frames) {

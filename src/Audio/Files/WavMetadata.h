@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -30,8 +31,12 @@ inline constexpr std::size_t recordStart = 8;  // u32 inside a record: the loop'
 inline constexpr std::size_t recordEnd = 12;   // u32 inside a record: the loop's last frame
 
 // The loop records it holds: as many as it says, or as fit. 0 when even the header is cut off.
-std::size_t records(std::span<const std::byte> payload);
+std::size_t records(std::span<const std::byte> payload, std::endian order = std::endian::little);
 }  // namespace SmplChunk
+
+// The chunk's payload with every position field rewritten. A cue that comes to stand at frame 0 says so in both its places, or
+// the first would be read with whatever it holds.
+Bytes patchedWavChunk(const AudioFileChunk &chunk, const std::vector<std::int64_t> &positions);
 
 // Fills positions, the chunks' fields and the loop of contents read from a WAV file of so many frames.
 void collectWavPositions(AudioFileContents &contents, std::int64_t frames);

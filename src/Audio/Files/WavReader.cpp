@@ -16,13 +16,7 @@ namespace {
 
 using namespace FmtChunk;
 
-constexpr auto order = std::endian::little;
-
-struct WavFormat {
-    std::int64_t channels = 0;
-    std::uint32_t sampleRate = 0;
-    AudioSampleEncoding encoding;
-};
+constexpr auto fileOrder = std::endian::little;
 
 // The block align says how many bytes a sample takes in the file. Where it is no multiple of the channels, only the number of
 // bits is left to go by.
@@ -59,23 +53,17 @@ AudioSampleEncoding encodingOf(unsigned tag, int bytes, unsigned bits, unsigned 
                                       " bits");
 }
 
-WavFormat parsed(std::span<const std::byte> fmt) {
-    const unsigned channels = u16At(fmt, FmtChunk::channels, order), bits = u16At(fmt, bitsPerSample, order);
-    const std::uint32_t rate = u32At(fmt, sampleRate, order);
-    unsigned tag = u16At(fmt, formatTag, order), validBits = bits;
-    if (tag == extensibleTag && fmt.size() >= extensibleSize) {
-        const unsigned stated = u16At(fmt, FmtChunk::validBits, order);
-        validBits = stated != 0 ? stated : bits;
-        tag = u16At(fmt, subFormat, order);
-    }
-    if (channels == 0 || rate == 0) throw AudioFileError::unreadable("bad format chunk");
-    const int bytes = bytesPerSample(u16At(fmt, blockAlign, order), channels, bits);
-    return {channels, rate, encodingOf(tag, bytes, bits, validBits)};
+// The tag in front of a sub-format's GUID. In big-endian files some programs swap the whole first number of it, and some
+// nothing.
+unsigned subFormatTag(std::span<const std::byte> fmt, std::endian order) {
+    const unsigned tag = u16At(fmt, subFormat, order);
+    if (order == std::endian::little || tag == integerTag || tag == floatTag) return tag;
+    return tag == 0 ? u16At(fmt, subFormat + 2, order) : u16At(fmt, subFormat, std::endian::little);
 }
 
 WavFormat readFormat(const SourceReader &reader, const RawChunk *fmt) {
     if (!fmt || fmt->size < std::int64_t(plainSize)) throw AudioFileError::unreadable("no format chunk");
-    return parsed(reader.bytes(fmt->start, std::min<std::int64_t>(fmt->size, extensibleSize)));
+    return wavFormat(reader.bytes(fmt->start, std::min<std::int64_t>(fmt->size, extensibleSize)), fileOrder);
 }
 
 AudioFileFormat described(const WavFormat &format) {
@@ -89,8 +77,22 @@ AudioFileFormat described(const WavFormat &format) {
 
 }  // namespace
 
+WavFormat wavFormat(std::span<const std::byte> fmt, std::endian order) {
+    const unsigned channels = u16At(fmt, FmtChunk::channels, order), bits = u16At(fmt, bitsPerSample, order);
+    const std::uint32_t rate = u32At(fmt, sampleRate, order);
+    unsigned tag = u16At(fmt, formatTag, order), validBits = bits;
+    if (tag == extensibleTag && fmt.size() >= extensibleSize) {
+        const unsigned stated = u16At(fmt, FmtChunk::validBits, order);
+        validBits = stated != 0 ? stated : bits;
+        tag = subFormatTag(fmt, order);
+    }
+    if (channels == 0 || rate == 0) throw AudioFileError::unreadable("bad format chunk");
+    const int bytes = bytesPerSample(u16At(fmt, blockAlign, order), channels, bits);
+    return {channels, rate, encodingOf(tag, bytes, bits, validBits)};
+}
+
 NativeFile readWav(const SourceReader &reader) {
-    const ChunkScan scan = scanChunks(reader, order, "fmt ", "data");
+    const ChunkScan scan = scanChunks(reader, fileOrder, "fmt ", "data");
     const WavFormat format = readFormat(reader, scan.first("fmt "));
     const RawChunk *audio = scan.audioChunk();
     if (!audio) throw AudioFileError::unreadable("no audio data");

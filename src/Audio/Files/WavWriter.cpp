@@ -42,22 +42,6 @@ Bytes factPayload(const AudioFileChunk &chunk, const AudioFileContents &contents
     return fact;
 }
 
-// A cue that comes to stand at frame 0 must say so in both places, or the first would be read with whatever it holds.
-Bytes cuePayload(const AudioFileChunk &chunk, const std::vector<std::int64_t> &positions) {
-    using namespace CueChunk;
-    Bytes cues = patched(chunk, positions);
-    for (const AudioFilePositionField &field : chunk.fields) {
-        const bool isSampleOffset = field.offset >= header && (field.offset - header) % record == sampleOffset;
-        if (isSampleOffset && field.offset + 4 <= cues.size() && u32At(cues, field.offset, order) == 0)
-            putWord(std::span(cues), field.offset - sampleOffset + position, order, std::uint32_t(0));
-    }
-    return cues;
-}
-
-Bytes payload(const AudioFileChunk &chunk, const std::vector<std::int64_t> &positions) {
-    return chunk.id == "cue " ? cuePayload(chunk, positions) : patched(chunk, positions);
-}
-
 // Audio without a frame, with others behind it. A data chunk of size 0 means "up to the end of the file" to many readers, ours
 // included: a byte in it that makes no frame says that it is really empty. Where one byte is a frame, it has to be the last.
 bool isEmptyBeforeOthers(const AudioFileContents &contents, const AudioFileChunk *data) {
@@ -87,7 +71,7 @@ AudioFileImage wavImage(const AudioFileContents &contents) {
         else if (chunk.id.empty())
             form.raw(chunk.data);
         else
-            form.chunk(chunk.id, payload(chunk, contents.positions));
+            form.chunk(chunk.id, patchedWavChunk(chunk, contents.positions));
     }
     if (samplesInPlace)
         form.raw(contents.trailing);

@@ -16,7 +16,7 @@ std::size_t metadataBytes(const AudioFileContents &contents) {
     for (const AudioFileChunk &chunk : contents.chunks) bytes += chunk.data.size();
     for (const FlacMetadataBlock &block : contents.flacMetadata) bytes += block.data.size();
     if (contents.wrapping)
-        for (const SampleWrapping::Part &part : contents.wrapping->parts) bytes += part.bytes.size();
+        for (const SampleWrapping::Part &part : contents.wrapping->parts) bytes += part.size();
     return bytes;
 }
 

@@ -154,6 +154,7 @@ private:
 template <class T, class U>
 concept Is = std::same_as<std::remove_const_t<T>, U>;
 
+void fields(auto &a, Is<std::pair<std::string, std::string>> auto &v) { a.all(v.first, v.second); }
 void fields(auto &a, Is<FrameRange> auto &v) { a.all(v.lo, v.hi); }
 void fields(auto &a, Is<JournalPiece> auto &v) { a.all(v.from, v.at, v.frames); }
 void fields(auto &a, Is<FileSystem::Identity> auto &v) { a.all(v.device, v.inode, v.size, v.modifiedNs, v.kind); }
@@ -166,12 +167,13 @@ void fields(auto &a, Is<AudioFileChunk> auto &v) { a.all(v.id, v.data, v.fields,
 void fields(auto &a, Is<AudioFileLoop> auto &v) { a.all(v.start, v.end); }
 void fields(auto &a, Is<FlacMetadataBlock> auto &v) { a.all(v.type, v.data); }
 void fields(auto &a, Is<SampleWrapping::Size> auto &v) { a.all(v.offset, v.bytes, v.of, v.more); }
-void fields(auto &a, Is<SampleWrapping::Part> auto &v) { a.all(v.id, v.bytes, v.isBare, v.sizes); }
+void fields(auto &a, Is<SampleWrapping::Part> auto &v) { a.all(v.chunk, v.header, v.pad, v.isBare, v.sizes); }
 void fields(auto &a, Is<SampleWrapping> auto &v) {
-    a.all(v.encoding, v.channels, v.frames, v.bigEndian, v.countsFrames, v.alignment, v.headerBytes, v.parts, v.samplesBefore);
+    a.all(v.kind, v.encoding, v.channels, v.frames, v.countsFrames, v.namesChannels, v.alignment, v.headerBytes, v.parts,
+          v.samplesBefore);
 }
 void fields(auto &a, Is<AudioFileContents> auto &v) {
-    a.all(v.format, v.chunks, v.positions, v.loop, v.coreAudioSettings, v.flacMetadata, v.wrapping, v.trailing);
+    a.all(v.format, v.chunks, v.positions, v.loop, v.coreAudioSettings, v.flacMetadata, v.texts, v.wrapping, v.trailing);
 }
 void fields(auto &a, Is<JournalBase> auto &v) { a.all(v.path, v.identity, v.print, v.kept, v.keptIsLink, v.contents); }
 void fields(auto &a, Is<JournalState> auto &v) {
