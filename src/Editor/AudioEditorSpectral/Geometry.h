@@ -51,7 +51,7 @@ struct Geometry {
     ColumnRange clamped(ColumnRange range) const;  // to 0 … columns
 
     double bandHz(double band) const;
-    double bandAt(double hz) const;       // 0 … 255
+    double bandAt(double hz) const;  // 0 … 255
 
     friend bool operator==(const Geometry &, const Geometry &) = default;
 };
