@@ -44,9 +44,10 @@ function(kiv_module name)
   target_link_libraries(${name} PRIVATE ${arg_LINK})
 endfunction()
 
-# One test program a library, mirroring its folders under tests/.
+# One test program a library, mirroring its folders under tests/. What the sanitizers add to a test is slow to compile, and what
+# they are to look at is the code that it tests: only tests that compute much themselves are then optimised.
 function(kiv_tests name)
-  cmake_parse_arguments(arg "" "TIMEOUT" "FOLDERS;LINK;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(arg "COMPUTES" "TIMEOUT" "FOLDERS;LINK;ENVIRONMENT" ${ARGN})
   kiv_sources(sources ${CMAKE_SOURCE_DIR}/tests ${arg_FOLDERS})
   if(NOT sources)
     return()
@@ -57,6 +58,9 @@ function(kiv_tests name)
   add_executable(${name} ${sources})
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE ${arg_LINK} GTest::gmock GTest::gtest_main)
+  if(KIV_SANITIZE AND NOT arg_COMPUTES)
+    target_compile_options(${name} PRIVATE -O0)
+  endif()
   target_compile_definitions(${name} PRIVATE KIV_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
   add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
   set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT "${arg_ENVIRONMENT}")

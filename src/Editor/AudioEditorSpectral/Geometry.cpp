@@ -74,8 +74,6 @@ double Geometry::bandAt(double hz) const {
     return std::min(std::log2(hz / lowestHz) / octaves(sampleRate), 1.0) * (bandCount - 1);
 }
 
-double Geometry::columnAt(double frame) const { return frame / double(columnFrames); }
-
 std::vector<BinBand> binBands(const Geometry &geometry) {
     std::vector<BinBand> bands;
     for (int k = 0; k <= geometry.fftSize / 2; ++k) {

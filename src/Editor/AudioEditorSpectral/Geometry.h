@@ -51,8 +51,7 @@ struct Geometry {
     ColumnRange clamped(ColumnRange range) const;  // to 0 … columns
 
     double bandHz(double band) const;
-    double bandAt(double hz) const;       // 0 … 255
-    double columnAt(double frame) const;  // the middle of column c is c + 0.5
+    double bandAt(double hz) const;  // 0 … 255
 
     friend bool operator==(const Geometry &, const Geometry &) = default;
 };

@@ -21,7 +21,6 @@ public:
     void confirm() override { choose(0); }
     void cancel() override;
     void takeFocus() override;
-    bool canCancel() const { return cancelIndex_.has_value(); }
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -110,8 +110,9 @@ bool FakeFileSystem::failsNow(Need need) const {
     return lasting_ == Lasting::on || (lasting_ == Lasting::full ? need == Need::space : steps_ == failStep_);
 }
 
-// Counts a step; at one that is not to be, does `half` of it and throws.
-void FakeFileSystem::step(Need need, const std::function<void()> &half) {
+// Counts a step, during which the world is the caller's; at one that is not to be, does `half` of it and throws.
+FakeFileSystem::Lock FakeFileSystem::step(Need need, const std::function<void()> &half) {
+    Lock lock(mutex_);
     if (dead_) throw PowerLost();
     ++steps_;
     const bool fails = failsNow(need);
@@ -119,6 +120,7 @@ void FakeFileSystem::step(Need need, const std::function<void()> &half) {
     if ((fails || dead_) && half) half();
     if (dead_) throw PowerLost();
     if (fails) fail(error_);
+    return lock;
 }
 
 bool FakeFileSystem::survives(Survival survival, std::mt19937 &random) const {
@@ -166,19 +168,16 @@ public:
         put(bytes);
     }
     void rewind() override {
-        const std::lock_guard lock(world_.mutex_);
-        world_.step();
+        const Lock lock = world_.step();
         at_ = 0;
     }
     void truncate(std::int64_t size) override {
-        const std::lock_guard lock(world_.mutex_);
-        world_.step();
+        const Lock lock = world_.step();
         node_->now.bytes.resize(std::size_t(size));
         world_.changed(*node_);
     }
     void sync() override {
-        const std::lock_guard lock(world_.mutex_);
-        world_.step(Need::nothing, [&] { node_->dirty = false; });
+        const Lock lock = world_.step(Need::nothing, [&] { node_->dirty = false; });
         if (node_->dirty) node_->onDevice = node_->now;
         node_->unsynced.clear();
     }
@@ -205,8 +204,7 @@ public:
 
     std::int64_t size() const override { return std::int64_t(size_); }
     std::size_t read(std::int64_t offset, std::span<std::byte> out) const override {
-        const std::lock_guard lock(world_.mutex_);
-        world_.step();
+        const Lock lock = world_.step();
         return MemorySource(node_->now.bytes).read(offset, out);
     }
 
@@ -237,6 +235,12 @@ FakeFileSystem::NodePtr FakeFileSystem::demand(const std::string &path) const {
     fail(std::errc::no_such_file_or_directory);
 }
 
+FakeFileSystem::NodePtr FakeFileSystem::demandWritable(const std::string &path) const {
+    auto node = demand(path);
+    if (!node->writable) fail(std::errc::permission_denied);
+    return node;
+}
+
 void FakeFileSystem::requireFolder(const std::string &path) const {
     if (demand(path)->kind != Kind::folder) fail(std::errc::not_a_directory);
 }
@@ -254,49 +258,41 @@ void FakeFileSystem::change(NameChange change) {
     unsynced_.push_back(std::move(change));
 }
 
-std::string FakeFileSystem::resolve(const std::string &path) {
-    const std::lock_guard lock(mutex_);
-    step();
-    std::string at = path.starts_with('/') ? path : "/" + path;
+std::string FakeFileSystem::target(std::string path) const {
     for (int links = 0; links < 40; ++links) {
-        requireFolder(parentOf(at));
-        const auto node = find(at);
-        if (!node || node->linkTarget.empty()) return at;
-        at = node->linkTarget.starts_with('/') ? node->linkTarget : parentOf(at) + "/" + node->linkTarget;
+        const auto node = find(path);
+        if (!node || node->linkTarget.empty()) return path;
+        path = node->linkTarget.starts_with('/') ? node->linkTarget : parentOf(path) + "/" + node->linkTarget;
     }
     fail(std::errc::too_many_symbolic_link_levels);
 }
 
-FakeFileSystem::NodePtr FakeFileSystem::follow(std::string path) const {
-    auto node = find(path);
-    for (int links = 0; node && !node->linkTarget.empty() && links < 40; ++links) {
-        path = node->linkTarget.starts_with('/') ? node->linkTarget : parentOf(path) + "/" + node->linkTarget;
-        node = find(path);
-    }
-    return node;
+std::string FakeFileSystem::resolve(const std::string &path) {
+    const Lock lock = step();
+    requireFolder(parentOf(path));
+    const std::string at = target(path);
+    requireFolder(parentOf(at));
+    return at;
 }
 
 std::optional<FileSystem::Identity> FakeFileSystem::identity(const std::string &path) {
-    const std::lock_guard lock(mutex_);
-    step();
-    const auto node = follow(path);
+    const Lock lock = step();
+    const auto node = find(target(path));
     if (!node) return std::nullopt;
     return Identity{1, node->inode, std::int64_t(node->now.bytes.size()), node->modified, node->kind};
 }
 
 std::unique_ptr<ByteSource> FakeFileSystem::open(const std::string &path) {
-    const std::lock_guard lock(mutex_);
-    step();
-    const auto node = follow(path);
+    const Lock lock = step();
+    const auto node = find(target(path));
     if (!node) fail(std::errc::no_such_file_or_directory);
     if (node->kind != Kind::file) fail(std::errc::is_a_directory);
     return std::make_unique<OpenSource>(*this, node);
 }
 
 std::unique_ptr<FileSystem::File> FakeFileSystem::create(const std::string &path, Access access) {
-    const std::lock_guard lock(mutex_);
-    step(Need::space);
-    if (!demand(parentOf(path))->writable) fail(std::errc::permission_denied);
+    const Lock lock = step(Need::space);
+    demandWritable(parentOf(path));
     if (find(path)) fail(std::errc::file_exists);
     auto node = std::make_shared<Node>();
     node->inode = ++lastInode_;
@@ -307,8 +303,7 @@ std::unique_ptr<FileSystem::File> FakeFileSystem::create(const std::string &path
 }
 
 bool FakeFileSystem::removeAbandoned(const std::string &path) {
-    const std::lock_guard lock(mutex_);
-    step();
+    const Lock lock = step();
     const auto node = find(path);
     if (!node || !node->held.expired() || !demand(parentOf(path))->writable) return false;
     change({parentOf(path), {{path, nullptr}}});
@@ -316,101 +311,84 @@ bool FakeFileSystem::removeAbandoned(const std::string &path) {
 }
 
 std::unique_ptr<FileSystem::File> FakeFileSystem::holdAbandoned(const std::string &path) {
-    const std::lock_guard lock(mutex_);
-    step();
+    const Lock lock = step();
     const auto node = find(path);
     return node && node->held.expired() ? hold(node) : nullptr;
 }
 
 bool FakeFileSystem::share(const std::string &path, const std::string &as) {
-    const std::lock_guard lock(mutex_);
-    step();
-    if (canShare_) put(as, follow(path)->now.bytes);
+    const Lock lock = step();
+    if (canShare_) put(as, find(target(path))->now.bytes);
     return canShare_;
 }
 
 bool FakeFileSystem::addName(const std::string &path, const std::string &name) {
-    const std::lock_guard lock(mutex_);
-    step();
-    if (canAddNames_) change({parentOf(name), {{name, follow(path)}}});
+    const Lock lock = step();
+    if (canAddNames_) change({parentOf(name), {{name, find(target(path))}}});
     return canAddNames_;
 }
 
 std::unique_ptr<FileSystem::File> FakeFileSystem::overwrite(const std::string &path) {
-    const std::lock_guard lock(mutex_);
-    step();
-    const auto node = demand(path);
-    if (!node->writable) fail(std::errc::permission_denied);
-    return hold(node);
+    const Lock lock = step();
+    return hold(demandWritable(path));
 }
 
 void FakeFileSystem::copyAttributes(const std::string &from, const std::string &to) {
-    const std::lock_guard lock(mutex_);
-    step();
+    const Lock lock = step();
     const auto target = demand(to);
     target->now.attributes = demand(from)->now.attributes;
     changed(*target);
 }
 
 void FakeFileSystem::rename(const std::string &from, const std::string &to) {
-    const std::lock_guard lock(mutex_);
-    step();
+    const Lock lock = step();
     const auto node = demand(from);
-    const auto folder = demand(parentOf(to));
     if (parentOf(from) != parentOf(to)) fail(std::errc::cross_device_link);
-    if (!folder->writable) fail(std::errc::permission_denied);
-    if (folder->sticky && find(to)) fail(std::errc::operation_not_permitted);
+    if (demandWritable(parentOf(to))->sticky && find(to)) fail(std::errc::operation_not_permitted);
     change({parentOf(to), {{from, nullptr}, {to, node}}});
 }
 
 void FakeFileSystem::remove(const std::string &path) {
-    const std::lock_guard lock(mutex_);
-    step();
+    const Lock lock = step();
     demand(path);
-    if (!demand(parentOf(path))->writable) fail(std::errc::permission_denied);
+    demandWritable(parentOf(path));
     change({parentOf(path), {{path, nullptr}}});
 }
 
 void FakeFileSystem::makeFolders(const std::string &path) {
-    const std::lock_guard lock(mutex_);
-    step();
+    const Lock lock = step();
     makeFolder(path);
 }
 
 void FakeFileSystem::createFolder(const std::string &path) {
-    const std::lock_guard lock(mutex_);
-    step(Need::space);
-    if (!demand(parentOf(path))->writable) fail(std::errc::permission_denied);
+    const Lock lock = step(Need::space);
+    demandWritable(parentOf(path));
     if (find(path)) fail(std::errc::file_exists);
     makeFolder(path);
 }
 
 std::vector<std::string> FakeFileSystem::list(const std::string &folder) {
-    const std::lock_guard lock(mutex_);
-    step();
+    const Lock lock = step();
     requireFolder(folder);
     return names(folder);
 }
 
 void FakeFileSystem::moveToTrash(const std::string &path) {
-    const std::lock_guard lock(mutex_);
-    step();
+    const Lock lock = step();
     const auto node = demand(path);
-    if (!demand(parentOf(path))->writable) fail(std::errc::permission_denied);
+    demandWritable(parentOf(path));
     makeFolder(trashFolder);
     change({parentOf(path), {{path, nullptr}, {trashFolder + path.substr(path.rfind('/')), node}}});
 }
 
 std::int64_t FakeFileSystem::freeBytes(const std::string &folder) {
-    const std::lock_guard lock(mutex_);
-    step();
+    const Lock lock = step();
     requireFolder(folder);
     return free_;
 }
 
 void FakeFileSystem::syncFolder(const std::string &folder) {
-    const std::lock_guard lock(mutex_);
-    step();
+    const Lock lock = step();
     requireFolder(folder);
     for (const NameChange &change : unsynced_)
         if (change.folder == folder) apply(change, onDevice_);
@@ -418,9 +396,8 @@ void FakeFileSystem::syncFolder(const std::string &folder) {
 }
 
 void FakeFileSystem::requireWritable(const std::string &path) {
-    const std::lock_guard lock(mutex_);
-    step();
-    if (!demand(path)->writable) fail(std::errc::permission_denied);
+    const Lock lock = step();
+    demandWritable(path);
 }
 
 }  // namespace kiv

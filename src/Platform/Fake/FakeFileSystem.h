@@ -102,20 +102,22 @@ private:
         std::string folder;
         std::vector<std::pair<std::string, NodePtr>> names;
     };
+    using Lock = std::unique_lock<std::recursive_mutex>;
     class OpenFile;
     class OpenSource;
 
     NodePtr make(const std::string &path, Kind kind, State state = {});
     NodePtr find(const std::string &path) const;  // null: there is none
     NodePtr demand(const std::string &path) const;
-    NodePtr follow(std::string path) const;
+    NodePtr demandWritable(const std::string &path) const;
+    std::string target(std::string path) const;  // behind its links
     std::unique_ptr<File> hold(const NodePtr &node);
     void requireFolder(const std::string &path) const;
     void change(NameChange change);
     static void apply(const NameChange &change, Names &names);
     void changed(Node &node);
     enum class Need { nothing, space };
-    void step(Need need = Need::nothing, const std::function<void()> &half = {});
+    Lock step(Need need = Need::nothing, const std::function<void()> &half = {});
     bool failsNow(Need need) const;
     State survivor(const Node &node, Survival survival, std::mt19937 &random) const;
     bool survives(Survival survival, std::mt19937 &random) const;
