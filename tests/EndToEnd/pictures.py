@@ -137,6 +137,7 @@ class Picture(Editor):
 
     def __init__(self, desktop, program, path):
         super().__init__(desktop, program, path)
+        self.path = path
         self.scale = desktop.scale
 
     def move(self, x, y):
@@ -169,6 +170,16 @@ class Picture(Editor):
         self.key("z")
 
 
+class Bystander:
+    """The program without a document's window."""
+
+    screenshot = Editor.screenshot
+
+    def __init__(self, desktop, program, path):
+        self.desktop = desktop
+        desktop.start([program, *([str(path)] if path else [])])
+
+
 def select_some(editor):
     """Returns what turns seconds into x."""
     editor.view(0.72, 6.06, 7.385)
@@ -185,6 +196,15 @@ def sheet(*keys):
         editor.move(1000, 780)
         time.sleep(0.5)
     return arrange
+
+
+def dragged_field(editor):
+    sheet("shift+g", "3")(editor)
+    editor.move(832, 135)
+    editor.desktop.do("mousedown", 1)
+    for y in range(134, 116, -2):
+        editor.move(832, y)
+        time.sleep(0.02)
 
 
 def main_window(editor):
@@ -251,6 +271,69 @@ def save_as(editor):
     time.sleep(0.5)
 
 
+# What is told and asked.
+
+def show(editor, title):
+    """Turns to another of the program's windows."""
+    found = lambda: editor.desktop.output(["xdotool", "search", "--onlyvisible", "--name", title]).split()
+    editor.window = wait_for(f"the window {title}", found)[0]
+    time.sleep(0.5)
+
+
+def message(editor):
+    """The window with the keyboard: a message may stand before the one for dropping files."""
+    show(editor, "^Kiv Audio Editor$")
+    editor.window = editor.desktop.output(["xdotool", "getactivewindow"]).strip()
+
+
+def changed_elsewhere(editor):
+    editor.key("ctrl+a", "shift+r")
+    editor.path.write_bytes(noise_file())
+    editor.key("ctrl+s")
+    time.sleep(1)
+
+
+def write_error(editor):
+    editor.key("ctrl+a", "shift+r")
+    editor.path.parent.rename(editor.path.parent.with_name("moved"))
+    editor.key("ctrl+s")
+    time.sleep(0.7)
+    editor.key("Tab", "Return")  # Save Anyway
+    time.sleep(1)
+
+
+def losses(editor):
+    editor.key("ctrl+shift+s")
+    time.sleep(0.7)
+    editor.key("ctrl+a")
+    editor.type("other.flac")
+    editor.key("Return")
+    time.sleep(1)
+
+
+def unsaved(editor):
+    editor.key("ctrl+a", "shift+r", "ctrl+w")
+    time.sleep(0.7)
+
+
+def progress(editor):
+    editor.key("ctrl+a", "shift+p", "1", "5", "0", "Return")
+    time.sleep(1)
+
+
+def left_behind(editor):
+    editor.key("ctrl+a", "shift+r")
+    time.sleep(2)
+    editor.process.kill()
+    editor.process.wait()
+    editor.process = editor.desktop.start([editor.process.args[0], str(editor.path)])
+    message(editor)
+
+
+def cut_short():
+    return break_file()[:700000]
+
+
 SITUATIONS = {
     "main": (break_file, {"follow_playhead": "true"}, main_window),
     "long-file": (talk_file, {}, long_file),
@@ -261,13 +344,23 @@ SITUATIONS = {
     "sixteen-channels": (lambda: wav24(smooth_noise(RATE * 4), 16), {}, lambda editor: None),
     "no-audio": (lambda: wav24([], 2), {}, lambda editor: None),
     "gain": (break_file, {}, sheet("shift+g", "3")),
+    "dragged-field": (break_file, {}, dragged_field),
     "normalize": (break_file, {}, sheet("shift+n", "minus", "1")),
     "mono": (break_file, {}, sheet("shift+m")),
     "stretch": (break_file, {}, sheet("shift+p", "1", "2", "5", "Tab", "3", "Tab", "minus", "1", "2")),
     "cyclic": (break_file, {}, sheet("shift+p", "shift+Tab", "Right", "Tab", "1", "2", "5")),
     "save-as": (mp3_file, {}, save_as),
+    "losses": (break_file, {}, losses),
+    "ends-early": (cut_short, {}, lambda editor: None),
+    "changed-elsewhere": (break_file, {}, changed_elsewhere),
+    "write-error": (break_file, {}, write_error),
+    "unsaved": (break_file, {}, unsaved),
+    "progress": (talk_file, {}, progress),
+    "left-behind": (break_file, {}, left_behind),
+    "open-error": (lambda: b"RIFF\4\0\0\0WAVE", {}, message),
+    "drop-window": (None, {"empty_window_at_launch": "true"}, message),
 }
-PLACES = {"save-as": "Music/Interviews/interview.mp3"}  # of the file, where it matters
+PLACES = {"save-as": "Music/Interviews/interview.mp3", "write-error": "gone/write-error.wav"}  # of the file, where it matters
 
 
 def take(program, folder, name, theme, scale):
@@ -275,8 +368,8 @@ def take(program, folder, name, theme, scale):
     with Desktop(sound=True, settings={"theme": theme, **settings}, scale=scale) as desktop:
         path = desktop.folder / PLACES.get(name, f"{name}.wav")
         path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_bytes(make())
-        editor = Picture(desktop, program, path)
+        path.write_bytes(make() if make else b"")
+        editor = Picture(desktop, program, path) if arrange is not message else Bystander(desktop, program, make and path)
         time.sleep(1)
         arrange(editor)
         time.sleep(0.1)
