@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "Document/Windows/DocumentWindowController.h"
+#include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Platform/Fake/FakeDefaults.h"
 #include "Platform/Linux/LinuxFileSystem.h"
 #include "Platform/Qt/QtMainLoop.h"

@@ -10,6 +10,7 @@
 #include <functional>
 
 #include "Document/AudioDocument.h"
+#include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Platform/Fake/FakeDefaults.h"
 #include "Platform/Fake/FakeMainLoop.h"
 #include "Platform/Linux/LinuxFileSystem.h"

@@ -35,11 +35,11 @@ extern "C" void writeSignal(int) {
     [[maybe_unused]] const auto written = ::write(signalPipe[0], &byte, 1);
 }
 
-std::optional<JournalFolder> journalFolder(FileSystem &fileSystem) {
+JournalFolder journalFolder(FileSystem &fileSystem) {
     try {
-        return JournalFolder{fileSystem, userFolder(UserFolder::state) + "/journals"};
-    } catch (const std::system_error &) {
-        return std::nullopt;
+        return {fileSystem, userFolder(UserFolder::state) + "/journals"};
+    } catch (const std::system_error &error) {
+        return {.fileSystem = fileSystem, .path = {}, .whyNone = error.what()};
     }
 }
 
@@ -72,6 +72,7 @@ Application::Application(const LaunchOptions &options, double millisecondsAtMain
       playback_(output_, mainLoop_, log_),
       appearance_(QtAppearance::sessionBus()),
       style_(chosenTheme(settings_, appearance_)),
+      leftBehind_(journals_, jobs_, style_),
       tips_(style_),
       keys_(shortcuts_, recorder_, makeKeyboard()) {
     if (options.reportsPainting) paintReport_ = std::make_unique<PaintReport>(millisecondsAtMain);
@@ -87,10 +88,8 @@ Application::Application(const LaunchOptions &options, double millisecondsAtMain
     if (options.files.empty()) showDropWindow();
     // Not before the first window is painted.
     QTimer::singleShot(0, &keys_, [] { QGuiApplication::setWindowIcon(QIcon(applicationIcon(64, 1))); });
-    if (!journals_) return;
-    leftBehind_.emplace(*journals_, jobs_, style_);
-    leftBehind_->onRestore = [this](auto journal) { restore(journal); };
-    QTimer::singleShot(0, &keys_, [this] { leftBehind_->look(); });
+    leftBehind_.onRestore = [this](auto journal) { restore(journal); };
+    QTimer::singleShot(0, &keys_, [this] { leftBehind_.look(); });
 }
 
 Application::~Application() {
@@ -155,9 +154,8 @@ void Application::connectController(DocumentWindowController &controller) {
 }
 
 DocumentWindowController &Application::addWindow() {
-    const JournalFolder *journals = journals_ ? &*journals_ : nullptr;
     const WindowServices services{
-        {*files_, jobs_, settings_, clipboard_, &playback_, &decoders_, Peaks::kept, journals}, style_, shortcuts_};
+        {*files_, jobs_, settings_, clipboard_, &playback_, &decoders_, Peaks::kept, &journals_}, style_, shortcuts_};
     DocumentWindowController &controller = *documents_.emplace_back(std::make_unique<DocumentWindowController>(services));
     connectController(controller);
     // The program may not end with another window before this one is there.

@@ -64,13 +64,14 @@ private:
     QtMainLoop mainLoop_;
     LinuxFileSystem fileSystem_;
     std::unique_ptr<Files> files_;
-    std::optional<JournalFolder> journals_;  // none where the user has no home
+    JournalFolder journals_;
     ModuleDecoders decoders_;
     ThreadJobs jobs_;
     PulseAudioOutput output_;
     PlaybackEngine playback_;
     QtAppearance appearance_;
     ViewStyle style_;
+    LeftBehind leftBehind_;
     Tips tips_;
     KeyMonitor keys_;
     std::vector<std::unique_ptr<DocumentWindowController>> documents_;
@@ -79,7 +80,6 @@ private:
     DocumentWindowController *asksQuit_ = nullptr;  // the window whose answer the quit waits for
     std::function<void(bool quits)> onQuitDecided_;
     bool endsBySignal_ = false;
-    std::optional<LeftBehind> leftBehind_;
     std::unique_ptr<PaintReport> paintReport_;
     std::unique_ptr<StateReport> stateReport_;
     Subscription appearanceChanges_;

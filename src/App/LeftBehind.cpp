@@ -14,26 +14,35 @@ std::string timeText(std::int64_t milliseconds) {
     return QLocale::c().toString(time, isToday ? "HH:mm 'today'" : "HH:mm 'on' d MMMM yyyy").toStdString();
 }
 
-const char *stateOfFile(AbandonedJournal::Base base) {
-    switch (base) {
-        case AbandonedJournal::Base::asItWas:
-            return " were kept. The file itself is as it was last saved.";
-        case AbandonedJournal::Base::changed:
-            return " were kept and can be restored, though the file has been changed or removed since.";
-        case AbandonedJournal::Base::lost:
+using enum AbandonedJournal::Condition;
+
+bool canBeRestored(const AbandonedJournal &journal) { return journal.condition == asItWas || journal.condition == changed; }
+
+std::string whatIsKept(const AbandonedJournal &journal) {
+    const std::string kept = "Its changes up to " + timeText(journal.writtenAt) + " were kept";
+    switch (journal.condition) {
+        case asItWas:
+            return kept + ". The file itself is as it was last saved.";
+        case changed:
+            return kept + " and can be restored, though the file has been changed or removed since.";
+        case lost:
+            return kept +
+                   ", but they cannot be restored now: the rest of the sound was in the file, which is not there as it was.";
+        case damaged:
+            return "Its changes were kept, but they cannot be restored: what was kept of them is damaged.";
+        case foreign:
             break;
     }
-    return " were kept, but they cannot be restored now: the rest of the sound was in the file, which is not there as it was.";
+    return "Its changes were kept by another version of Kiv Audio Editor. Only that version can restore them.";
 }
 
 }  // namespace
 
 DocumentUi::Question questionAbout(const AbandonedJournal &journal) {
     const std::string name = journal.document.substr(journal.document.find_last_of('/') + 1);
-    const bool isLost = journal.base == AbandonedJournal::Base::lost;
-    return {"“" + name + "” was not closed properly",
-            "Its changes up to " + timeText(journal.writtenAt) + stateOfFile(journal.base),
-            isLost ? std::vector<std::string>{"Later", "Discard"} : std::vector<std::string>{"Restore", "Discard", "Later"}};
+    return {(name.empty() ? "A document" : "“" + name + "”") + " was not closed properly", whatIsKept(journal),
+            canBeRestored(journal) ? std::vector<std::string>{"Restore", "Discard", "Later"}
+                                   : std::vector<std::string>{"Later", "Discard"}};
 }
 
 void LeftBehind::look() {

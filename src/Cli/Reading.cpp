@@ -3,6 +3,7 @@
 #include "Cli/Interrupt.h"
 
 #include "Document/AudioFileReading.h"
+#include "Support/Failures.h"
 
 namespace kiv::Cli {
 

@@ -9,6 +9,7 @@
 #include "Document/AudioFileReading.h"
 #include "Editor/AudioEditorSpectral/Analysis.h"
 #include "Editor/Surfaces/SpectrumRamp.h"
+#include "Support/Failures.h"
 
 namespace kiv::Cli {
 

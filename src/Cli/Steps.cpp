@@ -9,6 +9,7 @@
 #include "Cli/Reading.h"
 #include "Cli/StepForms.h"
 #include "Document/CommandActions.h"
+#include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Editor/AudioEditorModel/AudioEditorSpectralPainting.h"
 #include "Support/DecimalText.h"
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <new>
 #include <string_view>
 
 #include "Audio/Files/AudioFileCodec.h"
@@ -131,28 +130,6 @@ bool holdsStill(Files &files, DecodedReader *decoders, const std::string &path, 
         return found && found->format == contents.format && found->flacMetadata == contents.flacMetadata &&
                found->buffer == contents.buffer;
     } catch (const std::exception &) {
-        return false;
-    }
-}
-
-std::string errorText(std::exception_ptr failure) {
-    try {
-        std::rethrow_exception(failure);
-    } catch (const std::bad_alloc &) {
-        return "There is not enough memory.";
-    } catch (const std::exception &error) {
-        return error.what();
-    } catch (...) {
-        return "An unknown error occurred.";
-    }
-}
-
-bool wasCancelled(std::exception_ptr failure) {
-    try {
-        std::rethrow_exception(failure);
-    } catch (const Cancelled &) {
-        return true;
-    } catch (...) {
         return false;
     }
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <exception>
 #include <optional>
 #include <string>
 
@@ -33,9 +32,5 @@ std::optional<AudioEditorBuffer> audioFileShape(Files &files, DecodedReader *dec
 // Whether the file at a path holds what these contents do, sample for sample and chunk for chunk, whatever its time says. False
 // also when it cannot be read. Blocks, as the others do.
 bool holdsStill(Files &files, DecodedReader *decoders, const std::string &path, const AudioFileContents &contents);
-
-// What the user is told of a failed reading or writing: one line.
-std::string errorText(std::exception_ptr failure);
-bool wasCancelled(std::exception_ptr failure);
 
 }  // namespace kiv

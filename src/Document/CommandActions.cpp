@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Editor/AudioEditorModel/AudioEditorLoops.h"
 #include "Editor/AudioEditorModel/AudioEditorSlices.h"
 #include "Editor/AudioEditorModel/AudioEditorSpectralPainting.h"
@@ -40,7 +41,7 @@ bool hasChannels(Document document) { return isEditable(document) && state(docum
 bool isNotStereo(Document document) { return isEditable(document) && state(document).buffer.channels() != 2; }
 bool hasSelection(Document document) { return isFree(document) && state(document).selection; }
 bool canPlay(Document document) {
-    return isOpen(document) && document.work() != AudioDocument::Work::reading && document.canPlay();
+    return isOpen(document) && document.work() != AudioDocument::Work::reading && document.player().canPlay();
 }
 
 bool canZoomIn(Document document) {
@@ -87,11 +88,11 @@ constexpr CommandAction actions[] = {
     {Command::selectAll, hasRange, [](AudioDocument &d) { d.model().selectAll(); }},
     {Command::selectNone, hasSelection, [](AudioDocument &d) { d.model().selectNone(); }},
 
-    {Command::playStop, canPlay, [](AudioDocument &d) { d.togglePlay(); }},
+    {Command::playStop, canPlay, [](AudioDocument &d) { d.player().togglePlay(); }},
     {Command::loop, isFree, [](AudioDocument &d) { d.model().setLoopEnabled(!state(d).loopEnabled); },
      [](Document d) { return state(d).loopEnabled; }},
-    {Command::goToStart, isFree, [](AudioDocument &d) { d.goToStart(); }},
-    {Command::goToEnd, isFree, [](AudioDocument &d) { d.goToEnd(); }},
+    {Command::goToStart, isFree, [](AudioDocument &d) { d.player().goToStart(); }},
+    {Command::goToEnd, isFree, [](AudioDocument &d) { d.player().goToEnd(); }},
 
     {Command::gain, canEdit, [](AudioDocument &d) { d.model().openDialog(Dialog::gain); }},
     {Command::normalize, canEdit, [](AudioDocument &d) { d.model().openDialog(Dialog::normalize); }},

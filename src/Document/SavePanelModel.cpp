@@ -4,12 +4,13 @@
 #include <filesystem>
 #include <system_error>
 
+#include "Document/FileNames.h"
+#include "Platform/FileCopy.h"
+
 namespace kiv {
 namespace {
 
 constexpr std::size_t longestName = 255;  // bytes, on every file system that matters
-
-std::string lastPart(const std::string &path) { return path.substr(path.find_last_of('/') + 1); }
 
 bool isOnly(const std::string &text, const char *characters) { return text.find_first_not_of(characters) == text.npos; }
 
@@ -18,8 +19,6 @@ std::string normal(const std::string &path) {
     while (text.size() > 1 && text.ends_with('/')) text.pop_back();
     return text;
 }
-
-std::string quoted(const std::string &name) { return "“" + name + "”"; }
 
 bool isFolder(Files &files, const std::string &path) {
     const auto identity = files.identity(path);
@@ -40,8 +39,8 @@ std::string pathWithin(const std::string &folder, const std::string &name) {
 SavePanelModel::SavePanelModel(const DocumentUi::SavePanel &asked, std::string home)
     : home_(std::move(home)), folder_(folderAbove(asked.path)), format_(asked.format), wished_(asked.format) {
     if (format_) format_ = formatIn(format_->container, *format_);
-    fixedExtension_ = extensionOf(lastPart(asked.path));
-    name_ = proposedName_ = finishedName(lastPart(asked.path), extension());
+    fixedExtension_ = extensionOf(nameOf(asked.path));
+    name_ = proposedName_ = finishedName(nameOf(asked.path), extension());
 }
 
 std::string SavePanelModel::extension() const {
@@ -49,7 +48,7 @@ std::string SavePanelModel::extension() const {
 }
 
 void SavePanelModel::setFolder(const std::string &folder) {
-    if (isPath()) name_ = meaning() == Meaning::file ? lastPart(name_) : proposedName_;
+    if (isPath()) name_ = meaning() == Meaning::file ? nameOf(name_) : proposedName_;
     if (isOnly(name_, " ")) name_ = proposedName_;
     folder_ = normal(folder);
     access_.reset();
@@ -57,7 +56,7 @@ void SavePanelModel::setFolder(const std::string &folder) {
 
 void SavePanelModel::typeName(const std::string &name) {
     name_ = name;
-    const auto container = containerOfExtension(extensionOf(lastPart(name)));
+    const auto container = containerOfExtension(extensionOf(nameOf(name)));
     if (format_ && container && *container != format_->container) format_ = formatIn(*container, *wished_);
 }
 
@@ -74,14 +73,14 @@ void SavePanelModel::chooseContainer(SaveContainer container) {
 void SavePanelModel::chooseFormat(const AudioSaveFormat &format) { format_ = wished_ = format; }
 
 void SavePanelModel::applyExtension() {
-    const std::string last = lastPart(name_);
+    const std::string last = nameOf(name_);
     name_ = name_.substr(0, name_.size() - last.size()) + finishedName(last, extension());
 }
 
 bool SavePanelModel::isPath() const { return name_.find('/') != name_.npos || name_ == "~"; }
 
 SavePanelModel::Meaning SavePanelModel::meaning() const {
-    const std::string last = lastPart(name_);
+    const std::string last = nameOf(name_);
     if (name_.find('\0') != name_.npos) return Meaning::nothing;
     if (isPath() && (last.empty() || last == "~" || last == "." || last == "..")) return Meaning::folder;
     if (isOnly(last, " ") || isOnly(last, ".")) return Meaning::nothing;
@@ -95,12 +94,12 @@ std::string SavePanelModel::typedPath() const {
 
 std::string SavePanelModel::target() const {
     const std::string path = typedPath();
-    return pathWithin(folderAbove(path), finishedName(lastPart(path), extension()));
+    return pathWithin(folderAbove(path), finishedName(nameOf(path), extension()));
 }
 
 std::optional<SavePanelModel::Begun> SavePanelModel::begunFolder() const {
     if (name_.find('/') == name_.npos) return std::nullopt;
-    const std::string part = lastPart(name_);
+    const std::string part = nameOf(name_);
     const bool isFromHome = name_.starts_with("~/");
     const std::string above = name_.substr(0, name_.size() - part.size());
     if (isFromHome) return Begun{normal(home_ + above.substr(1)), part};
@@ -110,7 +109,7 @@ std::optional<SavePanelModel::Begun> SavePanelModel::begunFolder() const {
 SavePanelModel::Verdict SavePanelModel::verdict() const {
     using Access = FolderListing::Access;
     const Meaning what = meaning();
-    const std::string last = lastPart(name_), finished = finishedName(last, extension());
+    const std::string last = nameOf(name_), finished = finishedName(last, extension());
     if (what == Meaning::folder) return {.canConfirm = true};
     if (what == Meaning::nothing && finished.size() > longestName) return {.isFault = true, .words = "The name is too long"};
     const bool concernsFolder = !isPath();
@@ -128,8 +127,8 @@ SaveCheck checkTarget(Files &files, const SavePanelModel &model) {
         if (model.isPath() && isFolder(files, typed)) return {SaveCheck::Outcome::enterFolder, typed, {}};
         if (model.meaning() == SavePanelModel::Meaning::folder) return refusal("There is no folder " + quoted(typed));
         if (!isFolder(files, folder)) return refusal("There is no folder " + quoted(folder));
-        if (isFolder(files, target)) return refusal(quoted(lastPart(target)) + " is a folder");
-        if (!files.isWritable(folder)) return refusal(quoted(lastPart(folder)) + " cannot be written to");
+        if (isFolder(files, target)) return refusal(quoted(nameOf(target)) + " is a folder");
+        if (!files.isWritable(folder)) return refusal(quoted(nameOf(folder)) + " cannot be written to");
     } catch (const std::system_error &error) {
         return refusal(error.what());
     }
@@ -138,7 +137,7 @@ SaveCheck checkTarget(Files &files, const SavePanelModel &model) {
 
 std::string newFolderFault(Files &files, const std::string &path) {
     try {
-        if (files.identity(path)) return quoted(lastPart(path)) + " already exists";
+        if (files.identity(path)) return quoted(nameOf(path)) + " already exists";
         files.createFolder(path);
     } catch (const std::system_error &error) {
         return error.what();

@@ -4,13 +4,12 @@
 
 #include "Audio/Files/AudioFileConversion.h"
 #include "Document/AudioFileWriting.h"
+#include "Document/FileNames.h"
 #include "Document/SaveFormats.h"
 #include "Editor/AudioEditorCore/AudioEditorOps.h"
 
 namespace kiv {
 namespace {
-
-std::string nameOf(const std::string &path) { return path.substr(path.find_last_of('/') + 1); }
 
 AudioFileContents sliceContents(const SlicesToSave &saving, FrameRange slice) {
     const AudioEditorBuffer sound = AudioEditorOps::slice(saving.contents.buffer, slice);
@@ -18,12 +17,6 @@ AudioFileContents sliceContents(const SlicesToSave &saving, FrameRange slice) {
 }
 
 }  // namespace
-
-std::string fileStem(const std::string &path) {
-    const std::string name = nameOf(path);
-    const std::size_t dot = name.rfind('.');
-    return dot == name.npos || dot == 0 ? name : name.substr(0, dot);
-}
 
 std::string slicesFolderName(const std::string &path) { return fileStem(path) + ".slices"; }
 

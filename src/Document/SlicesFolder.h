@@ -20,8 +20,6 @@ struct SlicesToSave {
     std::int64_t fadeIn = 0, fadeOut = 0;  // frames
 };
 
-// "Drums" of "/music/Drums.wav".
-std::string fileStem(const std::string &path);
 // "Drums.slices".
 std::string slicesFolderName(const std::string &path);
 // "Drums-01": numbers have as many digits as the count, at least two; a name's slashes and colons become dashes.

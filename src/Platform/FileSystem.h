@@ -26,7 +26,8 @@ public:
         virtual void write(std::span<const std::byte> bytes) = 0;  // after what was written before, or from the start on
         virtual void rewind() = 0;                                 // the next write is at the start again
         virtual void truncate(std::int64_t size) = 0;
-        virtual void sync() = 0;  // contents, length and attributes to the device
+        virtual void sync() = 0;          // contents, length and attributes to the device
+        virtual bool isHeld() const = 0;  // false where the file system knows no locks
     };
 
     enum class Kind { file, folder, other };
@@ -68,6 +69,7 @@ public:
     virtual std::vector<std::string> list(const std::string &folder) = 0;  // the names in it, in their order
     // To where the desktop keeps what may be wanted back. Throws where there is no such place; the file is then still there.
     virtual void moveToTrash(const std::string &path) = 0;
+    virtual std::int64_t freeBytes(const std::string &folder) = 0;  // that this user may write; as many as can be if unknown
     virtual void syncFolder(const std::string &folder) = 0;
     virtual void requireWritable(const std::string &path) = 0;  // throws what stands against it
     // The user's own folder for copies kept while a file is written over in place. It need not exist yet.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Document/AudioDocument.h"
+#include "Editor/AudioEditorModel/AudioEditorEdits.h"
 #include "Platform/Fake/FakeAudioOutput.h"
 #include "Platform/Fake/FakeDefaults.h"
 #include "Platform/Fake/FakeFileSystem.h"

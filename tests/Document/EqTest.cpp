@@ -54,7 +54,7 @@ TEST(DocumentEq, ASaveAsksAboutWhatIsHeardAndNotApplied) {
 
 TEST(DocumentEq, IsHeardFromTheFirstFrameGlidesAndIsAnalyzed) {
     EqWorld world;
-    world.document->play({0, 20000}, 0, true);
+    world.document->player().play({0, 20000}, 0, true);
     const float full = 8000 / 32768.0f, low = lowered / 32768;
     EXPECT_THAT(world.output.render(100), testing::Each(testing::FloatNear(low, 1e-6f)));
     world.model.setEqEnabled(false);
@@ -65,7 +65,7 @@ TEST(DocumentEq, IsHeardFromTheFirstFrameGlidesAndIsAnalyzed) {
     EXPECT_THAT(world.output.render(100), testing::Each(testing::FloatNear(low, 1e-6f)));
     const EqGrid grid{100, 100, 20};
     EXPECT_TRUE(world.document->eq().analyzer().curve(EqAnalyzer::output, grid, std::vector{0.0}, 8000));
-    world.document->stop();
+    world.document->player().stop();
     EXPECT_FALSE(world.document->eq().analyzer().curve(EqAnalyzer::output, grid, std::vector{0.0}, 8000));
 }
 

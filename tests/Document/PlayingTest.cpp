@@ -20,7 +20,7 @@ struct PlayingWorld : DocumentWorld {
         loop.advance(std::chrono::milliseconds(50));
         return numbers;
     }
-    bool playing() const { return document->isPlaying() && model.state().playing; }
+    bool playing() const { return document->player().isPlaying() && model.state().playing; }
 };
 
 TEST(Playing, BeginsAtTheSelectionOrTheCursor) {
@@ -41,7 +41,7 @@ TEST(Playing, BeginsAtTheSelectionOrTheCursor) {
         PlayingWorld world;
         world.model.setCursorAndSelection(c.cursor, c.selection);
         world.model.setLoopEnabled(c.loops);
-        world.document->togglePlay();
+        world.document->player().togglePlay();
         EXPECT_TRUE(world.playing()) << c.what;
         EXPECT_EQ(world.heard(4), c.heard) << c.what;
     }
@@ -50,11 +50,11 @@ TEST(Playing, BeginsAtTheSelectionOrTheCursor) {
 TEST(Playing, TheSameKeyStopsAndTheCursorStays) {
     PlayingWorld world;
     world.model.placeCursor(20);
-    world.document->togglePlay();
+    world.document->player().togglePlay();
     world.heard(8);
     ASSERT_EQ(world.model.state().playheads.size(), 1u);
     EXPECT_EQ(world.model.state().playheads[0].frame, 28);
-    world.document->togglePlay();
+    world.document->player().togglePlay();
     EXPECT_FALSE(world.playing());
     EXPECT_THAT(world.model.state().playheads, IsEmpty());
     EXPECT_EQ(world.model.state().cursorFrame, 20);
@@ -62,7 +62,7 @@ TEST(Playing, TheSameKeyStopsAndTheCursorStays) {
 
 TEST(Playing, EndsByItselfAtTheEnd) {
     PlayingWorld world;
-    world.document->togglePlay();
+    world.document->player().togglePlay();
     world.heard(200);
     EXPECT_FALSE(world.playing());
     EXPECT_FALSE(world.model.state().playing);
@@ -72,14 +72,14 @@ TEST(Playing, EndsByItselfAtTheEnd) {
 TEST(Playing, LoopCanBeSwitchedOnWhileItPlays) {
     PlayingWorld world;
     world.model.placeCursor(98);
-    world.document->togglePlay();
+    world.document->player().togglePlay();
     perform(EditorCommand::loop, *world.document);
     EXPECT_THAT(world.heard(3), ElementsAre(99, 100, 1));
 }
 
 TEST(Playing, FollowsEdits) {
     PlayingWorld world;
-    world.document->togglePlay();
+    world.document->player().togglePlay();
     EXPECT_THAT(world.heard(2), ElementsAre(1, 2));
     world.model.select({3, 97});
     AudioEditorEdits::deleteSelection(world.model);
@@ -89,7 +89,7 @@ TEST(Playing, FollowsEdits) {
 TEST(Playing, MovesWithTheAudioThatAnEditBeforeItMoves) {
     PlayingWorld world;
     world.model.placeCursor(50);
-    world.document->togglePlay();
+    world.document->player().togglePlay();
     EXPECT_THAT(world.heard(2), ElementsAre(51, 52));
     world.model.select({10, 30});
     AudioEditorEdits::cut(world.model);
@@ -104,7 +104,7 @@ TEST(Playing, MovesWithTheAudioThatAnEditBeforeItMoves) {
 
 TEST(Playing, StopsWhenTheFileIsReadAgain) {
     PlayingWorld world;
-    world.document->togglePlay();
+    world.document->player().togglePlay();
     world.document->revert();
     world.jobs.runAll();
     EXPECT_FALSE(world.playing());
@@ -113,7 +113,7 @@ TEST(Playing, StopsWhenTheFileIsReadAgain) {
 TEST(Playing, GoToStartGoesOnFromThereAndGoToEndStops) {
     PlayingWorld world;
     world.model.select({50, 60});
-    world.document->togglePlay();
+    world.document->player().togglePlay();
     world.heard(2);
     perform(EditorCommand::goToStart, *world.document);
     EXPECT_TRUE(world.playing());
@@ -130,12 +130,12 @@ TEST(Playing, KeepsTheHighestLevel) {
     PlayingWorld world;
     EXPECT_EQ(world.model.state().maxLevel, std::nullopt);
     world.model.placeCursor(90);
-    world.document->togglePlay();
+    world.document->player().togglePlay();
     world.heard(4);
     EXPECT_EQ(world.model.state().maxLevel, 94 / 32768.0f);
-    world.document->togglePlay();
+    world.document->player().togglePlay();
     world.model.placeCursor(0);
-    world.document->togglePlay();
+    world.document->player().togglePlay();
     world.heard(4);
     EXPECT_EQ(world.model.state().maxLevel, 94 / 32768.0f);
 }
@@ -143,7 +143,7 @@ TEST(Playing, KeepsTheHighestLevel) {
 TEST(Playing, AnOutputThatFailsEndsAtOnce) {
     PlayingWorld world;
     world.output.failure = "no device";
-    world.document->togglePlay();
+    world.document->player().togglePlay();
     EXPECT_FALSE(world.playing());
     EXPECT_FALSE(world.model.state().playing);
 }
@@ -153,13 +153,13 @@ TEST(Playing, AnotherDocumentTakesOver) {
     AudioDocument other({*world.files, world.jobs, world.settings, world.clipboard, &world.playback}, world.ui);
     other.open(world.path, [](const std::string &) {});
     world.jobs.runAll();
-    world.document->togglePlay();
-    other.togglePlay();
-    EXPECT_FALSE(world.document->isPlaying());
+    world.document->player().togglePlay();
+    other.player().togglePlay();
+    EXPECT_FALSE(world.document->player().isPlaying());
     EXPECT_FALSE(world.model.state().playing);
-    EXPECT_TRUE(other.isPlaying());
-    world.document->stop();
-    EXPECT_TRUE(other.isPlaying()) << "only what it plays itself";
+    EXPECT_TRUE(other.player().isPlaying());
+    world.document->player().stop();
+    EXPECT_TRUE(other.player().isPlaying()) << "only what it plays itself";
 }
 
 TEST(Following, KeepsThePlayheadInViewUntilTheUserLooksElsewhere) {
@@ -167,9 +167,9 @@ TEST(Following, KeepsThePlayheadInViewUntilTheUserLooksElsewhere) {
     world.open(Wav::file(Wav::ramp(10000)));
     world.model.setFollowPlayhead(true);
     world.model.setView(zoomedToRange({5000, 6000}, 10000));
-    world.document->togglePlay();
+    world.document->player().togglePlay();
     const auto first = [&] { return firstVisibleFrame(world.model.state().view, 10000); };
-    const auto moveTo = [&](double frame) { world.document->playbackMoved(frame); };
+    const auto moveTo = [&](double frame) { world.document->player().playbackMoved(frame); };
     moveTo(100);
     EXPECT_DOUBLE_EQ(first(), 0) << "turned to the playhead";
     moveTo(1500);

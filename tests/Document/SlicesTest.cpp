@@ -119,9 +119,9 @@ TEST(PlayingASlice, IsHeardOnceWithItsFades) {
     AudioEditorSlices::setSetting(world.model, SliceSetting::fadeInSamples, 100);
     AudioEditorSlices::setSetting(world.model, SliceSetting::fadeOutSamples, 200);
     world.model.setLoopEnabled(true);
-    world.document->playSlice(2);
-    EXPECT_FALSE(world.document->isPlaying()) << "there is no such slice";
-    world.document->playSlice(1);
+    world.document->player().playSlice(2);
+    EXPECT_FALSE(world.document->player().isPlaying()) << "there is no such slice";
+    world.document->player().playSlice(1);
     EXPECT_TRUE(world.model.state().previewPlaying);
     const std::vector<float> heard = world.output.render(600);
     const auto level = [&](std::size_t frame) { return heard[frame * heard.size() / 600]; };
@@ -188,7 +188,7 @@ TEST(LoopJoint, PlaysFromASecondBeforeTheEndWithTheCrossfadeThatIsSet) {
     AudioEditorLoops::setLoop(world.model, 4000, 20'000);
     AudioEditorLoops::setLoopCrossfadeStep(world.model, 7);
     perform(EditorCommand::playLoopJoint, *world.document);
-    EXPECT_TRUE(world.document->isPlaying() && world.model.state().previewPlaying);
+    EXPECT_TRUE(world.document->player().isPlaying() && world.model.state().previewPlaying);
     const std::vector<float> heard = world.output.render(8200);
     const auto frame = [&](std::int64_t i) { return heard[std::size_t(i) * heard.size() / 8200] * 32768; };
     EXPECT_NEAR(frame(0), 12'001, 1);
@@ -196,9 +196,9 @@ TEST(LoopJoint, PlaysFromASecondBeforeTheEndWithTheCrossfadeThatIsSet) {
     EXPECT_NEAR(frame(7999), 4000, 1) << "faded into what stands before the start";
     EXPECT_NEAR(frame(8000), 4001, 1) << "and on from there";
     world.model.setLoopEnabled(!world.model.state().loopEnabled);
-    EXPECT_TRUE(world.document->isPlaying()) << "the joint loops whatever Loop says";
+    EXPECT_TRUE(world.document->player().isPlaying()) << "the joint loops whatever Loop says";
     world.model.commitLoop(std::nullopt);
-    EXPECT_FALSE(world.document->isPlaying() || world.model.state().previewPlaying);
+    EXPECT_FALSE(world.document->player().isPlaying() || world.model.state().previewPlaying);
 }
 
 }  // namespace

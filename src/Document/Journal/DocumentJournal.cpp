@@ -2,8 +2,8 @@
 
 #include <filesystem>
 
-#include "Document/AudioFileReading.h"
 #include "Support/ByteDigest.h"
+#include "Support/Failures.h"
 
 namespace kiv {
 namespace {
@@ -88,6 +88,7 @@ void DocumentJournal::written(std::exception_ptr failure) {
         version_.reset();
         if (!std::exchange(hasTold_, true) && onTrouble) onTrouble(errorText(failure));
     } else {
+        hasTold_ = false;
         discardTakenOver();
     }
     if (next_) return write();
@@ -131,13 +132,16 @@ void DocumentJournal::discardTakenOver() {
         });
 }
 
-void DocumentJournal::flush(std::function<void()> done) {
+void DocumentJournal::flush(const AudioEditorState &state, bool isEdited, std::function<void()> done) {
+    restsUntil_ = {};
+    follow(state, isEdited);
     flushed_.push_back(std::move(done));
     tellFlushed();
 }
 
 DocumentJournal::SaveNote DocumentJournal::noteFor(const AudioEditorBuffer &buffer) {
     if (!folder_) return {};
+    hasBegun_ = true;
     return [file = file_, buffer, order = ++order_](const std::string &path, std::uint64_t digest) {
         file->noteSave({.path = absolute(path), .digest = digest, .order = order, .pieces = {}}, buffer);
     };

@@ -34,14 +34,14 @@ public:
     void takeOver(std::shared_ptr<const AbandonedJournal> journal);
     // Until that has gone. It knows nothing of a save.
     bool isTakingOver() const { return takenOver_ || removingTakenOver_; }
-    // Calls back when all is written, or has failed to be, and what is not needed any more is gone.
-    void flush(std::function<void()> done);
+    // Calls back when all is written, or has failed to be once more, and what is not needed any more is gone.
+    void flush(const AudioEditorState &state, bool isEdited, std::function<void()> done);
 
     // What a save of this sound has to tell, on its own thread, when the new file is complete and has not taken its place yet.
     using SaveNote = std::function<void(const std::string &path, std::uint64_t digest)>;
     SaveNote noteFor(const AudioEditorBuffer &buffer);
 
-    // Why changes cannot be journalled; once.
+    // Why changes cannot be journalled; once until they can be again.
     std::function<void(const std::string &reason)> onTrouble;
     // After a failure nothing is tried for so long.
     std::chrono::milliseconds pauseAfterTrouble{30'000};

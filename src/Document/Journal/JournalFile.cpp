@@ -1,5 +1,6 @@
 #include "Document/Journal/JournalFile.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "Platform/FileCopy.h"
@@ -26,6 +27,9 @@ void copyFile(FileSystem &fileSystem, const std::string &from, const std::string
     file->sync();
 }
 
+// Room on the disk is the user's: half of what is free stays free, for the save that is to come if for nothing else.
+std::int64_t room(const JournalFolder &folder) { return folder.fileSystem.freeBytes(folder.path) / 2; }
+
 enum class Kept { no, asCopy, asLink };
 
 // A full disk does not let a copy be made, but maybe the edits be written.
@@ -33,7 +37,7 @@ Kept keepFile(const JournalFolder &folder, const std::string &path, std::int64_t
     FileSystem &fileSystem = folder.fileSystem;
     try {
         if (fileSystem.share(path, as)) return Kept::asCopy;
-        if (size > folder.longestCopy) return fileSystem.addName(path, as) ? Kept::asLink : Kept::no;
+        if (size > std::min(folder.longestCopy, room(folder))) return fileSystem.addName(path, as) ? Kept::asLink : Kept::no;
         copyFile(fileSystem, path, as);
         return Kept::asCopy;
     } catch (const std::system_error &) {
@@ -49,18 +53,25 @@ std::string JournalFile::path(const std::string &ending) const { return folder_.
 void JournalFile::write(const std::shared_ptr<const Base> &base, const Edited &edited, Progress &progress) {
     const std::lock_guard lock(mutex_);
     if (edited.state.order < removed_) return;
-    const bool canGrow = file_ && isWhole_ && base == base_ && size_ <= folder_.slackBytes + 2 * neededBytes_;
-    // After a save of our own the document will come with the new file in a moment.
-    const bool isReplaced = base == base_ && saveNoted_ && !isBaseAsItWas(*base);
-    const bool grows = canGrow && (isReplaced || !isBaseLost(*base)) && append(edited, progress);
-    if (!grows && isReplaced) return;
-    if (!grows) writeAnew(base, edited, progress);
+    if (!isInPlace()) forget();
+    const bool isShort = size_ <= folder_.slackBytes + 2 * neededBytes_;
+    const bool canGrow = file_ && isWhole_ && isShort && base == base_ && !isBaseLost(*base);
+    if (!canGrow || !append(edited, progress)) writeAnew(base, edited, progress);
     written_ = edited.state.order;
 }
 
-// The name is taken by an empty journal, which says nothing to whoever finds it.
+// Somebody may have cleared the folder away, and another program have taken the name.
+bool JournalFile::isInPlace() {
+    if (stem_.empty()) return true;
+    const auto now = folder_.fileSystem.identity(path(journalEnding));
+    return now && now->inode == inode_;
+}
+
+// The name is taken by an empty journal, which says nothing to whoever finds it. One that cannot be held nobody would know to
+// have been left behind.
 void JournalFile::reserveName() {
     if (!stem_.empty()) return;
+    if (!folder_.whyNone.empty()) throw FileFault(std::errc::no_such_file_or_directory, folder_.whyNone);
     folder_.fileSystem.makeFolders(folder_.path);
     for (int number = 1; stem_.empty(); ++number) try {
             stem_ = std::to_string(number);
@@ -69,26 +80,29 @@ void JournalFile::reserveName() {
             stem_.clear();
             if (error.code() != std::errc::file_exists || number == 10'000) throw;
         }
+    takePlace();
+    if (file_->isHeld()) return;
+    removeQuietly(folder_.fileSystem, path(journalEnding));
+    forget();
+    throw FileFault(std::errc::no_lock_available, "The folder for them cannot lock files");
+}
+
+void JournalFile::takePlace() {
+    const auto now = folder_.fileSystem.identity(path(journalEnding));
+    inode_ = now ? now->inode : 0;
 }
 
 void JournalFile::writeAnew(const std::shared_ptr<const Base> &base, const Edited &edited, Progress &progress) {
     reserveName();
-    const bool isNewBase = base_ && base != base_;
+    if (base_ && base != base_) noted_.reset();
     const std::string oldKept = baseRecord_.kept;
-    if (base != base_ || !isBaseAsItWas(*base)) keepBase(*base);
+    if (base != base_ || !isBaseAsItWas(*base)) baseRecord_ = keepBase(*base);
     base_ = base;
     FileSystem &fileSystem = folder_.fileSystem;
     fileSystem.removeAbandoned(path(newJournalEnding));
     auto old = std::exchange(file_, fileSystem.create(path(newJournalEnding), FileSystem::Access::owner));
     try {
-        size_ = 0;
-        stored_ = baseRecord_.identity ? base->samples : StoredSamples();
-        write(encoded(baseRecord_));
-        if (unwritten_ && !isNewBase) {
-            unwritten_->first.pieces = stored_.find(unwritten_->second);
-            write(encoded(unwritten_->first));
-        }
-        if (!append(edited, progress)) throw FileFault(std::errc::file_too_large, "The changes are too large");
+        writeWhole(edited, progress);
         fileSystem.rename(path(newJournalEnding), path(journalEnding));
         fileSystem.syncFolder(folder_.path);
     } catch (...) {
@@ -97,9 +111,19 @@ void JournalFile::writeAnew(const std::shared_ptr<const Base> &base, const Edite
         isWhole_ = false;
         throw;
     }
-    if (isNewBase) saveNoted_ = false;
-    if (isNewBase) unwritten_.reset();
+    takePlace();
     if (!oldKept.empty() && oldKept != baseRecord_.kept) removeQuietly(fileSystem, folder_.path + "/" + oldKept);
+}
+
+void JournalFile::writeWhole(const Edited &edited, Progress &progress) {
+    size_ = 0;
+    stored_ = baseRecord_.identity ? base_->samples : StoredSamples();
+    write(encoded(baseRecord_));
+    if (noted_) {
+        noted_->first.pieces = stored_.find(noted_->second);
+        write(encoded(noted_->first));
+    }
+    if (!append(edited, progress)) throw FileFault(std::errc::file_too_large, "The changes are too large");
 }
 
 // False where it would become too large.
@@ -107,6 +131,7 @@ bool JournalFile::append(const Edited &edited, Progress &progress) {
     isWhole_ = false;
     auto account = stored_.account(edited.buffer, size_);
     if (account.end > folder_.mostBytes) return false;
+    if (account.end - size_ > room(folder_)) throw FileFault(std::errc::no_space_on_device, "The disk is nearly full");
     for (const auto &missing : account.missing) {
         progress.throwIfCancelled();
         const auto bytes = std::as_bytes(missing.samples);
@@ -143,33 +168,41 @@ bool JournalFile::isBaseLost(const Base &base) {
 }
 
 // Where the file has become another before it could be kept, all of the sound has to go into the journal.
-void JournalFile::keepBase(const Base &base) {
+JournalBase JournalFile::keepBase(const Base &base) {
     FileSystem &fileSystem = folder_.fileSystem;
-    baseRecord_ = {};
-    baseRecord_.path = base.path;
-    if (metadataBytes(base.contents) <= mostMetadata) baseRecord_.contents = base.contents;
-    if (!isBaseAsItWas(base)) return;
-    baseRecord_.print = filePrint(*fileSystem.open(base.path));
-    // With the file's own extension, by which some readers go.
-    const std::string name =
-        keptBeginning + stem_ + "-" + std::to_string(++keptCount_) + std::filesystem::path(base.path).extension().string();
-    const std::string to = folder_.path + "/" + name;
+    JournalBase record;
+    record.path = base.path;
+    if (metadataBytes(base.contents) <= mostMetadata) record.contents = base.contents;
+    if (!isBaseAsItWas(base)) return record;
+    record.print = filePrint(*fileSystem.open(base.path));
+    const std::string name = freeNameFor(base), to = folder_.path + "/" + name;
     const Kept kept = keepFile(folder_, base.path, base.identity->size, to);
-    if (kept != Kept::no) baseRecord_.kept = name;
-    baseRecord_.keptIsLink = kept == Kept::asLink;
+    if (kept != Kept::no) record.kept = name;
+    record.keptIsLink = kept == Kept::asLink;
     if (isBaseAsItWas(base)) {
-        baseRecord_.identity = base.identity;
-    } else if (!baseRecord_.kept.empty()) {
+        record.identity = base.identity;
+    } else if (kept != Kept::no) {
         removeQuietly(fileSystem, to);
-        baseRecord_.kept.clear();
+        record.kept.clear();
     }
+    return record;
+}
+
+// With the file's own extension, by which some readers go.
+std::string JournalFile::freeNameFor(const Base &base) {
+    const std::string extension = std::filesystem::path(base.path).extension();
+    std::string name;
+    do {
+        name = keptBeginning + stem_ + "-" + std::to_string(++keptCount_) + extension;
+    } while (folder_.fileSystem.identity(folder_.path + "/" + name));
+    return name;
 }
 
 void JournalFile::noteSave(JournalSave save, const AudioEditorBuffer &buffer) noexcept {
     try {
         const std::lock_guard lock(mutex_);
-        saveNoted_ = true;
-        if (!file_ || !isWhole_) return void(unwritten_ = {std::move(save), buffer});
+        noted_ = {save, buffer};
+        if (!file_ || !isWhole_) return;
         isWhole_ = false;
         save.pieces = stored_.find(buffer);
         write(encoded(save));
@@ -186,13 +219,16 @@ void JournalFile::remove(std::uint64_t order) noexcept {
     removed_ = std::max(removed_, order);
     if (!stem_.empty()) removeQuietly(folder_.fileSystem, path(journalEnding));
     if (!baseRecord_.kept.empty()) removeQuietly(folder_.fileSystem, folder_.path + "/" + baseRecord_.kept);
+    forget();
+    noted_.reset();
+}
+
+void JournalFile::forget() {
     file_.reset();
     stem_.clear();
     base_.reset();
     stored_ = {};
     baseRecord_ = {};
-    unwritten_.reset();
-    saveNoted_ = false;
     isWhole_ = false;
     size_ = neededBytes_ = 0;
 }

@@ -17,6 +17,7 @@ namespace kiv {
 struct JournalFolder {
     FileSystem &fileSystem;
     std::string path;
+    std::string whyNone = {};  // where there is no such folder: why
     // Beyond so many bytes a document is not journalled any more.
     std::int64_t mostBytes = std::int64_t(4) << 30;
     // Of a file that was read and is kept by copying it; and of what may stay in a journal unneeded, beside as much as is
@@ -66,19 +67,25 @@ public:
     void remove(std::uint64_t order) noexcept;
 
 private:
+    bool isInPlace();
     void reserveName();
+    void takePlace();
     void writeAnew(const std::shared_ptr<const Base> &base, const Edited &edited, Progress &progress);
+    void writeWhole(const Edited &edited, Progress &progress);
     bool append(const Edited &edited, Progress &progress);
     void write(std::span<const std::byte> bytes);
-    void keepBase(const Base &base);
+    JournalBase keepBase(const Base &base);
+    std::string freeNameFor(const Base &base);
     bool isBaseLost(const Base &base);
     bool isBaseAsItWas(const Base &base);
+    void forget();
     std::string path(const std::string &ending) const;
 
     const JournalFolder &folder_;
     std::mutex mutex_;
     std::uint64_t removed_ = 0, written_ = 0;  // the orders of the last removal and the last state
     std::string stem_;                         // of the journal's name; empty while there is none
+    std::uint64_t inode_ = 0;                  // of the file that we gave that name
     std::unique_ptr<FileSystem::File> file_;
     bool isWhole_ = false;  // what the file ends with can be followed by more
     std::int64_t size_ = 0;
@@ -87,8 +94,7 @@ private:
     std::shared_ptr<const Base> base_;
     JournalBase baseRecord_;
     int keptCount_ = 0;
-    bool saveNoted_ = false;
-    std::optional<std::pair<JournalSave, AudioEditorBuffer>> unwritten_;  // noted before there was a journal
+    std::optional<std::pair<JournalSave, AudioEditorBuffer>> noted_;  // the last save of what was read from the base
 };
 
 // How the names in the folder end, or begin: N.journal, N.new, kept-N-….

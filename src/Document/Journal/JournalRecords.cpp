@@ -1,6 +1,7 @@
 #include "Document/Journal/JournalRecords.h"
 
 #include <algorithm>
+#include <array>
 #include <concepts>
 #include <cstring>
 #include <stdexcept>
@@ -59,6 +60,39 @@ private:
     }
 
     Bytes bytes_;
+};
+
+// Takes in what kinds of members a type has, in their order, and nothing of what they hold.
+class Shape {
+public:
+    template <Plain T>
+    void value(const T &) {
+        add(std::is_floating_point_v<T> ? 'f' : 'i', sizeof(T));
+    }
+    template <class T>
+    requires requires(Shape &shape, const T &whole) { fields(shape, whole); }
+    void value(const T &whole) { fields(*this, whole); }
+    void value(const std::string &) { add('s', 0); }
+    template <class T>
+    void value(const std::vector<T> &) {
+        add('v', 0), value(T());
+    }
+    template <class T>
+    void value(const std::optional<T> &) {
+        add('o', 0), value(T());
+    }
+    void value(const std::map<std::string, std::string> &) { add('m', 0); }
+    void all(const auto &...members) { (value(members), ...); }
+
+    std::uint32_t digest() const { return std::uint32_t(digest_.value()); }
+
+private:
+    void add(char kind, std::size_t bytes) {
+        const std::array both{std::byte(kind), std::byte(bytes)};
+        digest_.add(both);
+    }
+
+    ByteDigest digest_;
 };
 
 class Reader {
@@ -147,26 +181,35 @@ void fields(auto &a, Is<JournalState> auto &v) {
 }
 void fields(auto &a, Is<JournalSave> auto &v) { a.all(v.path, v.digest, v.order, v.pieces); }
 
-constexpr std::uint32_t mark = 0x4A76694B;  // "KivJ"
-
-struct Header {
-    JournalRecord kind;
-    std::uint64_t bytes;
-    std::uint64_t digest;
-};
-void fields(auto &a, Is<Header> auto &v) {
-    auto begin = mark;
-    a.all(begin, v.kind, v.bytes, v.digest);
-    if (begin != mark) throw TornRecord();
+// Another one as soon as any member of a record is: what a program with other members has written cannot be read.
+std::uint32_t layout() {
+    static const std::uint32_t digest = [] {
+        Shape shape;
+        shape.all(JournalBase(), JournalState(), JournalSave());
+        return shape.digest();
+    }();
+    return digest;
 }
 
-// Of what the header says as well, so that a record cannot be taken for one of another kind or length.
-ByteDigest digestOf(JournalRecord kind, std::uint64_t bytes) {
-    Writer writer;
-    writer.all(kind, bytes);
-    ByteDigest digest;
-    digest.add(writer.take());
-    return digest;
+constexpr std::uint32_t mark = 0x4A76694B;  // "KivJ"
+
+// The same in every version, and so is the path with which a base begins.
+struct Header {
+    std::uint32_t layout = 0;
+    JournalRecord kind{};
+    std::uint64_t bytes = 0;
+    std::uint64_t digest = 0;
+
+    std::uint32_t own() const {
+        Writer writer;
+        writer.all(layout, kind, bytes, digest);
+        return std::uint32_t(digestOf(writer.take()));
+    }
+};
+void fields(auto &a, Is<Header> auto &v) {
+    std::uint32_t begin = mark, own = v.own();
+    a.all(begin, own, v.layout, v.kind, v.bytes, v.digest);
+    if (begin != mark || own != v.own()) throw TornRecord();
 }
 
 template <class T>
@@ -196,47 +239,99 @@ Bytes bytesAt(const ByteSource &source, std::int64_t at, std::uint64_t count) {
     return bytes;
 }
 
-void addPart(ByteDigest &digest, const ByteSource &source, std::int64_t at, std::uint64_t count) {
-    while (count > 0) {
-        const Bytes block = bytesAt(source, at, std::min<std::uint64_t>(count, blockBytes));
+// What a file that ends in the midst of a record says is what a crash leaves, and no damage.
+struct EndsEarly : TornRecord {};
+
+Header readHeader(const ByteSource &source, std::int64_t at) {
+    if (source.size() - at < journalRecordHeader) throw EndsEarly();
+    const auto header = decoded<Header>(bytesAt(source, at, journalRecordHeader));
+    if (header.bytes > std::uint64_t(source.size() - at - journalRecordHeader)) throw EndsEarly();
+    return header;
+}
+
+bool areSamplesWhole(const ByteSource &source, std::int64_t at, const Header &header) {
+    ByteDigest digest;
+    for (std::uint64_t left = header.bytes; left > 0;) {
+        const Bytes block = bytesAt(source, at, std::min<std::uint64_t>(left, blockBytes));
         digest.add(block);
         at += std::int64_t(block.size());
-        count -= block.size();
+        left -= block.size();
     }
+    return digest.value() == header.digest;
 }
 
-void requireWholeSamples(const ByteSource &source, std::int64_t at, const Header &header) {
-    ByteDigest digest = digestOf(header.kind, header.bytes);
-    addPart(digest, source, at, header.bytes);
-    if (digest.value() != header.digest) throw TornRecord();
+Bytes readWhole(const ByteSource &source, std::int64_t at, const Header &header) {
+    Bytes bytes = bytesAt(source, at, header.bytes);
+    if (digestOf(bytes) != header.digest) throw TornRecord();
+    return bytes;
 }
 
-// Takes in one record and goes behind it.
-void readRecord(JournalContents &found, const ByteSource &source, JournalCheck check) {
-    const auto header = decoded<Header>(bytesAt(source, found.whole, journalRecordHeader));
-    const std::int64_t at = found.whole + journalRecordHeader;
-    if (header.bytes > std::uint64_t(source.size() - at)) throw TornRecord();
-    if (header.kind == JournalRecord::samples) {
-        if (check == JournalCheck::samplesToo) requireWholeSamples(source, at, header);
-    } else {
-        const Bytes bytes = bytesAt(source, at, header.bytes);
-        ByteDigest digest = digestOf(header.kind, header.bytes);
-        digest.add(bytes);
-        if (digest.value() != header.digest) throw TornRecord();
-        if (header.kind == JournalRecord::base) found.base = decoded<JournalBase>(bytes);
-        if (header.kind == JournalRecord::state) found.state = decoded<JournalState>(bytes);
-        if (header.kind == JournalRecord::save) found.save = decoded<JournalSave>(bytes);
+class JournalReader {
+public:
+    JournalReader(const ByteSource &source, JournalCheck check) : source_(source), check_(check) {}
+
+    JournalContents read() {
+        try {
+            while (found_.whole < source_.size()) readNext();
+        } catch (const EndsEarly &) {
+        } catch (const TornRecord &) {
+            found_.isDamaged = true;
+        }
+        return std::move(found_);
     }
-    found.whole = at + std::int64_t(header.bytes);
-}
+
+private:
+    // What stands behind a record that is damaged may be whole.
+    void readNext() {
+        const Header header = readHeader(source_, found_.whole);
+        const std::int64_t at = found_.whole + journalRecordHeader;
+        if (header.layout != layout()) return readForeign(at, header);
+        if (header.kind == JournalRecord::samples) {
+            if (check_ == JournalCheck::samplesToo && !areSamplesWhole(source_, at, header))
+                damaged_.push_back({at, at + std::int64_t(header.bytes)});
+        } else {
+            readRecord(at, header);
+        }
+        found_.whole = at + std::int64_t(header.bytes);
+    }
+
+    void readRecord(std::int64_t at, const Header &header) try {
+        const Bytes bytes = readWhole(source_, at, header);
+        if (header.kind == JournalRecord::base) found_.base = decoded<JournalBase>(bytes);
+        if (header.kind == JournalRecord::save) found_.save = decoded<JournalSave>(bytes);
+        if (header.kind == JournalRecord::state) take(decoded<JournalState>(bytes));
+    } catch (const TornRecord &) {
+        found_.isDamaged = true;
+        damaged_.push_back({at, at + std::int64_t(header.bytes)});
+    }
+
+    void take(JournalState state) {
+        found_.isDamaged = std::ranges::any_of(state.pieces, [&](const JournalPiece &piece) {
+            const std::int64_t end = piece.at + piece.frames * state.channels * std::int64_t(sizeof(float));
+            return piece.from == JournalPiece::From::journal &&
+                   std::ranges::any_of(damaged_, [&](FrameRange each) { return piece.at < each.hi && each.lo < end; });
+        });
+        if (!found_.isDamaged) found_.state = std::move(state);
+    }
+
+    void readForeign(std::int64_t at, const Header &header) {
+        if (header.kind != JournalRecord::base) throw TornRecord();
+        const Bytes bytes = readWhole(source_, at, header);
+        Reader(bytes).value(found_.foreign.emplace());
+        found_.whole = source_.size();
+    }
+
+    const ByteSource &source_;
+    JournalCheck check_;
+    JournalContents found_;
+    std::vector<FrameRange> damaged_;  // bytes
+};
 
 }  // namespace
 
 Bytes recordHeader(JournalRecord kind, std::span<const std::byte> bytes) {
-    ByteDigest digest = digestOf(kind, bytes.size());
-    digest.add(bytes);
     Writer writer;
-    writer.value(Header{kind, bytes.size(), digest.value()});
+    writer.value(Header{layout(), kind, bytes.size(), digestOf(bytes)});
     return writer.take();
 }
 
@@ -244,14 +339,7 @@ Bytes encoded(const JournalBase &base) { return record(JournalRecord::base, base
 Bytes encoded(const JournalState &state) { return record(JournalRecord::state, state); }
 Bytes encoded(const JournalSave &save) { return record(JournalRecord::save, save); }
 
-JournalContents readJournal(const ByteSource &source, JournalCheck check) {
-    JournalContents found;
-    try {
-        while (found.whole < source.size()) readRecord(found, source, check);
-    } catch (const TornRecord &) {
-    }
-    return found;
-}
+JournalContents readJournal(const ByteSource &source, JournalCheck check) { return JournalReader(source, check).read(); }
 
 std::uint64_t filePrint(const ByteSource &source) {
     constexpr std::int64_t partBytes = 4096, parts = 64;

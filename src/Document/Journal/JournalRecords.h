@@ -12,7 +12,8 @@
 
 // What stands in a document's journal: records one after the other, each with its length and a digest of all of it, so that
 // whatever a crash has torn is known for what it is and the last whole one counts. Values and functions on them; nothing here
-// touches files. Numbers stand as the machine has them: a journal never leaves it.
+// touches files. Numbers stand as the machine has them: a journal never leaves it. Each record also says of what members it is
+// made, so that a program in which they are others knows it for what it cannot read.
 namespace kiv {
 
 // Frames of a sound and where they are to be had.
@@ -63,7 +64,7 @@ struct JournalSave {
 };
 
 enum class JournalRecord : std::uint32_t { base = 1, samples, state, save };
-inline constexpr std::int64_t journalRecordHeader = 24;  // bytes before a record's own
+inline constexpr std::int64_t journalRecordHeader = 32;  // bytes before a record's own
 
 // What stands before a record's bytes.
 Bytes recordHeader(JournalRecord kind, std::span<const std::byte> bytes);
@@ -72,13 +73,16 @@ Bytes encoded(const JournalBase &base);
 Bytes encoded(const JournalState &state);
 Bytes encoded(const JournalSave &save);
 
-// The last whole record of each kind; `whole` is the byte behind the last one. Samples are checked too where asked for, which
-// reads all of the journal; a record behind one that is torn does not count. Throws std::system_error when reading fails.
+// The last whole record of each kind, and of the states the last one that needs no samples which are damaged; `whole` is the
+// byte behind the last record. Samples are checked where asked for, which reads all of the journal. Throws std::system_error
+// when reading fails.
 struct JournalContents {
     std::optional<JournalBase> base;
     std::optional<JournalState> state;
     std::optional<JournalSave> save;
     std::int64_t whole = 0;
+    bool isDamaged = false;              // there may have been a later state
+    std::optional<std::string> foreign;  // written by another version, about the document with this path
 };
 enum class JournalCheck { positions, samplesToo };
 JournalContents readJournal(const ByteSource &source, JournalCheck check);

@@ -19,6 +19,10 @@ bool isSameFile(const FileSystem::Identity &a, const FileSystem::Identity &b) {
     return a.inode == b.inode && a.size == b.size && a.modifiedNs == b.modifiedNs;
 }
 
+bool hasPrint(FileSystem &fileSystem, const std::string &path, const JournalBase &base) {
+    return filePrint(*fileSystem.open(path)) == base.print;
+}
+
 // Whether the file at the base's path is still the one that was read. In a folder that was mounted anew files have other
 // numbers, and times as coarse as that file system stores them; a file that was put back after a save had died has a new time.
 bool isStillThere(FileSystem &fileSystem, const JournalBase &base, Files::Recovery recovery) {
@@ -27,7 +31,7 @@ bool isStillThere(FileSystem &fileSystem, const JournalBase &base, Files::Recove
     if (now == base.identity) return true;
     constexpr std::int64_t coarseNs = 2'000'000'000;
     const bool isAsOld = std::abs(now->modifiedNs - base.identity->modifiedNs) <= coarseNs;
-    return (isAsOld || recovery == Files::Recovery::restored) && filePrint(*fileSystem.open(base.path)) == base.print;
+    return (isAsOld || recovery == Files::Recovery::restored) && hasPrint(fileSystem, base.path, base);
 }
 
 // What cannot be looked at is not there.
@@ -51,14 +55,21 @@ std::optional<std::string> findBase(const JournalFolder &folder, const JournalBa
     const std::string kept = folder.path + "/" + base.kept;
     const bool isKept = holds([&] {
         const auto now = base.identity && !base.kept.empty() ? fileSystem.identity(kept) : std::nullopt;
-        return now && (!base.keptIsLink || isSameFile(*now, *base.identity));
+        const bool isWhole = now && (base.keptIsLink ? isSameFile(*now, *base.identity) : now->size == base.identity->size);
+        return isWhole && hasPrint(fileSystem, kept, base);
     });
     return isKept ? std::optional(kept) : std::nullopt;
 }
 
-// Whether the save that the journal tells of last has put its file in place.
-bool isSaved(const JournalFolder &folder, const std::optional<JournalSave> &save) {
-    return save && holds([&] { return fileDigest(*folder.fileSystem.open(save->path)) == save->digest; });
+// Whether the save that the journal tells of last has put its file in place. What it has written may look like the file as it
+// was, where the time is coarse and the difference small: only a file that nobody has touched is not looked at.
+bool isSaved(const JournalFolder &folder, const JournalContents &contents) {
+    const auto &save = contents.save;
+    const JournalBase &base = *contents.base;
+    return save && holds([&] {
+               const bool isUntouched = save->path == base.path && folder.fileSystem.identity(base.path) == base.identity;
+               return !isUntouched && fileDigest(*folder.fileSystem.open(save->path)) == save->digest;
+           });
 }
 
 // The same frames, taken from the file as it was saved where that has them.
@@ -85,6 +96,8 @@ std::vector<JournalPiece> afterSave(const std::vector<JournalPiece> &pieces, con
     return result;
 }
 
+using Condition = AbandonedJournal::Condition;
+
 // What has been read of a journal, and which file its pieces come from.
 struct Found {
     JournalContents contents;
@@ -93,7 +106,9 @@ struct Found {
     bool isFinished = false;          // a save had written all there is
     bool isBaseAsItWas = false;
     bool isOwnSave = false;  // what stands in the document's place was saved by this program
-    bool isLost = false;
+    Condition condition = Condition::asItWas;
+
+    bool canBeRestored() const { return condition <= Condition::changed; }
 };
 
 bool lacksSome(const JournalState &state) {
@@ -110,22 +125,30 @@ Found afterSave(Found found) {
     saved.path = save.path;
     saved.base = save.path;
     saved.isBaseAsItWas = true;
-    found.path = save.path;
-    found.isOwnSave = true;
+    found.isOwnSave = found.path == save.path;
     return !saved.isFinished && lacksSome(*saved.contents.state) && found.base ? found : saved;
 }
 
-std::optional<Found> look(const JournalFolder &folder, const std::string &path, JournalCheck check) {
+Condition conditionOf(const Found &found) {
+    const JournalContents &contents = found.contents;
+    const bool lacksBase = !found.base && (needsBase(*contents.state) || !contents.base->contents);
+    if (lacksSome(*contents.state) || lacksBase) return Condition::lost;
+    return found.isBaseAsItWas ? Condition::asItWas : Condition::changed;
+}
+
+Found look(const JournalFolder &folder, const std::string &path, JournalCheck check) {
     Found found;
     found.contents = readJournal(*folder.fileSystem.open(path), check);
-    JournalContents &contents = found.contents;
-    if (!contents.base || !contents.state) return std::nullopt;
-    found.path = contents.base->path;
+    const JournalContents &contents = found.contents;
+    found.path = contents.foreign.value_or(contents.base ? contents.base->path : "");
+    if (contents.foreign || !contents.base || !contents.state) {
+        found.condition = contents.foreign ? Condition::foreign : Condition::damaged;
+        return found;
+    }
     found.base = findBase(folder, *contents.base);
     found.isBaseAsItWas = found.base == found.path;
-    if (!found.isBaseAsItWas && isSaved(folder, contents.save)) found = afterSave(std::move(found));
-    const bool lacksBase = !found.base && (needsBase(*contents.state) || !contents.base->contents);
-    found.isLost = lacksSome(*contents.state) || lacksBase;
+    if (isSaved(folder, contents)) found = afterSave(std::move(found));
+    found.condition = conditionOf(found);
     return found;
 }
 
@@ -196,11 +219,11 @@ std::optional<AbandonedJournal> take(const JournalFolder &folder, const std::str
     journal.held = folder.fileSystem.holdAbandoned(journal.path);
     if (!journal.held) return std::nullopt;
     const auto found = look(folder, journal.path, JournalCheck::positions);
-    if (!found || found->isFinished) return discardJournal(folder, journal), std::nullopt;
-    journal.document = found->path;
-    journal.writtenAt = found->contents.state->writtenAt;
-    using enum AbandonedJournal::Base;
-    journal.base = found->isLost ? lost : found->isBaseAsItWas ? asItWas : changed;
+    const bool isEmpty = folder.fileSystem.open(journal.path)->size() == 0;
+    if (isEmpty || found.isFinished) return discardJournal(folder, journal), std::nullopt;
+    journal.document = found.path;
+    if (found.contents.state) journal.writtenAt = found.contents.state->writtenAt;
+    journal.condition = found.condition;
     return journal;
 }
 
@@ -226,23 +249,25 @@ std::vector<AbandonedJournal> findAbandonedJournals(const JournalFolder &folder)
 
 RecoveredDocument recoverDocument(const JournalFolder &folder, const AbandonedJournal &journal, Files &files,
                                   DecodedReader *decoders, Progress &progress) {
-    const auto found = look(folder, journal.path, JournalCheck::samplesToo);
-    if (!found || found->isLost) throw AudioFileError::unreadable("what was not edited is not there any more");
-    const JournalBase &base = *found->contents.base;
+    const Found found = look(folder, journal.path, JournalCheck::samplesToo);
+    if (found.condition == Condition::damaged) throw AudioFileError::unreadable("what was kept of it is damaged");
+    if (!found.canBeRestored()) throw AudioFileError::unreadable("what was not edited is not there any more");
+    const JournalBase &base = *found.contents.base;
     RecoveredDocument document;
-    document.path = found->path;
+    document.path = found.path;
     document.identity = base.identity;
-    if (found->base) {
-        auto file = readAudioFile(files, decoders, *found->base, progress);
+    document.isDamaged = found.contents.isDamaged;
+    if (found.base) {
+        auto file = readAudioFile(files, decoders, *found.base, progress);
         document.base = std::exchange(file.contents.buffer, AudioEditorBuffer());
         document.basePeaks.emplace(*document.base);
         document.contents = std::move(file.contents);
-        if (found->isBaseAsItWas) document.identity = file.identity;
+        if (found.isBaseAsItWas) document.identity = file.identity;
     } else {
         document.contents = *base.contents;
     }
-    if (found->isOwnSave) document.identity = folder.fileSystem.identity(found->path);
-    const JournalState &state = *found->contents.state;
+    if (found.isOwnSave) document.identity = folder.fileSystem.identity(found.path);
+    const JournalState &state = *found.contents.state;
     document.contents.buffer = AudioEditorBuffer(state.channels, state.sampleRate);
     const auto samples = folder.fileSystem.open(journal.path);
     document.edited = snapshotOf(state, assembled(state, *samples, document.base ? &*document.base : nullptr, progress));

@@ -19,17 +19,19 @@ struct AbandonedJournal {
     std::unique_ptr<FileSystem::File> held;  // nobody else may take it meanwhile
     std::string document;                    // the path of the document
     std::int64_t writtenAt = 0;              // milliseconds since 1970: its last edit
-    // What the unedited parts would be taken from.
-    enum class Base {
-        asItWas,
+    // Whether the document can be brought back, and what its unedited parts would be taken from.
+    enum class Condition {
+        asItWas,  // from the file
         changed,  // the file has been changed or is gone, but what it held is kept
-        lost,     // and is not: the document cannot be brought back
+        lost,     // and is not: it cannot be brought back
+        damaged,  // the journal cannot be read any more; the path may be unknown
+        foreign,  // nor by this version of the program
     };
-    Base base = Base::asItWas;
+    Condition condition = Condition::asItWas;
 };
 
-// All that are worth asking about, by their documents' paths. What is left of others, and journals of which a save had just
-// made an end, are cleared away. A folder that cannot be read has none.
+// All that are worth asking about, by their documents' paths. Empty ones, what is left of others, and journals of which a save
+// had just made an end, are cleared away. A folder that cannot be read has none.
 std::vector<AbandonedJournal> findAbandonedJournals(const JournalFolder &folder);
 
 // A document as it was after its last finished edit.
@@ -40,6 +42,7 @@ struct RecoveredDocument {
     std::optional<AudioEditorPeaks> basePeaks;     // there when that is
     std::optional<FileSystem::Identity> identity;  // of the file as it was read; none: of whatever is there
     Snapshot edited;                               // with buffer and peaks
+    bool isDamaged = false;                        // there may have been later edits
 };
 
 // Throws AudioFileError, std::system_error and Cancelled.

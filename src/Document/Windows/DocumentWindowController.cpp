@@ -45,7 +45,9 @@ DocumentWindowController::DocumentWindowController(const WindowServices &service
     view_ = std::make_unique<DocumentHostingView>(document_->model(), services.document.jobs, services.style, *this);
     view_->onClosing = [this] { return mayClose(); };
     // A long edit can be cancelled in no other way; playback can be stopped in two.
-    view_->onStop = [this] { document_->isPlaying() && !document_->isEditing() ? document_->stop() : document_->cancelWork(); };
+    view_->onStop = [this] {
+        document_->player().isPlaying() && !document_->isEditing() ? document_->player().stop() : document_->cancelWork();
+    };
     view_->onActivated = [this] {
         if (questionsOpen_ == 0 && !isWaiting(EditorCommand::revert)) document_->checkDisk();
     };
@@ -244,7 +246,7 @@ void DocumentWindowController::bringForward() {
 void DocumentWindowController::closeNow() {
     if (std::exchange(isClosed_, true)) return;
     saveFrame();
-    document_->stop();
+    document_->player().stop();
     document_->letGo();
     QTimer::singleShot(0, view_.get(), [this] {
         view_->close();

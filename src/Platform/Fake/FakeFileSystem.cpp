@@ -182,6 +182,7 @@ public:
         if (node_->dirty) node_->onDevice = node_->now;
         node_->unsynced.clear();
     }
+    bool isHeld() const override { return world_.knowsLocks_; }
 
 private:
     void put(std::span<const std::byte> bytes) {
@@ -398,6 +399,13 @@ void FakeFileSystem::moveToTrash(const std::string &path) {
     if (!demand(parentOf(path))->writable) fail(std::errc::permission_denied);
     makeFolder(trashFolder);
     change({parentOf(path), {{path, nullptr}, {trashFolder + path.substr(path.rfind('/')), node}}});
+}
+
+std::int64_t FakeFileSystem::freeBytes(const std::string &folder) {
+    const std::lock_guard lock(mutex_);
+    step();
+    requireFolder(folder);
+    return free_;
 }
 
 void FakeFileSystem::syncFolder(const std::string &folder) {

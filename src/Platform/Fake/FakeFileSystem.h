@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <limits>
 #include <map>
 #include <mutex>
 #include <random>
@@ -34,7 +35,9 @@ public:
     void setWritable(const std::string &path, bool writable);  // of a folder: whether names in it may be changed
     void setSticky(const std::string &folder);                 // names may be added, but not put in the place of others
     void allow(bool sharing, bool names) { canShare_ = sharing, canAddNames_ = names; }  // neither at first
-    void vanish(const std::string &path);                                                // with all that is below it
+    void setFree(std::int64_t bytes) { free_ = bytes; }  // what freeBytes() says, whatever is written
+    void setLocks(bool areKnown) { knowsLocks_ = areKnown; }
+    void vanish(const std::string &path);  // with all that is below it
 
     bool exists(const std::string &path) const;
     Bytes bytes(const std::string &path) const;
@@ -69,6 +72,7 @@ public:
     void createFolder(const std::string &path) override;
     std::vector<std::string> list(const std::string &folder) override;
     void moveToTrash(const std::string &path) override;  // into trashFolder
+    std::int64_t freeBytes(const std::string &folder) override;
     void syncFolder(const std::string &folder) override;
     void requireWritable(const std::string &path) override;
     std::string temporaryFolder() override { return stateFolder; }
@@ -122,7 +126,8 @@ private:
     std::vector<NameChange> unsynced_;
     std::uint64_t lastInode_ = 0;
     std::int64_t clock_ = 0;
-    bool canShare_ = false, canAddNames_ = false;
+    bool canShare_ = false, canAddNames_ = false, knowsLocks_ = true;
+    std::int64_t free_ = std::numeric_limits<std::int64_t>::max();
 
     int steps_ = 0;
     int failStep_ = 0;

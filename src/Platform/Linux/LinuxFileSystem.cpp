@@ -5,10 +5,12 @@
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <limits>
 
 #include "Platform/FileCopy.h"
 #include "Platform/FileFault.h"
@@ -67,9 +69,16 @@ private:
     std::int64_t size_;
 };
 
+enum class Lock { mine, heldElsewhere, unknown };
+
+Lock lock(const FileDescriptor &file) {
+    if (::flock(*file, LOCK_EX | LOCK_NB) == 0) return Lock::mine;
+    return errno == EWOULDBLOCK ? Lock::heldElsewhere : Lock::unknown;
+}
+
 class LinuxFile : public FileSystem::File {
 public:
-    explicit LinuxFile(FileDescriptor file) : file_(std::move(file)) {}
+    LinuxFile(FileDescriptor file, Lock lock) : file_(std::move(file)), lock_(lock) {}
 
     void write(std::span<const std::byte> bytes) override {
         while (!bytes.empty()) {
@@ -92,6 +101,7 @@ public:
         while (::fsync(*file_) != 0)
             if (errno != EINTR) throwErrno();
     }
+    bool isHeld() const override { return lock_ == Lock::mine; }
 
 private:
     // Lets the device begin while the rest is still being made: the same work in all, but sync() has little left to wait for.
@@ -104,16 +114,10 @@ private:
     }
 
     FileDescriptor file_;
+    Lock lock_;
     std::int64_t written_ = 0;
     std::int64_t begun_ = 0;
 };
-
-enum class Lock { mine, heldElsewhere, unknown };
-
-Lock lock(const FileDescriptor &file) {
-    if (::flock(*file, LOCK_EX | LOCK_NB) == 0) return Lock::mine;
-    return errno == EWOULDBLOCK ? Lock::heldElsewhere : Lock::unknown;
-}
 
 bool isStillAt(const FileDescriptor &file, const std::string &path) {
     struct stat there;
@@ -167,8 +171,9 @@ std::unique_ptr<ByteSource> LinuxFileSystem::open(const std::string &path) {
 std::unique_ptr<FileSystem::File> LinuxFileSystem::create(const std::string &path, Access access) {
     FileDescriptor file = openAs(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, access == Access::owner ? 0600 : 0666);
     // Before the lock another process may have taken it for abandoned; then it is no longer ours.
-    if (lock(file) == Lock::heldElsewhere || !isStillAt(file, path)) throwErrno(EEXIST);
-    return std::make_unique<LinuxFile>(std::move(file));
+    const Lock held = lock(file);
+    if (held == Lock::heldElsewhere || !isStillAt(file, path)) throwErrno(EEXIST);
+    return std::make_unique<LinuxFile>(std::move(file), held);
 }
 
 bool LinuxFileSystem::removeAbandoned(const std::string &path) {
@@ -178,7 +183,7 @@ bool LinuxFileSystem::removeAbandoned(const std::string &path) {
 
 std::unique_ptr<FileSystem::File> LinuxFileSystem::holdAbandoned(const std::string &path) {
     FileDescriptor file = abandoned(path);
-    return file.isOpen() ? std::make_unique<LinuxFile>(std::move(file)) : nullptr;
+    return file.isOpen() ? std::make_unique<LinuxFile>(std::move(file), Lock::mine) : nullptr;
 }
 
 bool LinuxFileSystem::share(const std::string &path, const std::string &as) {
@@ -195,8 +200,9 @@ bool LinuxFileSystem::addName(const std::string &path, const std::string &name) 
 
 std::unique_ptr<FileSystem::File> LinuxFileSystem::overwrite(const std::string &path) {
     FileDescriptor file = openRegular(path, O_WRONLY);
-    if (lock(file) == Lock::heldElsewhere) throwErrno(EWOULDBLOCK);
-    return std::make_unique<LinuxFile>(std::move(file));
+    const Lock held = lock(file);
+    if (held == Lock::heldElsewhere) throwErrno(EWOULDBLOCK);
+    return std::make_unique<LinuxFile>(std::move(file), held);
 }
 
 void LinuxFileSystem::copyAttributes(const std::string &from, const std::string &to) { copyFileAttributes(from, to); }
@@ -237,6 +243,14 @@ std::vector<std::string> LinuxFileSystem::list(const std::string &folder) {
 }
 
 void LinuxFileSystem::moveToTrash(const std::string &path) { trashFile(path); }
+
+// Some file systems have no blocks to count.
+std::int64_t LinuxFileSystem::freeBytes(const std::string &folder) {
+    struct statvfs status;
+    if (::statvfs(folder.c_str(), &status) != 0) throwErrno();
+    if (status.f_blocks == 0) return std::numeric_limits<std::int64_t>::max();
+    return std::int64_t(status.f_bavail) * std::int64_t(status.f_frsize);
+}
 
 void LinuxFileSystem::syncFolder(const std::string &folder) {
     // A folder may let one write but not list, and some file systems cannot sync one: then there is nothing to be done.

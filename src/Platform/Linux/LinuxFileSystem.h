@@ -24,6 +24,7 @@ public:
     void createFolder(const std::string &path) override;
     std::vector<std::string> list(const std::string &folder) override;
     void moveToTrash(const std::string &path) override;
+    std::int64_t freeBytes(const std::string &folder) override;
     void syncFolder(const std::string &folder) override;
     void requireWritable(const std::string &path) override;
     std::string temporaryFolder() override;  // kiv-audio-editor/saving in the user's state folder

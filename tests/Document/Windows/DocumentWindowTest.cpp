@@ -274,12 +274,12 @@ TEST_F(DocumentWindowTest, RemembersItsFrame) {
 TEST_F(DocumentWindowTest, EscapeStopsPlaybackOnceNothingElseIsToBeEnded) {
     open();
     controller->perform(playStop);
-    ASSERT_TRUE(controller->document().isPlaying());
+    ASSERT_TRUE(controller->document().player().isPlaying());
     controller->perform(gain);
     key(Qt::Key_Escape);
-    EXPECT_TRUE(controller->document().isPlaying());
+    EXPECT_TRUE(controller->document().player().isPlaying());
     key(Qt::Key_Escape);
-    EXPECT_FALSE(controller->document().isPlaying());
+    EXPECT_FALSE(controller->document().player().isPlaying());
 }
 
 TEST_F(DocumentWindowTest, F6GoesFromPartToPart) {

@@ -1,21 +1,44 @@
-#include <algorithm>
+#include "Document/DocumentPlayer.h"
 
-#include "Document/AudioDocument.h"
+#include <algorithm>
+#include <utility>
+
 #include "Editor/AudioEditorModel/AudioEditorLoops.h"
 #include "Editor/AudioEditorModel/AudioEditorSpectralPainting.h"
 
-// Where the document meets playback.
 namespace kiv {
 
-bool AudioDocument::canPlay() const { return services_.playback && !model_.state().buffer.isEmpty(); }
-
-bool AudioDocument::isPlaying() const { return services_.playback && services_.playback->isPlaying(this); }
-
-void AudioDocument::stop() {
-    if (services_.playback) services_.playback->stop(this);
+DocumentPlayer::DocumentPlayer(PlaybackEngine *playback, AudioEditorModel &model, EqModel &eq)
+    : playback_(playback), model_(model), eq_(eq) {
+    model.onAudioChanged = [this](const AudioEditorBuffer &, const AudioEditorBuffer &now) {
+        if (isPlaying()) playback_->setBuffer(now, model_.lengthChange());
+    };
+    model.onLoopChanged = [this](bool loop) {
+        if (isPlaying() && !jointPlaying_) playback_->setLoop(loop);
+    };
+    model.onEqChanged = [this](bool) { updateEq(); };
+    model.onSpectralPreview = [this](const AudioEditorBuffer &preview) {
+        if (isPlaying()) playback_->setBuffer(preview);
+    };
+    model.onPlayJoint = [this] { playLoopJoint(); };
+    model.onPlayRange = [this](FrameRange range, bool loop) { play(range, range.lo, loop); };
+    loopChanges_ = model.observers.add([this](const Changes &changes) { followLoop(changes); });
+    eqChanges_ = eq.observers.add([this](EqModel::Change change) {
+        if (change == EqModel::Change::settings) updateEq();
+    });
 }
 
-void AudioDocument::togglePlay() {
+DocumentPlayer::~DocumentPlayer() { stop(); }
+
+bool DocumentPlayer::canPlay() const { return playback_ && !model_.state().buffer.isEmpty(); }
+
+bool DocumentPlayer::isPlaying() const { return playback_ && playback_->isPlaying(this); }
+
+void DocumentPlayer::stop() {
+    if (playback_) playback_->stop(this);
+}
+
+void DocumentPlayer::togglePlay() {
     if (isPlaying()) return stop();
     const AudioEditorState &state = model_.state();
     if (state.selection) return play(*state.selection, state.selection->lo, state.loopEnabled);
@@ -23,7 +46,7 @@ void AudioDocument::togglePlay() {
     play(all, state.cursorFrame < all.hi ? state.cursorFrame : 0, state.loopEnabled);
 }
 
-void AudioDocument::play(FrameRange range, std::int64_t start, bool loop) {
+void DocumentPlayer::play(FrameRange range, std::int64_t start, bool loop) {
     PlaybackEngine::Request request;
     request.range = range;
     request.start = start;
@@ -31,16 +54,16 @@ void AudioDocument::play(FrameRange range, std::int64_t start, bool loop) {
     this->start(request);
 }
 
-void AudioDocument::start(PlaybackEngine::Request request) {
+void DocumentPlayer::start(PlaybackEngine::Request request) {
     if (!canPlay()) return;
     stop();
     model_.setPlaying(true);  // before play(), which may end in playbackStopped()
     request.eq = eqTargets();
     request.eqTap = model_.state().eqEnabled;
-    services_.playback->play(model_.state().buffer, request, *this);
+    playback_->play(model_.state().buffer, request, *this);
 }
 
-void AudioDocument::playSlice(std::size_t index) {
+void DocumentPlayer::playSlice(std::size_t index) {
     const AudioEditorState &state = model_.state();
     if (index >= state.slices.size() || !canPlay()) return;
     PlaybackEngine::Request request;
@@ -52,7 +75,7 @@ void AudioDocument::playSlice(std::size_t index) {
     model_.setPreviewPlaying(isPlaying());
 }
 
-void AudioDocument::playLoopJoint() {
+void DocumentPlayer::playLoopJoint() {
     const AudioEditorState &state = model_.state();
     if (!state.loopPoints || !canPlay()) return;
     PlaybackEngine::Request request;
@@ -67,40 +90,55 @@ void AudioDocument::playLoopJoint() {
 }
 
 // What is set while the joint is heard is heard at once.
-void AudioDocument::followLoop(const Changes &changes) {
+void DocumentPlayer::followLoop(const Changes &changes) {
     if (!jointPlaying_) return;
     const AudioEditorState &state = model_.state();
     if (changes.contains(Change::loopPoints)) return state.loopPoints ? playLoopJoint() : stop();
     if (changes.contains(Change::editLoop))
-        services_.playback->updateLoop(AudioEditorLoops::loopCrossfadeFrames(state), state.loopCrossfadeEqualPower);
+        playback_->updateLoop(AudioEditorLoops::loopCrossfadeFrames(state), state.loopCrossfadeEqualPower);
 }
 
-void AudioDocument::goToStart() {
+void DocumentPlayer::updateEq() {
+    if (!model_.state().eqEnabled) eq_.resetAnalyzer();
+    if (!playback_) return;
+    playback_->setEq(eqTargets(), this);
+    playback_->setEqTap(model_.state().eqEnabled, this);
+}
+
+// Called with every tick of the playback, which is about twice as often as the picture is to change.
+void DocumentPlayer::feedAnalyzer() {
+    eqInput_.resize(AnalyzerTap::blockFrames);
+    eqOutput_.resize(AnalyzerTap::blockFrames);
+    if (std::exchange(analyzerRests_, !analyzerRests_)) return;
+    if (playback_->readAnalyzer(this, eqInput_, eqOutput_)) eq_.analyze(eqInput_, eqOutput_);
+}
+
+void DocumentPlayer::goToStart() {
     const bool wasPlaying = isPlaying();
     model_.placeCursor(0);
     model_.revealFrame(0);
     if (wasPlaying) play({0, model_.state().buffer.frames()}, 0, model_.state().loopEnabled);
 }
 
-void AudioDocument::goToEnd() {
+void DocumentPlayer::goToEnd() {
     const std::int64_t end = model_.state().buffer.frames();
     stop();
     model_.placeCursor(end);
     model_.revealFrame(double(end));
 }
 
-void AudioDocument::playbackPeak(float level) {
+void DocumentPlayer::playbackPeak(float level) {
     const std::optional<float> highest = model_.state().maxLevel;
     if (level > highest.value_or(0)) model_.setMaxLevel(level);
 }
 
-void AudioDocument::playbackMoved(double frame) {
+void DocumentPlayer::playbackMoved(double frame) {
     model_.setPlayheads({{0, frame}});
     if (model_.state().eqEnabled) feedAnalyzer();
     AudioEditorSpectralPainting::previewIfDue(model_);
 }
 
-void AudioDocument::playbackStopped() {
+void DocumentPlayer::playbackStopped() {
     jointPlaying_ = false;
     const AudioEditorModel::Batch batch(model_);
     model_.setPlayheads({});

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Document/DocumentCore.h"
+
+namespace kiv {
+
+// Minds what other programs do to a document's file. Main thread only; it is looked at in jobs.
+class DiskWatch {
+public:
+    explicit DiskWatch(DocumentCore &core) : core_(core) {}
+
+    // Looks whether another program has changed the file since it was read or written. Without edits it is read again; with
+    // edits the user is asked, once for each change.
+    void check();
+
+    // The sound as it was read or written last, if an undo still holds it.
+    static AudioFileContents contentsOnDisk(const DocumentCore &core);
+
+private:
+    void found(const DocumentFile::Identity &now);
+    void compare(const FileSystem::Identity &now);
+    void changed();
+
+    DocumentCore &core_;
+    bool looks_ = false;  // a job is under way
+};
+
+}  // namespace kiv

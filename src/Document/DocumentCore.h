@@ -1,0 +1,43 @@
+#pragma once
+
+#include <functional>
+
+#include "Document/DocumentFile.h"
+#include "Document/DocumentPlayer.h"
+#include "Document/DocumentServices.h"
+#include "Document/DocumentUi.h"
+#include "Document/DocumentWork.h"
+#include "Document/Journal/DocumentJournal.h"
+#include "Editor/AudioEditorModel/BackgroundAnalyses.h"
+#include "Editor/AudioEditorModel/BackgroundPeaks.h"
+#include "Support/Lifetime.h"
+
+namespace kiv {
+
+// What the tasks of one document (reading, saving, watching the disk, closing) share; each is a file of its own and none knows
+// another's insides. Main thread only.
+struct DocumentCore {
+    DocumentCore(DocumentServices withServices, DocumentUi &withUi);
+
+    DocumentServices services;
+    DocumentUi &ui;
+    AudioEditorModel model;
+    EqModel eq;
+    DocumentFile file;
+    DocumentWork work;
+    BackgroundPeaks peaks;
+    BackgroundAnalyses analyses;
+    DocumentPlayer player;
+    DocumentJournal journal;
+    std::function<void()> tell;  // the document's observers, of a new name, format, edited or busy state
+    Lifetime lifetime;           // jobs and questions hold it
+
+    bool isEdited() const { return file.contents && model.state().contentVersion != file.savedVersion; }
+    std::string quotedName() const;
+    bool canStoreLoop() const { return file.contents->canStoreLoop(); }
+    // The file of the sound that has just been read or written.
+    void setFile(DocumentFile newFile, const AudioEditorBuffer &sound);
+    void flushJournal(std::function<void()> done) { journal.flush(model.state(), isEdited(), std::move(done)); }
+};
+
+}  // namespace kiv

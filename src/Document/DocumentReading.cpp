@@ -1,0 +1,160 @@
+#include "Document/DocumentReading.h"
+
+#include <optional>
+#include <utility>
+
+#include "Audio/Files/AudioFileConversion.h"
+#include "Document/AudioFileReading.h"
+#include "Document/FileNames.h"
+#include "Editor/AudioEditorModel/AudioEditorLoops.h"
+#include "Support/Failures.h"
+
+namespace kiv::DocumentReading {
+namespace {
+
+// What the job reads.
+struct Loaded {
+    AudioFileOnDisk file;
+    std::optional<AudioEditorPeaks> peaks;
+};
+
+void load(DocumentCore &core, const std::string &path,
+          std::function<void(std::shared_ptr<Loaded>, const std::string &error)> done) {
+    const auto loaded = std::make_shared<Loaded>();
+    core.work.start(
+        DocumentWork::Kind::reading,
+        [&files = core.services.files, decoders = core.services.decoders, measures = core.model.keepsPeaks(), path,
+         loaded](Progress &progress) {
+            loaded->file = readAudioFile(files, decoders, path, progress);
+            if (measures) loaded->peaks.emplace(loaded->file.contents.buffer);
+        },
+        [&core, loaded, done = std::move(done)](std::exception_ptr failure) {
+            if (!failure) return done(loaded, {});
+            core.tell();
+            done(nullptr, wasCancelled(failure) ? cancelledText : errorText(failure));
+        });
+}
+
+// The file was cut off, in a copy that ended early perhaps: what is there is all there is to be saved.
+void tellMissing(DocumentCore &core) {
+    const AudioEditorBuffer &buffer = core.model.state().buffer;
+    const auto seconds = [&](std::int64_t frames) {
+        return kiv::format(AudioEditorTimeUnit::seconds, double(frames), buffer.sampleRate());
+    };
+    core.ui.showNotice(NoticeKind::warning, core.quotedName() + " ends early: " + seconds(buffer.frames()) + " of " +
+                                                seconds(buffer.frames() + core.file.contents->missingFrames) + " are there.");
+}
+
+enum class Install { fresh, again };
+
+void install(DocumentCore &core, Loaded loaded, Install how) {
+    core.player.stop();
+    AudioEditorModel &model = core.model;
+    AudioFileContents &contents = loaded.file.contents;
+    const AudioFileEditorPositions positions = editorPositions(contents);
+    AudioEditorBuffer buffer =
+        std::exchange(contents.buffer, AudioEditorBuffer(contents.buffer.channels(), contents.buffer.sampleRate()));
+    {
+        const AudioEditorModel::Batch batch(model);
+        const auto give = how == Install::fresh ? &AudioEditorModel::load : &AudioEditorModel::reload;
+        core.setFile({core.file.path, std::move(contents), loaded.file.identity}, buffer);
+        (model.*give)(std::move(buffer), positions.markers, positions.loop, std::move(loaded.peaks));
+        AudioEditorLoops::setCanStoreLoop(model, core.canStoreLoop());
+        core.file.savedVersion = model.state().contentVersion;
+    }
+    core.tell();
+    if (core.file.contents->missingFrames > 0) tellMissing(core);
+    if (loaded.file.recovery == Files::Recovery::restored)
+        core.ui.showNotice(NoticeKind::information,
+                           "A save had been interrupted: " + core.quotedName() + " is as it was before.");
+}
+
+// So that the window shows the file's lanes while it is being read; what comes too late is not needed any more.
+void expectShape(DocumentCore &core) {
+    const auto shape = std::make_shared<std::optional<AudioEditorBuffer>>();
+    core.services.jobs.run(
+        std::make_shared<Progress>(),
+        [&files = core.services.files, decoders = core.services.decoders, path = core.file.path, shape](Progress &) {
+            *shape = audioFileShape(files, decoders, path);
+        },
+        core.lifetime.guard([&core, shape](std::exception_ptr) {
+            if (*shape) core.model.expect(std::move(**shape));
+        }));
+}
+
+// With the file's own sound beneath it, so that undoing leads back there. Where that is gone there is nothing to undo.
+void installRecovered(DocumentCore &core, RecoveredDocument recovered, std::shared_ptr<const AbandonedJournal> journal) {
+    core.player.stop();
+    if (recovered.isDamaged)
+        core.ui.showNotice(NoticeKind::warning, "What was kept is damaged: the last changes may be missing");
+    AudioEditorModel &model = core.model;
+    Snapshot &edited = recovered.edited;
+    const AudioFileEditorPositions positions = editorPositions(recovered.contents);
+    DocumentFile file{recovered.path, std::move(recovered.contents), recovered.identity};
+    const AudioEditorModel::Batch batch(model);
+    if (recovered.base) {
+        core.setFile(std::move(file), *recovered.base);
+        model.load(std::move(*recovered.base), positions.markers, positions.loop, std::move(recovered.basePeaks));
+        core.file.savedVersion = model.state().contentVersion;
+        model.recover(std::move(edited));
+    } else {
+        constexpr std::int64_t never = -1;
+        const auto identity = std::exchange(file.identity, std::nullopt);  // which the journal cannot be held against
+        core.setFile(std::move(file), AudioEditorBuffer());
+        core.file.identity = identity;
+        model.load(std::move(*edited.buffer), std::move(edited.markers), edited.loop, std::move(edited.peaks));
+        core.file.savedVersion = never;
+    }
+    AudioEditorLoops::setCanStoreLoop(model, core.canStoreLoop());
+    core.journal.takeOver(std::move(journal));
+}
+
+}  // namespace
+
+void open(DocumentCore &core, const std::string &path, Done done) {
+    core.file.path = path;
+    expectShape(core);
+    load(core, path, [&core, done = std::move(done)](std::shared_ptr<Loaded> loaded, const std::string &error) {
+        if (loaded) install(core, std::move(*loaded), Install::fresh);
+        done(error);
+    });
+}
+
+void restore(DocumentCore &core, std::shared_ptr<const AbandonedJournal> journal, Done done) {
+    if (core.work.isBusy()) return done("It is busy.");
+    core.file.path = journal->document;
+    const auto recovered = std::make_shared<RecoveredDocument>();
+    core.work.start(
+        DocumentWork::Kind::reading,
+        [=, services = core.services](Progress &progress) {
+            *recovered = recoverDocument(*services.journals, *journal, services.files, services.decoders, progress);
+        },
+        [=, &core](std::exception_ptr failure) {
+            if (!failure) installRecovered(core, std::move(*recovered), journal);
+            core.tell();
+            done(failure ? errorText(failure) : "");
+        });
+}
+
+void revert(DocumentCore &core) {
+    if (core.work.isBusy() || !core.file.contents) return;
+    if (!core.isEdited()) return readAgain(core);
+    const DocumentUi::Question question{"Revert to the saved version of " + core.quotedName() + "?",
+                                        "All changes since the last save will be lost. This cannot be undone.",
+                                        {"Revert", "Cancel"}};
+    core.ui.ask(question, core.lifetime.guard([&core](std::size_t button) {
+        if (button == 0) readAgain(core);
+    }));
+}
+
+void readAgain(DocumentCore &core, const std::string &notice) {
+    if (core.work.isBusy()) return;
+    load(core, core.file.path, [&core, notice](std::shared_ptr<Loaded> loaded, const std::string &error) {
+        if (loaded) install(core, std::move(*loaded), Install::again);
+        if (loaded && !notice.empty()) core.ui.showNotice(NoticeKind::information, notice);
+        if (loaded) return;
+        if (error != cancelledText) core.ui.showError(core.quotedName() + " could not be read", error);
+    });
+}
+
+}  // namespace kiv::DocumentReading

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <memory>
+
+#include "Editor/AudioEditorModel/AudioEditorModel.h"
+#include "Editor/AudioEditorModel/BackgroundEdits.h"
+#include "Platform/Jobs.h"
+#include "Support/Lifetime.h"
+
+namespace kiv {
+
+// The long work of a document: one reading or saving at a time, the model's long edits beside it, and a save that waits. Main
+// thread only. Made after the model and gone before it; what still runs then is cancelled and reports to nobody.
+class DocumentWork {
+public:
+    // Reading and saving exclude each other: what is asked for meanwhile is not done. The sound may be edited while it is
+    // saved, not while it is read. A save asked for during a long edit waits for its end, and is called off with it; another
+    // edit has to wait.
+    enum class Kind { none, reading, saving, editing };
+
+    DocumentWork(AudioEditorModel &model, Jobs &jobs);
+    DocumentWork(const DocumentWork &) = delete;
+    DocumentWork &operator=(const DocumentWork &) = delete;
+    ~DocumentWork();
+
+    Kind kind() const { return job_ == Kind::none && isEditing() ? Kind::editing : job_; }
+    bool isBusy() const { return kind() != Kind::none; }
+    bool isEditing() const { return edits_.isRunning(); }
+    bool takesSave() const { return job_ == Kind::none && !waitingSave_; }
+    bool isSaving() const { return job_ == Kind::saving || waitingSave_; }
+    std::int64_t editsBegun() const { return edits_.begun(); }
+    // Of the edit when there is one, and it is that which is cancelled first.
+    double fraction() const { return isEditing() ? edits_.fraction() : progress_ ? progress_->fraction() : 0; }
+    void cancel();
+    void cancelEdit() { edits_.cancel(); }
+    void cancelJob();
+
+    // Runs the job, which takes its input as values, and then `done`, which tells of the change, with the exception that ended
+    // it, or null.
+    void start(Kind kind, std::function<void(Progress &)> job, std::function<void(std::exception_ptr)> done);
+    // Keeps a save until the edit under way has ended; it is told whether that was committed.
+    using Save = std::function<void(bool go)>;
+    void keep(Save save) { waitingSave_ = std::move(save); }
+    void goOn();  // with the save that is kept, if no edit is under way
+    // Goes on at once without an edit under way.
+    void afterEdit(Save save);
+
+    std::function<void()> onChanged;                       // a job has begun; an edit has begun or ended
+    std::function<void()> onEnded;                         // a job or an edit, and what waited for it has begun
+    std::function<void(std::exception_ptr)> onEditFailed;  // not told when it was cancelled or came too late
+
+private:
+    void editEnded(bool committed);
+
+    AudioEditorModel &model_;
+    Jobs &jobs_;
+    BackgroundEdits edits_;
+    Kind job_ = Kind::none;
+    std::shared_ptr<Progress> progress_;  // of the job
+    Save waitingSave_;
+    Subscription editChanges_;
+    Lifetime lifetime_;
+};
+
+}  // namespace kiv
