@@ -40,14 +40,27 @@ void readTags(std::span<const std::byte> block, SoundNotes &notes) {
     }
 }
 
+Bytes tagsPayload(const SoundNotes &notes) {
+    Bytes tags;
+    appendText(tags, "Kiv Audio Editor");
+    tags.resize(tags.size() + 4);
+    putWord(std::span(tags), tags.size() - 4, order, std::uint32_t(notes.texts.size()));
+    for (const auto &[key, text] : notes.texts) appendText(tags, key + "=" + text);
+    return tags;
+}
+
 }  // namespace
 
 SoundNotes flacNotes(const AudioFileContents &contents) {
     SoundNotes notes;
-    notes.texts = contents.texts;
+    notes.texts = contents.tags.texts;
+    notes.pictures = contents.tags.pictures;
+    notes.id3 = contents.tags.id3;
+    notes.isAllInId3 = !notes.id3.empty();
+    notes.others = contents.tags.others;
     for (const FlacMetadataBlock &block : contents.flacMetadata) {
         if (block.type == FlacMetadataBlock::tags) readTags(block.data, notes);
-        if (block.type == FlacMetadataBlock::picture) notes.others = {"pictures"};
+        if (block.type == FlacMetadataBlock::picture) notes.pictures.push_back(block);
     }
     const auto isOther = [](const FlacMetadataBlock &block) { return block.type == FlacMetadataBlock::application; };
     if (std::ranges::any_of(contents.flacMetadata, isOther)) notes.others.push_back("what programs keep in the file");
@@ -60,14 +73,9 @@ std::vector<std::string> putFlacNotes(AudioFileContents &contents, const SoundNo
     std::vector<std::string> left = notes.others;
     if (!notes.markers.empty()) left.insert(left.begin(), "markers");
     if (notes.instrument) left.push_back("the instrument’s settings");
-    if (!notes.id3.empty()) left.push_back(quotedId("ID3 "));
-    if (notes.texts.empty()) return left;
-    Bytes tags;
-    appendText(tags, "Kiv Audio Editor");
-    tags.resize(tags.size() + 4);
-    putWord(std::span(tags), tags.size() - 4, order, std::uint32_t(notes.texts.size()));
-    for (const auto &[key, text] : notes.texts) appendText(tags, key + "=" + text);
-    contents.flacMetadata.push_back({FlacMetadataBlock::tags, std::move(tags)});
+    if (!notes.id3.empty() && !notes.isAllInId3) left.push_back(quotedId("ID3 "));
+    if (!notes.texts.empty()) contents.flacMetadata.push_back({FlacMetadataBlock::tags, tagsPayload(notes)});
+    contents.flacMetadata.insert(contents.flacMetadata.end(), notes.pictures.begin(), notes.pictures.end());
     return left;
 }
 
