@@ -37,6 +37,7 @@ struct DocumentCore {
     bool canStoreLoop() const { return file.contents->canStoreLoop(); }
     // The file of the sound that has just been read or written.
     void setFile(DocumentFile newFile, const AudioEditorBuffer &sound);
+    // Calls back when all edits that are finished would survive the end of the program.
     void flushJournal(std::function<void()> done) { journal.flush(model.state(), isEdited(), std::move(done)); }
 };
 

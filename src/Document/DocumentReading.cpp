@@ -107,6 +107,8 @@ void installRecovered(DocumentCore &core, RecoveredDocument recovered, std::shar
     }
     AudioEditorLoops::setCanStoreLoop(model, core.canStoreLoop());
     core.journal.takeOver(std::move(journal));
+    if (recovered.isDamaged)
+        core.ui.showNotice(NoticeKind::warning, "What was kept is damaged: the last changes may be missing");
 }
 
 }  // namespace
