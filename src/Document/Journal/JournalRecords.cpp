@@ -166,6 +166,7 @@ void fields(auto &a, Is<AudioFilePositionField> auto &v) { a.all(v.offset, v.ind
 void fields(auto &a, Is<AudioFileChunk> auto &v) { a.all(v.id, v.data, v.fields, v.sizeInFile); }
 void fields(auto &a, Is<AudioFileLoop> auto &v) { a.all(v.start, v.end); }
 void fields(auto &a, Is<FlacMetadataBlock> auto &v) { a.all(v.type, v.data); }
+void fields(auto &a, Is<AudioFileTags> auto &v) { a.all(v.texts, v.pictures, v.id3, v.others); }
 void fields(auto &a, Is<SampleWrapping::Size> auto &v) { a.all(v.offset, v.bytes, v.of, v.more); }
 void fields(auto &a, Is<SampleWrapping::Part> auto &v) { a.all(v.chunk, v.header, v.pad, v.isBare, v.sizes); }
 void fields(auto &a, Is<SampleWrapping> auto &v) {
@@ -173,7 +174,7 @@ void fields(auto &a, Is<SampleWrapping> auto &v) {
           v.samplesBefore);
 }
 void fields(auto &a, Is<AudioFileContents> auto &v) {
-    a.all(v.format, v.chunks, v.positions, v.loop, v.coreAudioSettings, v.flacMetadata, v.texts, v.wrapping, v.trailing);
+    a.all(v.format, v.chunks, v.positions, v.loop, v.coreAudioSettings, v.flacMetadata, v.tags, v.wrapping, v.trailing);
 }
 void fields(auto &a, Is<JournalBase> auto &v) { a.all(v.path, v.identity, v.print, v.kept, v.keptIsLink, v.contents); }
 void fields(auto &a, Is<JournalState> auto &v) {

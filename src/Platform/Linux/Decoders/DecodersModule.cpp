@@ -11,6 +11,7 @@ public:
         auto sound = openFlac(source);
         return sound ? std::move(sound) : openWithSndfile(source);
     }
+    std::optional<DecodedTags> tags(const ByteSource &source) override { return tagsWithSndfile(source); }
 };
 
 }  // namespace

@@ -128,12 +128,12 @@ public:
         source_.rethrow();
         if (!file_) return;
         format_ = described(source, info_);
-        format_.texts = textsOf(file_.get());
     }
 
     bool isOpen() const { return file_ && info_.channels > 0 && info_.samplerate > 0; }
 
     const DecodedFormat &format() const override { return format_; }
+    std::vector<std::pair<std::string, std::string>> texts() const { return textsOf(file_.get()); }
     std::int64_t read(std::span<float> out) override { return readAs(out, sf_readf_float); }
     std::int64_t read(std::span<std::int32_t> out) override { return readAs(out, sf_readf_int); }
 
@@ -177,6 +177,12 @@ std::unique_ptr<DecodedSound> openWithSndfile(const ByteSource &source) {
     auto sound = std::make_unique<SndfileSound>(source);
     if (!sound->isOpen()) return nullptr;
     return sound;
+}
+
+std::optional<DecodedTags> tagsWithSndfile(const ByteSource &source) {
+    SndfileSound sound(source);
+    if (!sound.isOpen()) return std::nullopt;
+    return DecodedTags{sound.texts(), {}, {}};
 }
 
 }  // namespace kiv
