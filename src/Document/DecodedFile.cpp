@@ -1,8 +1,11 @@
 #include "Document/DecodedFile.h"
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 #include <vector>
 
+#include "Audio/Files/ByteFields.h"
 #include "Audio/Files/FlacMetadata.h"
 #include "Audio/Files/SampleDecoding.h"
 #include "Audio/Files/SampleResidue.h"
@@ -47,9 +50,70 @@ AudioFileContents described(const DecodedFormat &format, const std::string &path
                        .bitsDescription = bitsDescription(format),
                        .fileExtension = pathExtension(path)};
     contents.coreAudioSettings = {{formatIdentifierKey, format.identifier}, {bitDepthKey, std::to_string(format.bits)}};
-    contents.texts = format.texts;
     contents.buffer = AudioEditorBuffer(format.channels, format.sampleRate);
     return contents;
+}
+
+// The tag in front of the sound of an MP3 file, whole.
+Bytes id3Of(const ByteSource &source) {
+    constexpr std::int64_t header = 10;
+    std::array<std::byte, header> head{};
+    if (source.read(0, head) < head.size() || idAt(head, 0).substr(0, 3) != "ID3") return {};
+    const auto at = [&](std::size_t i) { return std::to_integer<std::int64_t>(head[i]); };
+    const std::int64_t footer = at(5) & 0x10 ? header : 0;
+    const std::int64_t size = header + (at(6) << 21 | at(7) << 14 | at(8) << 7 | at(9)) + footer;
+    Bytes tag(std::size_t(std::min(size, source.size())));
+    return source.read(0, tag) == std::size_t(size) ? tag : Bytes();
+}
+
+void appendText(Bytes &to, std::string_view text) {
+    const std::size_t at = to.size();
+    to.resize(at + 4);
+    putWord(std::span(to), at, std::endian::big, std::uint32_t(text.size()));
+    append(to, text);
+}
+
+// As FLAC files hold it: what it shows, of which sort it is, what is said of it, its measures, which may be left open.
+FlacMetadataBlock blockOf(const DecodedPicture &picture) {
+    constexpr std::array<std::string_view, 21> kinds{"Other",
+                                                     "32x32 pixels 'file icon'",
+                                                     "Other file icon",
+                                                     "Cover (front)",
+                                                     "Cover (back)",
+                                                     "Leaflet page",
+                                                     "Media (e.g. label side of CD)",
+                                                     "Lead artist/lead performer/soloist",
+                                                     "Artist/performer",
+                                                     "Conductor",
+                                                     "Band/Orchestra",
+                                                     "Composer",
+                                                     "Lyricist/text writer",
+                                                     "Recording Location",
+                                                     "During recording",
+                                                     "During performance",
+                                                     "Movie/video screen capture",
+                                                     "A bright coloured fish",
+                                                     "Illustration",
+                                                     "Band/artist logotype",
+                                                     "Publisher/Studio logotype"};
+    constexpr std::size_t measures = 16;
+    const auto kind = std::ranges::find(kinds, picture.kind.empty() ? "Cover (front)" : picture.kind);
+    Bytes block(4);
+    putWord(std::span(block), 0, std::endian::big, std::uint32_t(kind == kinds.end() ? 0 : kind - kinds.begin()));
+    appendText(block, picture.mediaType);
+    appendText(block, picture.description);
+    block.resize(block.size() + measures);
+    appendText(block, {reinterpret_cast<const char *>(picture.data.data()), picture.data.size()});
+    return {FlacMetadataBlock::picture, std::move(block)};
+}
+
+// What a FLAC file says stays in its own blocks.
+void readTags(AudioFileContents &contents, DecodedReader &decoders, const ByteSource &source) {
+    if (contents.decodedSetting(formatIdentifierKey) == "flac") return;
+    const auto tags = decoders.tags(source);
+    if (!tags) return;
+    contents.tags = {tags->texts, {}, id3Of(source), tags->others};
+    for (const DecodedPicture &picture : tags->pictures) contents.tags.pictures.push_back(blockOf(picture));
 }
 
 class BlockReader {
@@ -144,6 +208,7 @@ std::optional<AudioFileContents> readDecoded(DecodedReader &decoders, const Byte
             progress.throwIfCancelled();
         }
         takeEnd(contents, sound.end(), source);
+        readTags(contents, decoders, source);
         return contents;
     });
 }

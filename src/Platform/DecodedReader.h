@@ -21,10 +21,6 @@ struct DecodedFormat {
     bool isFloat = false;
     std::int64_t channels = 1;
     std::int64_t sampleRate = 44100;
-    // What the file says of its sound: "TITLE", "ARTIST", "ALBUM", "COMMENT", "COPYRIGHT", "DATE", "GENRE", "TRACKNUMBER", with
-    // texts in UTF-8. What a FLAC file says is not among them.
-    std::vector<std::pair<std::string, std::string>> texts = {};
-
     // More than a 32-bit float holds.
     bool isWide() const { return !isFloat && bits > 24; }
 };
@@ -35,6 +31,20 @@ struct DecodedEnd {
     std::int64_t damagedFrames = 0;           // of those that were read: they could not be decoded and are silent
     std::optional<std::int64_t> offset = {};  // where in the source the sound ended, where that is known
     std::optional<std::int64_t> frame = {};   // the number of the frame behind the last, where the file numbers them
+};
+
+struct DecodedPicture {
+    std::string mediaType;  // "image/jpeg"
+    std::string kind;       // of ID3's kinds of pictures: "Cover (front)"; may be empty
+    std::string description;
+    std::vector<std::byte> data;
+};
+
+// What a file says besides the sound.
+struct DecodedTags {
+    std::vector<std::pair<std::string, std::string>> texts;  // "TITLE", "ARTIST", "COMMENT", … and their texts in UTF-8
+    std::vector<DecodedPicture> pictures;
+    std::vector<std::string> others;  // what else there is, as the user is told of it: chapters
 };
 
 // Why a file that is of a known kind cannot be decoded; what() is the reason in a few words, without a full stop.
@@ -64,6 +74,8 @@ public:
     virtual ~DecodedReader() = default;
     // Nothing when the contents are of no kind that it knows. Throws as DecodedSound does.
     virtual std::unique_ptr<DecodedSound> open(const ByteSource &source) = 0;
+    // Nothing when it cannot tell.
+    virtual std::optional<DecodedTags> tags(const ByteSource &) { return std::nullopt; }
 };
 
 }  // namespace kiv

@@ -37,8 +37,7 @@ std::vector<AiffMarker> aiffMarkers(std::span<const std::byte> payload) {
 }
 
 Bytes aiffMarkerRecord(std::uint16_t id, std::string_view name) {
-    constexpr std::size_t longest = 255;
-    std::size_t length = std::min(name.size(), longest);
+    std::size_t length = std::min(name.size(), longestMarkerName);
     while (length < name.size() && length > 0 && (name[length] & 0xC0) == 0x80) --length;
     Bytes record(7);
     putWord(std::span(record), 0, order, id);

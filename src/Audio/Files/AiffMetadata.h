@@ -21,6 +21,8 @@ struct AiffMarker {
 // The markers of a "MARK" payload: as many as it says, or as are there. One whose name is cut off counts.
 std::vector<AiffMarker> aiffMarkers(std::span<const std::byte> payload);
 
+inline constexpr std::size_t longestMarkerName = 255;  // bytes
+
 // The record of a marker whose position is left to its field, which stands 2 bytes into it. A name that is too long is cut
 // between characters.
 Bytes aiffMarkerRecord(std::uint16_t id, std::string_view name);

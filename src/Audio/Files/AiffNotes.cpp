@@ -68,6 +68,8 @@ Bytes instrumentPayload(const SoundNotes::Instrument &instrument) {
     return payload;
 }
 
+bool isNameCut(const SoundNotes::Marker &marker) { return marker.name.size() > longestMarkerName; }
+
 void putMarkers(AudioFileContents &contents, std::span<const SoundNotes::Marker> markers) {
     if (markers.empty()) return;
     AudioFileChunk &mark = chunkOrNew(contents, "MARK", Bytes(2));
@@ -94,8 +96,9 @@ SoundNotes aiffNotes(const AudioFileContents &contents) {
 }
 
 std::vector<std::string> putAiffNotes(AudioFileContents &contents, const SoundNotes &notes) {
-    std::vector<std::string> left = notes.others;
+    std::vector<std::string> left = leftOfNotes(notes);
     putMarkers(contents, std::span(notes.markers).first(std::min(notes.markers.size(), mostMarkers)));
+    if (std::ranges::any_of(notes.markers, isNameCut)) left.push_back("the ends of long marker names");
     if (notes.markers.size() > mostMarkers) left.push_back("markers beyond " + std::to_string(mostMarkers));
     if (notes.instrument) addChunk(contents, "INST", instrumentPayload(*notes.instrument));
     if (contents.loop) addAiffLoop(contents, *contents.loop);
@@ -106,10 +109,8 @@ std::vector<std::string> putAiffNotes(AudioFileContents &contents, const SoundNo
     for (const auto &text : notes.texts) {
         const auto isIt = [&](const TextKey &each) { return text.first == each.key && *each.aiff; };
         const auto key = std::ranges::find_if(textKeys(), isIt);
-        if (key == textKeys().end())
-            left.push_back(text.first);
-        else
-            append(addChunk(contents, key->aiff, {}).data, text.second);
+        if (key == textKeys().end() && !notes.isAllInId3) left.push_back(text.first);
+        if (key != textKeys().end()) append(addChunk(contents, key->aiff, {}).data, text.second);
     }
     if (!notes.id3.empty()) addChunk(contents, "ID3 ", notes.id3);
     return left;

@@ -88,6 +88,14 @@ struct FlacMetadataBlock {
     friend bool operator==(const FlacMetadataBlock &, const FlacMetadataBlock &) = default;
 };
 
+// What a decoded file says besides the sound, for other formats.
+struct AudioFileTags {
+    std::vector<std::pair<std::string, std::string>> texts;  // "TITLE" and the like, in UTF-8
+    std::vector<FlacMetadataBlock> pictures;                 // as FLAC files hold them
+    Bytes id3;                        // the whole ID3 tag that stands in front, in which all this is said
+    std::vector<std::string> others;  // what else there is, as the user is told of it
+};
+
 // A file of a kind that is not our own whose samples stand in it uncompressed and in one piece: all that stands around them,
 // kept as it is, so that the file can be written back with other samples and nothing is lost.
 struct SampleWrapping {
@@ -149,12 +157,12 @@ struct AudioFileContents {
     std::optional<AudioFileLoop> loop;
     std::optional<std::map<std::string, std::string>> coreAudioSettings;
     std::vector<FlacMetadataBlock> flacMetadata;
-    std::vector<std::pair<std::string, std::string>> texts;  // of a decoded file: "TITLE" and the like, for other formats
-    std::optional<SampleWrapping> wrapping;                  // decoded files that can be written back all the same
-    std::int64_t missingFrames = 0;  // that the file says it has, and does not hold: it has been cut off
-    std::int64_t damagedFrames = 0;  // that could not be decoded, and are silent
-    Bytes leading;                   // ID3 tags before the start of a FLAC file; written back as they are
-    Bytes trailing;                  // what stands behind the last chunk, or the last frame of a FLAC file; the same
+    AudioFileTags tags;                      // of a decoded file
+    std::optional<SampleWrapping> wrapping;  // decoded files that can be written back all the same
+    std::int64_t missingFrames = 0;          // that the file says it has, and does not hold: it has been cut off
+    std::int64_t damagedFrames = 0;          // that could not be decoded, and are silent
+    Bytes leading;                           // ID3 tags before the start of a FLAC file; written back as they are
+    Bytes trailing;                          // what stands behind the last chunk, or the last frame of a FLAC file; the same
 
     // Whether it can be written back in its own format with nothing lost. Of decoded files FLAC can, and those with a wrapping
     // that fits the sound.

@@ -107,7 +107,7 @@ void startAnew(AudioFileContents &contents) {
     contents.flacMetadata.clear();
     contents.coreAudioSettings.reset();
     contents.wrapping.reset();
-    contents.texts.clear();
+    contents.tags = {};
     if (contents.format.container == AudioContainer::coreAudio) return;
     const FormIds ids = formIds(contents.format);
     addChunk(contents, ids.format, ids.payload(contents.format, contents.buffer));

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <iterator>
 
 #include "Audio/Files/ByteFields.h"
 #include "Audio/Files/FlacMetadata.h"
@@ -40,30 +41,8 @@ void readTags(std::span<const std::byte> block, SoundNotes &notes) {
     }
 }
 
-}  // namespace
-
-SoundNotes flacNotes(const AudioFileContents &contents) {
-    SoundNotes notes;
-    notes.texts = contents.texts;
-    for (const FlacMetadataBlock &block : contents.flacMetadata) {
-        if (block.type == FlacMetadataBlock::tags) readTags(block.data, notes);
-        if (block.type == FlacMetadataBlock::picture) notes.others = {"pictures"};
-    }
-    notes.id3 = contents.leading;
-    if (!contents.trailing.empty()) notes.others.push_back("what stood behind the end");
-    const auto isOther = [](const FlacMetadataBlock &block) { return block.type == FlacMetadataBlock::application; };
-    if (std::ranges::any_of(contents.flacMetadata, isOther)) notes.others.push_back("what programs keep in the file");
-    for (std::uint32_t i = 0; i < contents.positions.size(); ++i)
-        if (!contents.loop || (contents.loop->start != i && contents.loop->end != i)) notes.markers.push_back({i, ""});
-    return notes;
-}
-
-std::vector<std::string> putFlacNotes(AudioFileContents &contents, const SoundNotes &notes) {
-    std::vector<std::string> left = notes.others;
-    if (!notes.markers.empty()) left.insert(left.begin(), "markers");
-    if (notes.instrument) left.push_back("the instrument’s settings");
-    if (!notes.id3.empty()) left.push_back(quotedId("ID3 "));
-    if (notes.texts.empty()) return left;
+// Texts that a block has no room for are named.
+Bytes tagsPayload(const SoundNotes &notes, std::vector<std::string> &left) {
     Bytes tags;
     appendText(tags, "Kiv Audio Editor");
     const std::size_t countAt = tags.size();
@@ -76,7 +55,43 @@ std::vector<std::string> putFlacNotes(AudioFileContents &contents, const SoundNo
         if (fits) appendText(tags, tag);
     }
     putWord(std::span(tags), countAt, order, count);
-    contents.flacMetadata.push_back({FlacMetadataBlock::tags, std::move(tags)});
+    return tags;
+}
+
+void putPictures(AudioFileContents &contents, const SoundNotes &notes, std::vector<std::string> &left) {
+    const auto fits = [](const FlacMetadataBlock &picture) { return picture.data.size() <= FlacMetadataBlock::mostBytes; };
+    std::ranges::copy_if(notes.pictures, std::back_inserter(contents.flacMetadata), fits);
+    if (!std::ranges::all_of(notes.pictures, fits)) left.push_back("pictures");
+}
+
+}  // namespace
+
+SoundNotes flacNotes(const AudioFileContents &contents) {
+    SoundNotes notes;
+    notes.texts = contents.tags.texts;
+    notes.pictures = contents.tags.pictures;
+    notes.id3 = contents.leading.empty() ? contents.tags.id3 : contents.leading;
+    notes.isAllInId3 = !contents.tags.id3.empty();
+    notes.others = contents.tags.others;
+    for (const FlacMetadataBlock &block : contents.flacMetadata) {
+        if (block.type == FlacMetadataBlock::tags) readTags(block.data, notes);
+        if (block.type == FlacMetadataBlock::picture) notes.pictures.push_back(block);
+    }
+    if (!contents.trailing.empty()) notes.others.push_back("what stood behind the end");
+    const auto isOther = [](const FlacMetadataBlock &block) { return block.type == FlacMetadataBlock::application; };
+    if (std::ranges::any_of(contents.flacMetadata, isOther)) notes.others.push_back("what programs keep in the file");
+    for (std::uint32_t i = 0; i < contents.positions.size(); ++i)
+        if (!contents.loop || (contents.loop->start != i && contents.loop->end != i)) notes.markers.push_back({i, ""});
+    return notes;
+}
+
+std::vector<std::string> putFlacNotes(AudioFileContents &contents, const SoundNotes &notes) {
+    std::vector<std::string> left = notes.others;
+    if (!notes.markers.empty()) left.insert(left.begin(), "markers");
+    if (notes.instrument) left.push_back("the instrument’s settings");
+    if (!notes.id3.empty() && !notes.isAllInId3) left.push_back(quotedId("ID3 "));
+    if (!notes.texts.empty()) contents.flacMetadata.push_back({FlacMetadataBlock::tags, tagsPayload(notes, left)});
+    putPictures(contents, notes, left);
     return left;
 }
 

@@ -31,6 +31,14 @@ SoundNotes soundNotes(const AudioFileContents &contents) {
     return contents.format.container == AudioContainer::coreAudio ? flacNotes(contents) : aiffNotes(contents);
 }
 
+std::vector<std::string> leftOfNotes(const SoundNotes &notes) {
+    std::vector<std::string> left;
+    if (notes.isAllInId3) return left;
+    if (!notes.pictures.empty()) left.push_back("pictures");
+    left.insert(left.end(), notes.others.begin(), notes.others.end());
+    return left;
+}
+
 std::string noteText(std::span<const std::byte> bytes) {
     while (!bytes.empty() && bytes.back() == std::byte{0}) bytes = bytes.first(bytes.size() - 1);
     const std::string text(reinterpret_cast<const char *>(bytes.data()), bytes.size());

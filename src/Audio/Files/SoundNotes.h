@@ -33,7 +33,9 @@ struct SoundNotes {
     std::optional<Instrument> instrument;
     bool alternates = false;                                 // the loop is played forth and back
     std::vector<std::pair<std::string, std::string>> texts;  // "TITLE", …: UTF-8, one key perhaps several times
-    Bytes id3;                                               // a whole ID3 tag
+    std::vector<FlacMetadataBlock> pictures;
+    Bytes id3;                        // a whole ID3 tag
+    bool isAllInId3 = false;          // texts, pictures and others are what that says
     std::vector<std::string> others;  // what else there is, as the user is told of it: “bext”, pictures
 };
 
@@ -54,6 +56,9 @@ SoundNotes soundNotes(const AudioFileContents &contents);  // by container; a de
 std::vector<std::string> putWavNotes(AudioFileContents &contents, const SoundNotes &notes);
 std::vector<std::string> putAiffNotes(AudioFileContents &contents, const SoundNotes &notes);
 std::vector<std::string> putFlacNotes(AudioFileContents &contents, const SoundNotes &notes);
+
+// What of the notes WAV and AIFF have no place for, texts aside: they hold pictures in an ID3 tag alone.
+std::vector<std::string> leftOfNotes(const SoundNotes &notes);
 
 // Bytes of a file as UTF-8 without zeros at the end: those that are no UTF-8 are taken for Latin-1.
 std::string noteText(std::span<const std::byte> bytes);

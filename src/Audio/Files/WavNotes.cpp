@@ -204,10 +204,8 @@ void putInfo(AudioFileContents &contents, const SoundNotes &notes, std::vector<s
     append(info, "INFO");
     for (const auto &text : notes.texts) {
         const auto key = std::ranges::find_if(textKeys(), [&](const TextKey &each) { return text.first == each.key; });
-        if (key == textKeys().end())
-            left.push_back(text.first);
-        else
-            appendPart(info, key->info, {}, text.second);
+        if (key == textKeys().end() && !notes.isAllInId3) left.push_back(text.first);
+        if (key != textKeys().end()) appendPart(info, key->info, {}, text.second);
     }
     if (info.size() > 4) addChunk(contents, "LIST", std::move(info));
 }
@@ -217,7 +215,7 @@ void putInfo(AudioFileContents &contents, const SoundNotes &notes, std::vector<s
 SoundNotes wavNotes(const AudioFileContents &contents) { return WavNotesReader(contents).read(); }
 
 std::vector<std::string> putWavNotes(AudioFileContents &contents, const SoundNotes &notes) {
-    std::vector<std::string> left = notes.others;
+    std::vector<std::string> left = leftOfNotes(notes);
     putCues(contents, notes.markers);
     if (contents.loop || notes.instrument) putSampler(contents, notes);
     if (notes.instrument) addChunk(contents, "inst", instrumentPayload(*notes.instrument));

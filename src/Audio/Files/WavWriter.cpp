@@ -51,6 +51,14 @@ bool isEmptyBeforeOthers(const AudioFileContents &contents, const AudioFileChunk
     return !contents.trailing.empty() || std::any_of(data + 1, end, isWritten);
 }
 
+// Where an empty audio chunk has to stand last, what stands behind would be taken for audio, and so would another chunk of its
+// name before it.
+void requireNothingElse(const AudioFileContents &contents, const AudioFileChunk &data) {
+    if (!contents.trailing.empty()) throw AudioFileError::writeCheckFailed();
+    for (const AudioFileChunk &chunk : contents.chunks)
+        if (chunk.id == data.id && &chunk != &data) throw AudioFileError::writeCheckFailed();
+}
+
 }  // namespace
 
 AudioFileImage wavImage(const AudioFileContents &contents) {
@@ -60,6 +68,7 @@ AudioFileImage wavImage(const AudioFileContents &contents) {
     const bool isFiller = isEmptyBeforeOthers(contents, data);
     const std::int64_t frameBytes = contents.buffer.channels() * contents.format.encoding->bytes;
     const bool samplesInPlace = data && (!isFiller || frameBytes > 1);
+    if (data && !samplesInPlace) requireNothingElse(contents, *data);
     for (const AudioFileChunk &chunk : contents.chunks) {
         if (isStaleChunkId(chunk.id) || (chunk.id == "data" && !samplesInPlace)) continue;
         if (&chunk == fmt)

@@ -66,4 +66,13 @@ std::unique_ptr<DecodedSound> ModuleDecoders::open(const ByteSource &source) {
     return nullptr;
 }
 
+// The last one asked to decode is the first to tell: it knows more kinds of tags.
+std::optional<DecodedTags> ModuleDecoders::tags(const ByteSource &source) {
+    for (auto module = modules_.rbegin(); module != modules_.rend(); ++module) {
+        DecodedReader *reader = (*module)->reader();
+        if (auto tags = reader ? reader->tags(source) : std::nullopt) return tags;
+    }
+    return std::nullopt;
+}
+
 }  // namespace kiv

@@ -19,6 +19,7 @@ public:
     ~ModuleDecoders() override;
 
     std::unique_ptr<DecodedSound> open(const ByteSource &source) override;
+    std::optional<DecodedTags> tags(const ByteSource &source) override;
 
 private:
     class Module;

@@ -60,6 +60,58 @@ TEST(Conversion, KeepsAllThatSaysTheSameInTheOtherFormat) {
                                                     chunk("ICMT", text("hm") + zeros(1))))));
 }
 
+// What a decoder told of a compressed file, with and without the ID3 tag that it stands in.
+TEST(Conversion, CarriesOrNamesWhatADecodedFileSays) {
+    AudioFileContents decoded;
+    decoded.format.container = AudioContainer::coreAudio;
+    decoded.buffer = AudioEditorBuffer(std::vector<float>{0}, 1, 44100);
+    const FlacMetadataBlock picture{FlacMetadataBlock::picture, text("picture")};
+    decoded.tags = {{{"TITLE", "Song"}, {"COMPOSER", "Bach"}}, {picture}, {}, {"chapters"}};
+    for (const auto container : {Container::wav, Container::aiff}) {
+        EXPECT_THAT(converted(decoded, {container, 16}).left, ElementsAre("pictures", "chapters", "COMPOSER"));
+        AudioFileContents tagged = decoded;
+        tagged.tags.id3 = text("ID3 and all");
+        const auto whole = converted(tagged, {container, 16});
+        EXPECT_THAT(whole.left, IsEmpty());
+        EXPECT_EQ(whole.contents.chunks.back().data, tagged.tags.id3);
+        EXPECT_THAT(converted(tagged, {Container::flac, 16}).left, ElementsAre("chapters"));
+    }
+    const auto flac = converted(decoded, {Container::flac, 16});
+    EXPECT_THAT(flac.left, ElementsAre("chapters"));
+    ASSERT_EQ(flac.contents.flacMetadata.size(), 2u);
+    EXPECT_EQ(flac.contents.flacMetadata[1], picture);
+}
+
+TEST(Conversion, NamesWhatIsCutOffLongMarkerNames) {
+    const auto named = [](std::size_t length) {
+        return read(
+            wavOf(9, chunk("cue ", cues({{1, 5, 5}})) + chunk("LIST", text("adtl") + label(1, std::string(length, 'x')))));
+    };
+    EXPECT_THAT(converted(named(255), {Container::aiff, 16}).left, IsEmpty());
+    EXPECT_THAT(converted(named(256), {Container::aiff, 16}).left, ElementsAre("the ends of long marker names"));
+}
+
+// An RF64 file is a WAV file but for its sizes; of a CAF file go markers with their names, and texts.
+TEST(Conversion, OfFilesOfOtherKindsKeepsWhatTheySay) {
+    const Bytes behind = chunk("cue ", cues({{1, 1, 1}})) + chunk("bext", text("all!")) + chunk("smpl", smpl({{0, 1}}));
+    const Bytes rf64 = text("RF64") + le32(0xFFFFFFFF) + text("WAVE") + chunk("ds64", zeros(28)) + chunk("fmt ", fmt({})) +
+                       chunk("data", zeros(4)) + behind;
+    const auto wav = converted(AudioFileCodec::readWrapped(MemorySource(rf64)).value(), {Container::wav, 16});
+    EXPECT_THAT(wav.left, IsEmpty());
+    EXPECT_EQ(show(written(wav.contents)), show(wavOf(2, behind)));
+    const auto sized = [](std::string_view id, const Bytes &payload) { return text(id) + be64(payload.size()) + payload; };
+    const Bytes desc = be64(0x40E5888000000000) + text("lpcm") + be32(0) + be32(2) + be32(1) + be32(1) + be32(16);
+    const Bytes mark = be32(0) + be32(1) + zeros(4) + be64(0x3FF0000000000000) + be32(7) + zeros(12);
+    const Bytes caf = text("caff") + be32(0x10000) + sized("desc", desc) + sized("mark", mark) +
+                      sized("strg", be32(1) + be32(7) + be64(0) + text("verse") + zeros(1)) +
+                      sized("info", be32(1) + text("title") + zeros(1) + text("Song") + zeros(1)) + sized("uuid", zeros(16)) +
+                      sized("data", zeros(8));
+    const auto aiff = converted(AudioFileCodec::readWrapped(MemorySource(caf)).value(), {Container::aiff, 16});
+    EXPECT_THAT(aiff.left, ElementsAre("“uuid”"));
+    EXPECT_EQ(show(written(aiff.contents)),
+              show(aiffOf(2, beChunk("MARK", be16(1) + marker(1, 1, "verse")) + beChunk("NAME", text("Song")))));
+}
+
 TEST(Conversion, TakesAPitchFurtherOffThanHalfAKeyForHalfAKey) {
     for (const auto &[detune, note] : {std::pair{"7F", 59u}, {"80", 60u}}) {
         const Bytes inst = beChunk("INST", hex("3C") + hex(detune) + hex("00 7F 01 7F 0000") + zeros(12));
@@ -111,7 +163,7 @@ TEST(Conversion, ToFlacTakesTheTextsAndBackAgain) {
                                                       chunk("ICMT", hex("C3A9 00"))))));
     AudioFileContents wordy;
     wordy.format.container = AudioContainer::coreAudio;
-    wordy.texts = {{"COMMENT", std::string(FlacMetadataBlock::mostBytes, 'x')}, {"TITLE", "Song"}};
+    wordy.tags.texts = {{"COMMENT", std::string(FlacMetadataBlock::mostBytes, 'x')}, {"TITLE", "Song"}};
     const auto tagged = converted(wordy, {Container::flac, 16});
     EXPECT_THAT(tagged.left, ElementsAre("COMMENT"));
     EXPECT_EQ(show(tagged.contents.flacMetadata.at(0).data),

@@ -74,8 +74,10 @@ TEST(WavWriter, KeepsOthersOutOfAnEmptyDataChunk) {
     const Bytes others = chunk("note", text("ab")) + chunk("data", text("cdef")) + text("tail");
     const Bytes empty = file(16, chunk("data", zeros(1)) + others);
     EXPECT_EQ(show(written(read(empty))), show(empty));
-    EXPECT_EQ(show(rewritten(file(8, chunk("data", byte(9)) + others), sound({}))),
+    EXPECT_EQ(show(rewritten(file(8, chunk("data", byte(9)) + chunk("note", text("ab"))), sound({}))),
               show(file(8, chunk("note", text("ab")) + chunk("data", {}))));
+    for (const Bytes &behind : {chunk("data", text("cdef")), text("tail")})
+        EXPECT_THROW(rewritten(file(8, chunk("data", byte(9)) + behind), sound({})), AudioFileError);
 }
 
 TEST(AiffWriter, MakesASoundChunkWhenThereIsAudioToWrite) {

@@ -13,6 +13,9 @@ public:
         // libsndfile reads MPEG audio too, but says on standard error what it finds wrong with it.
         return startsAsMpeg(source) ? openMpeg(source) : openWithSndfile(source);
     }
+    std::optional<DecodedTags> tags(const ByteSource &source) override {
+        return startsAsMpeg(source) ? tagsOfMpeg(source) : tagsWithSndfile(source);
+    }
 };
 
 }  // namespace

@@ -104,6 +104,7 @@ public:
     }
 
     bool isOpen() const { return isOpen_; }
+    Texts texts() const { return textsOf(handle_.get()); }
     const DecodedFormat &format() const override { return format_; }
 
     std::int64_t read(std::span<float> out) override {
@@ -159,8 +160,7 @@ private:
         format_ = {.typeName = name,
                    .identifier = identifier,
                    .channels = format.channels,
-                   .sampleRate = format.rate,
-                   .texts = textsOf(handle_.get())};
+                   .sampleRate = format.rate};
         // So that it stays with the channels of the start where a few frames have others.
         mpg123_format_none(handle_.get());
         const long *rates = nullptr;
@@ -190,6 +190,14 @@ private:
     bool isForeign_ = false;  // what is being read has another rate
 };
 
+std::unique_ptr<MpegSound> opened(const ByteSource &source) {
+    const std::int64_t start = endOfTagsAtStart(source);
+    if (!hasTwoFrames(source, start)) return nullptr;
+    auto sound = std::make_unique<MpegSound>(source, start);
+    if (!sound->isOpen()) return nullptr;
+    return sound;
+}
+
 }  // namespace
 
 bool startsAsMpeg(const ByteSource &source) {
@@ -197,12 +205,12 @@ bool startsAsMpeg(const ByteSource &source) {
     return start > 0 || headerAt(source, 0).isThere;
 }
 
-std::unique_ptr<DecodedSound> openMpeg(const ByteSource &source) {
-    const std::int64_t start = endOfTagsAtStart(source);
-    if (!hasTwoFrames(source, start)) return nullptr;
-    auto sound = std::make_unique<MpegSound>(source, start);
-    if (!sound->isOpen()) return nullptr;
-    return sound;
+std::unique_ptr<DecodedSound> openMpeg(const ByteSource &source) { return opened(source); }
+
+std::optional<DecodedTags> tagsOfMpeg(const ByteSource &source) {
+    const auto sound = opened(source);
+    if (!sound) return std::nullopt;
+    return DecodedTags{sound->texts(), {}, {}};
 }
 
 }  // namespace kiv

@@ -8,6 +8,9 @@ namespace kiv {
 // must: others may know more of it.
 std::unique_ptr<DecodedSound> openMpeg(const ByteSource &source);
 
+// What its ID3 tag says in words; nothing where openMpeg finds nothing.
+std::optional<DecodedTags> tagsOfMpeg(const ByteSource &source);
+
 // Whether a source starts as MPEG audio does, whatever there is behind that.
 bool startsAsMpeg(const ByteSource &source);
 

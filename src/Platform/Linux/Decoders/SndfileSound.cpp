@@ -94,12 +94,6 @@ DecodedFormat described(const ByteSource &source, const SF_INFO &info) {
             .sampleRate = info.samplerate};
 }
 
-constexpr std::array texts{
-    Named{SF_STR_TITLE, "TITLE"},     Named{SF_STR_ARTIST, "ARTIST"},           Named{SF_STR_ALBUM, "ALBUM"},
-    Named{SF_STR_COMMENT, "COMMENT"}, Named{SF_STR_COPYRIGHT, "COPYRIGHT"},     Named{SF_STR_DATE, "DATE"},
-    Named{SF_STR_GENRE, "GENRE"},     Named{SF_STR_TRACKNUMBER, "TRACKNUMBER"},
-};
-
 // Vorbis and Opus have channels in an order of their own (Vorbis I, 4.3.9; RFC 7845, 5.1.1.2): which of theirs stand at the
 // places that all other formats have them in. Nothing where the orders agree.
 std::span<const int> channelOrder(int kind, std::int64_t channels) {
@@ -121,6 +115,12 @@ void reorder(std::span<Sample> samples, std::span<const int> order) {
         for (std::size_t c = 0; c < order.size(); ++c) samples[at + c] = frame[std::size_t(order[c])];
     }
 }
+
+constexpr std::array texts{
+    Named{SF_STR_TITLE, "TITLE"},     Named{SF_STR_ARTIST, "ARTIST"},           Named{SF_STR_ALBUM, "ALBUM"},
+    Named{SF_STR_COMMENT, "COMMENT"}, Named{SF_STR_COPYRIGHT, "COPYRIGHT"},     Named{SF_STR_DATE, "DATE"},
+    Named{SF_STR_GENRE, "GENRE"},     Named{SF_STR_TRACKNUMBER, "TRACKNUMBER"},
+};
 
 std::vector<std::pair<std::string, std::string>> textsOf(SNDFILE *file) {
     std::vector<std::pair<std::string, std::string>> found;
@@ -151,13 +151,13 @@ public:
         source_.rethrow();
         if (!file_) return;
         format_ = described(source, info_);
-        format_.texts = textsOf(file_.get());
         order_ = channelOrder(info_.format & SF_FORMAT_SUBMASK, format_.channels);
     }
 
     bool isOpen() const { return file_ && info_.channels > 0 && info_.samplerate > 0; }
 
     const DecodedFormat &format() const override { return format_; }
+    std::vector<std::pair<std::string, std::string>> texts() const { return textsOf(file_.get()); }
     std::int64_t read(std::span<float> out) override { return readAs(out, sf_readf_float); }
     std::int64_t read(std::span<std::int32_t> out) override { return readAs(out, sf_readf_int); }
 
@@ -203,6 +203,12 @@ std::unique_ptr<DecodedSound> openWithSndfile(const ByteSource &source) {
     auto sound = std::make_unique<SndfileSound>(source);
     if (!sound->isOpen()) return nullptr;
     return sound;
+}
+
+std::optional<DecodedTags> tagsWithSndfile(const ByteSource &source) {
+    SndfileSound sound(source);
+    if (!sound.isOpen()) return std::nullopt;
+    return DecodedTags{sound.texts(), {}, {}};
 }
 
 }  // namespace kiv

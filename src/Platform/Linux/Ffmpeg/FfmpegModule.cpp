@@ -1,5 +1,6 @@
 #include "Platform/Linux/Decoders/DecoderModule.h"
 #include "Platform/Linux/Ffmpeg/FfmpegSound.h"
+#include "Platform/Linux/Ffmpeg/FfmpegTags.h"
 
 namespace kiv {
 namespace {
@@ -7,6 +8,7 @@ namespace {
 class FfmpegReader : public DecodedReader {
 public:
     std::unique_ptr<DecodedSound> open(const ByteSource &source) override { return openWithFfmpeg(source); }
+    std::optional<DecodedTags> tags(const ByteSource &source) override { return tagsWithFfmpeg(source); }
 };
 
 }  // namespace

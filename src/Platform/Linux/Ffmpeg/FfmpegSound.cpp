@@ -13,34 +13,13 @@ extern "C" {
 #include <map>
 #include <vector>
 
-#include "Platform/Linux/Decoders/CallbackSource.h"
+#include "Platform/Linux/Ffmpeg/FfmpegInput.h"
 
 namespace kiv {
 namespace {
 
 constexpr const char *damaged = "its audio data is damaged";
 
-int readPacket(void *data, std::uint8_t *out, int count) {
-    auto &source = *static_cast<CallbackSource *>(data);
-    const std::size_t done = source.read(out, std::size_t(count));
-    if (done > 0) return int(done);
-    return source.hasFailed() ? AVERROR(EIO) : AVERROR_EOF;
-}
-
-std::int64_t seekTo(void *data, std::int64_t offset, int whence) {
-    auto &source = *static_cast<CallbackSource *>(data);
-    whence &= ~AVSEEK_FORCE;
-    if (whence == AVSEEK_SIZE) return source.size();
-    source.seek(whence == SEEK_SET ? offset : whence == SEEK_CUR ? source.position() + offset : source.size() + offset);
-    return source.position();
-}
-
-// A file is to be read alone: it may not lead to others, let alone over a network.
-int refuseToOpen(AVFormatContext *, AVIOContext **, const char *, int, AVDictionary **) { return AVERROR(EPERM); }
-
-struct CloseInput {
-    void operator()(AVFormatContext *context) const { avformat_close_input(&context); }
-};
 struct FreeDecoder {
     void operator()(AVCodecContext *context) const { avcodec_free_context(&context); }
 };
@@ -50,24 +29,6 @@ struct FreeFrame {
 struct FreePacket {
     void operator()(AVPacket *packet) const { av_packet_free(&packet); }
 };
-struct FreeIo {
-    void operator()(AVIOContext *io) const {
-        av_freep(&io->buffer);
-        avio_context_free(&io);
-    }
-};
-
-// What a file's first bytes look like. Below the score at which the library itself would look for more, any text might be one.
-const AVInputFormat *inputFormatOf(const ByteSource &source) {
-    std::vector<std::uint8_t> head(65536 + AVPROBE_PADDING_SIZE);
-    const std::size_t count = source.read(0, std::as_writable_bytes(std::span(head)).first(65536));
-    std::memset(head.data() + count, 0, head.size() - count);
-    const AVProbeData probe{"", head.data(), int(count), nullptr};
-    int score = 0;
-    const AVInputFormat *format = av_probe_input_format3(&probe, 1, &score);
-    return score > AVPROBE_SCORE_RETRY ? format : nullptr;
-}
-
 struct Kind {
     const char *name, *identifier;
 };
@@ -107,31 +68,12 @@ bool isFloatFormat(AVSampleFormat format) {
     return packed == AV_SAMPLE_FMT_FLT || packed == AV_SAMPLE_FMT_DBL;
 }
 
-// FFmpeg's names of texts, and those that are told.
-constexpr std::array<std::pair<const char *, const char *>, 8> textNames{{{"title", "TITLE"},
-                                                                          {"artist", "ARTIST"},
-                                                                          {"album", "ALBUM"},
-                                                                          {"comment", "COMMENT"},
-                                                                          {"copyright", "COPYRIGHT"},
-                                                                          {"date", "DATE"},
-                                                                          {"genre", "GENRE"},
-                                                                          {"track", "TRACKNUMBER"}}};
-
-std::vector<std::pair<std::string, std::string>> textsOf(const AVFormatContext &file) {
-    std::vector<std::pair<std::string, std::string>> found;
-    for (const auto &[name, key] : textNames)
-        if (const AVDictionaryEntry *entry = av_dict_get(file.metadata, name, nullptr, 0))
-            found.emplace_back(key, entry->value);
-    return found;
-}
-
 DecodedFormat described(const AVFormatContext &file, const AVCodecContext &decoder) {
     DecodedFormat format{.typeName = typeNameOf(file, decoder.codec_id),
                          .identifier = kindOf(decoder.codec_id).identifier,
                          .isFloat = isFloatFormat(decoder.sample_fmt),
                          .channels = decoder.ch_layout.nb_channels,
-                         .sampleRate = decoder.sample_rate,
-                         .texts = textsOf(file)};
+                         .sampleRate = decoder.sample_rate};
     const int width = 8 * av_get_bytes_per_sample(decoder.sample_fmt);
     const int told = decoder.bits_per_raw_sample;
     if (isLossless(decoder.codec_id)) format.bits = told > 0 && told <= width ? told : width;
@@ -189,21 +131,13 @@ void convertChannel(const AVFrame &frame, std::size_t channel, std::size_t from,
 
 class FfmpegSound : public DecodedSound {
 public:
-    explicit FfmpegSound(const ByteSource &source) : source_(source) {}
+    explicit FfmpegSound(const ByteSource &source) : input_(source) {}
 
     // False when there is no sound in it that can be decoded.
     bool open(const AVInputFormat *kind) {
-        constexpr int bufferSize = 1 << 16;
-        auto *buffer = static_cast<std::uint8_t *>(av_malloc(bufferSize));
-        io_.reset(avio_alloc_context(buffer, bufferSize, 0, &source_, readPacket, nullptr, seekTo));
-        AVFormatContext *file = avformat_alloc_context();
-        file->pb = io_.get();
-        file->io_open = refuseToOpen;
-        if (avformat_open_input(&file, nullptr, kind, nullptr) < 0) return false;  // frees it
-        file_.reset(file);
-        return avformat_find_stream_info(file, nullptr) >= 0 && openDecoder();
+        return input_.open(kind) && avformat_find_stream_info(input_.file(), nullptr) >= 0 && openDecoder();
     }
-    void rethrow() const { source_.rethrow(); }
+    void rethrow() const { input_.rethrow(); }
 
     const DecodedFormat &format() const override { return format_; }
     std::int64_t read(std::span<float> out) override { return readAs(out); }
@@ -214,16 +148,16 @@ public:
 private:
     bool openDecoder() {
         const AVCodec *codec = nullptr;
-        stream_ = av_find_best_stream(file_.get(), AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
+        stream_ = av_find_best_stream(input_.file(), AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
         if (stream_ < 0 || !codec) return false;
-        for (unsigned i = 0; i < file_->nb_streams; ++i)
-            if (int(i) != stream_) file_->streams[i]->discard = AVDISCARD_ALL;
+        for (unsigned i = 0; i < input_.file()->nb_streams; ++i)
+            if (int(i) != stream_) input_.file()->streams[i]->discard = AVDISCARD_ALL;
         decoder_.reset(avcodec_alloc_context3(codec));
-        AVStream *stream = file_->streams[stream_];
+        AVStream *stream = input_.file()->streams[stream_];
         if (!decoder_ || avcodec_parameters_to_context(decoder_.get(), stream->codecpar) < 0) return false;
         decoder_->pkt_timebase = stream->time_base;
         if (avcodec_open2(decoder_.get(), codec, nullptr) < 0) return false;
-        format_ = described(*file_, *decoder_);
+        format_ = described(*input_.file(), *decoder_);
         return format_.channels > 0 && format_.sampleRate > 0 && decoder_->sample_fmt != AV_SAMPLE_FMT_NONE;
     }
 
@@ -286,8 +220,8 @@ private:
     void feed() {
         for (;;) {
             av_packet_unref(packet_.get());
-            const int got = av_read_frame(file_.get(), packet_.get());
-            source_.rethrow();
+            const int got = av_read_frame(input_.file(), packet_.get());
+            input_.rethrow();
             if (got == AVERROR_EOF) {
                 avcodec_send_packet(decoder_.get(), nullptr);
                 return;
@@ -301,17 +235,15 @@ private:
 
     // Of a length that the file states; it need not be exact where frames are dropped at its ends.
     std::int64_t missingFrames() const {
-        const AVStream &stream = *file_->streams[stream_];
-        const bool isStated = file_->duration_estimation_method == AVFMT_DURATION_FROM_STREAM && stream.duration > 0;
+        const AVStream &stream = *input_.file()->streams[stream_];
+        const bool isStated = input_.file()->duration_estimation_method == AVFMT_DURATION_FROM_STREAM && stream.duration > 0;
         if (!isStated) return 0;
         const std::int64_t inexact = format_.sampleRate / 10;
         const std::int64_t missing = av_rescale_q(stream.duration, stream.time_base, {1, int(format_.sampleRate)}) - frames_;
         return missing > inexact ? missing : 0;
     }
 
-    CallbackSource source_;
-    std::unique_ptr<AVIOContext, FreeIo> io_;
-    std::unique_ptr<AVFormatContext, CloseInput> file_;
+    FfmpegInput input_;
     std::unique_ptr<AVCodecContext, FreeDecoder> decoder_;
     std::unique_ptr<AVPacket, FreePacket> packet_{av_packet_alloc()};
     std::unique_ptr<AVFrame, FreeFrame> frame_{av_frame_alloc()};
