@@ -207,7 +207,9 @@ private:
                   .pad = {},
                   .isBare = true,
                   .sizes = {}};
-        if (!chunk.isOpen)
+        // Where nobody else tells it, it is told from now on: chunks may come to stand behind.
+        const bool isToldElsewhere = isCaf() || sizes64_ > 0;
+        if (!chunk.isOpen || !isToldElsewhere)
             part.sizes.push_back({std::uint32_t(dialect_.idBytes), int(dialect_.sizeBytes), Size::Of::samples,
                                   dialect_.countedHeader + counted});
         file_.audio.start = chunk.at + header;
