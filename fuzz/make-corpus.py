@@ -125,6 +125,33 @@ def sndfile_files():
     yield "double", made_by("ffmpeg -y -i IN -c:a pcm_f64be OUT", "a.caf", wave(2, 16))
 
 
+def wrapping_files():
+    """Files of other kinds with uncompressed samples, and what they hold positions and texts in."""
+    data = bytes(range(48))
+    swapped = chunk(">", b"fmt ", struct.pack(">HHIIHH", 1, 2, 44100, 176400, 4, 16))
+    cue = struct.pack(">I", 1) + struct.pack(">II4sIII", 1, 3, b"data", 0, 0, 3)
+    smpl = struct.pack(">9I", 0, 0, 0, 60, 0, 0, 0, 1, 0) + struct.pack(">6I", 0, 0, 2, 5, 0, 0)
+    adtl = b"adtl" + be(b"labl", struct.pack(">I", 1) + b"name") + be(b"ltxt", struct.pack(">II", 1, 4) + b"rgn " + b"\0" * 8)
+    body = b"WAVE" + swapped + be(b"cue ", cue) + be(b"LIST", adtl) + be(b"data", data) + be(b"smpl", smpl) + be(b"bext", b"abc")
+    yield "rifx", b"RIFX" + struct.pack(">I", len(body)) + body
+    body = fmt(1, 2, 24) + b"data\xff\xff\xff\xff" + data + le(b"smpl", bytes(36)) + le(b"chna", b"track")
+    sizes = le(b"ds64", struct.pack("<QQQI", len(body) + 40, 48, 8, 0))
+    for magic in (b"RF64", b"BW64"):
+        yield magic.decode().lower(), magic + b"\xff\xff\xff\xffWAVE" + sizes + body
+
+    def caf(*chunks):
+        return b"caff\0\1\0\0" + b"".join(name + struct.pack(">q", len(payload)) + payload for name, payload in chunks)
+
+    def mark(frame, number):
+        return struct.pack(">IdI12x", 0, frame, number)
+
+    desc = (b"desc", struct.pack(">d4sIIIII", 44100, b"lpcm", 2, 4, 1, 2, 16))
+    yield "caf", caf(desc, (b"mark", struct.pack(">II", 0, 2) + mark(1.5, 1) + mark(9, 2)), (b"chan", bytes(12)),
+                     (b"regn", struct.pack(">IIIII", 0, 1, 1, 0, 1) + mark(4, 3)), (b"data", bytes(4) + data),
+                     (b"strg", struct.pack(">IIq", 1, 1, 0) + b"name\0"), (b"info", struct.pack(">I", 1) + b"title\0Song\0"))
+    yield "au", b".snd" + struct.pack(">IIIII", 32, 48, 6, 8000, 3) + b"a note.." + data + b"behind"
+
+
 def ffmpeg_files():
     for name, codec in (("a.m4a", "aac"), ("b.m4a", "alac"), ("a.wv", "wavpack"), ("a.wma", "wmav2"), ("a.tta", "tta")):
         yield name.replace(".", "-"), made_by(f"ffmpeg -y -i IN -c:a {codec} OUT", name, wave(2, 16, 700, 44100))
@@ -135,7 +162,7 @@ def round_trip_inputs():
         yield f"depth{4 + bits}", bytes([bits, bits % 8, 10, 196, 64 | bits % 16, bits]) + bytes(i * 37 & 255 for i in range(90))
 
 
-for folder, files in (("wav", wav_files()), ("aiff", aiff_files()), ("flac", flac_files()), ("sndfile", sndfile_files()),
+for folder, files in (("wav", wav_files()), ("aiff", aiff_files()), ("flac", flac_files()), ("sndfile", sndfile_files()), ("wrapping", wrapping_files()),
                       ("ffmpeg", ffmpeg_files()), ("round-trip", round_trip_inputs())):
     (HERE / folder).mkdir(parents=True, exist_ok=True)
     for name, content in files:

@@ -95,9 +95,9 @@ private:
 
 }  // namespace
 
-std::size_t SmplChunk::records(std::span<const std::byte> payload, std::endian order) {
+std::size_t SmplChunk::records(std::span<const std::byte> payload, std::endian fileOrder) {
     if (payload.size() < header) return 0;
-    return std::min<std::size_t>(u32At(payload, loopCount, order), (payload.size() - header) / record);
+    return std::min<std::size_t>(u32At(payload, loopCount, fileOrder), (payload.size() - header) / record);
 }
 
 Bytes patchedWavChunk(const AudioFileChunk &chunk, const std::vector<std::int64_t> &positions) {

@@ -31,7 +31,7 @@ inline constexpr std::size_t recordStart = 8;  // u32 inside a record: the loop'
 inline constexpr std::size_t recordEnd = 12;   // u32 inside a record: the loop's last frame
 
 // The loop records it holds: as many as it says, or as fit. 0 when even the header is cut off.
-std::size_t records(std::span<const std::byte> payload, std::endian order = std::endian::little);
+std::size_t records(std::span<const std::byte> payload, std::endian fileOrder = std::endian::little);
 }  // namespace SmplChunk
 
 // The chunk's payload with every position field rewritten. A cue that comes to stand at frame 0 says so in both its places, or

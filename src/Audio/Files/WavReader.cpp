@@ -78,17 +78,17 @@ AudioFileFormat described(const WavFormat &format) {
 }  // namespace
 
 WavFormat wavFormat(std::span<const std::byte> fmt, std::endian order) {
-    const unsigned channels = u16At(fmt, FmtChunk::channels, order), bits = u16At(fmt, bitsPerSample, order);
+    const unsigned count = u16At(fmt, channels, order), bits = u16At(fmt, bitsPerSample, order);
     const std::uint32_t rate = u32At(fmt, sampleRate, order);
-    unsigned tag = u16At(fmt, formatTag, order), validBits = bits;
+    unsigned tag = u16At(fmt, formatTag, order), meaningful = bits;
     if (tag == extensibleTag && fmt.size() >= extensibleSize) {
-        const unsigned stated = u16At(fmt, FmtChunk::validBits, order);
-        validBits = stated != 0 ? stated : bits;
+        const unsigned stated = u16At(fmt, validBits, order);
+        meaningful = stated != 0 ? stated : bits;
         tag = subFormatTag(fmt, order);
     }
-    if (channels == 0 || rate == 0) throw AudioFileError::unreadable("bad format chunk");
-    const int bytes = bytesPerSample(u16At(fmt, blockAlign, order), channels, bits);
-    return {channels, rate, encodingOf(tag, bytes, bits, validBits)};
+    if (count == 0 || rate == 0) throw AudioFileError::unreadable("bad format chunk");
+    const int bytes = bytesPerSample(u16At(fmt, blockAlign, order), count, bits);
+    return {count, rate, encodingOf(tag, bytes, bits, meaningful)};
 }
 
 NativeFile readWav(const SourceReader &reader) {

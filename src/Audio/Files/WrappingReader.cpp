@@ -115,6 +115,7 @@ private:
         chunk.size = sizeAt(header, dialect_.idBytes, dialect_.sizeBytes, dialect_.order);
         chunk.isOpen = isOpenSize(chunk.size, dialect_.sizeBytes);
         const std::int64_t left = reader_.size() - chunk.payload;
+        if (!chunk.isOpen && chunk.size < dialect_.countedHeader) return std::nullopt;
         chunk.size = chunk.isOpen ? openSize(left) : chunk.size - dialect_.countedHeader;
         if (chunk.size < 0 || (chunk.size > left && (chunk.id != "data" || audioBytes_ >= 0))) return std::nullopt;
         return chunk;
@@ -206,7 +207,9 @@ private:
                   .pad = {},
                   .isBare = true,
                   .sizes = {}};
-        if (!chunk.isOpen)
+        // Where nobody else tells it, it is told from now on: chunks may come to stand behind.
+        const bool isToldElsewhere = isCaf() || sizes64_ > 0;
+        if (!chunk.isOpen || !isToldElsewhere)
             part.sizes.push_back({std::uint32_t(dialect_.idBytes), int(dialect_.sizeBytes), Size::Of::samples,
                                   dialect_.countedHeader + counted});
         file_.audio.start = chunk.at + header;
