@@ -157,10 +157,7 @@ private:
         constexpr std::array<std::pair<const char *, const char *>, 3> layers{
             {{"MP1", ".mp1"}, {"MP2", ".mp2"}, {"MP3", ".mp3"}}};
         const auto &[name, identifier] = layers[std::size_t(std::clamp(info.layer, 1, 3) - 1)];
-        format_ = {.typeName = name,
-                   .identifier = identifier,
-                   .channels = format.channels,
-                   .sampleRate = format.rate};
+        format_ = {.typeName = name, .identifier = identifier, .channels = format.channels, .sampleRate = format.rate};
         // So that it stays with the channels of the start where a few frames have others.
         mpg123_format_none(handle_.get());
         const long *rates = nullptr;

@@ -4,8 +4,8 @@
 
 namespace kiv {
 
-// MPEG audio of layers 1 to 3, behind ID3 tags or not. Nothing when two frames that belong together do not stand where the first
-// must: others may know more of it.
+// MPEG audio of layers 1 to 3, behind ID3 tags or not. Nothing when two frames that belong together do not stand where the
+// first must: others may know more of it.
 std::unique_ptr<DecodedSound> openMpeg(const ByteSource &source);
 
 // What its ID3 tag says in words; nothing where openMpeg finds nothing.
