@@ -40,7 +40,10 @@ function(kiv_module name)
   add_library(${name} MODULE ${sources})
   set_target_properties(${name} PROPERTIES PREFIX "" CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/src)
-  target_link_options(${name} PRIVATE -Wl,--as-needed -Wl,--no-undefined)
+  target_link_options(${name} PRIVATE -Wl,--as-needed)
+  if(NOT KIV_FUZZ) # there the program brings what the sanitizers need
+    target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  endif()
   target_link_libraries(${name} PRIVATE ${arg_LINK})
 endfunction()
 

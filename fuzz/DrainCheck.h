@@ -10,10 +10,12 @@
 // frames until no more come.
 namespace kiv::readerCheck {
 
-inline void drain(std::unique_ptr<DecodedSound> (*open)(const ByteSource &), const std::uint8_t *data, std::size_t size) {
+inline void drain(std::unique_ptr<DecodedSound> (*open)(const ByteSource &), const std::uint8_t *data, std::size_t size,
+                  std::optional<DecodedTags> (*tags)(const ByteSource &) = nullptr) {
     constexpr std::int64_t enough = 1 << 20;
     const MemorySource source(std::as_bytes(std::span(data, size)));
     try {
+        if (tags) tags(source);
         const auto sound = open(source);
         if (!sound) return;
         const DecodedFormat &format = sound->format();

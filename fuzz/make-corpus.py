@@ -116,13 +116,19 @@ def flac_files():
 
 
 def sndfile_files():
-    for name, rate in (("a.ogg", 8000), ("a.caf", 8000), ("a.au", 8000), ("a.w64", 8000), ("a.mp3", 44100)):
+    for name, rate in (("a.ogg", 8000), ("a.caf", 8000), ("a.au", 8000), ("a.w64", 8000)):
         yield name.replace(".", "-"), made_by("ffmpeg -y -i IN OUT", name, wave(1, 16, 700, rate))
     yield "opus", made_by("ffmpeg -y -i IN OUT", "a.opus", wave(1, 16, 700, 48000))
     yield "rf64", made_by("ffmpeg -y -i IN -rf64 always OUT", "a.wav", wave(2, 16))
     yield "adpcm", made_by("ffmpeg -y -i IN -c:a adpcm_ms OUT", "a.wav", wave(2, 16))
     yield "alaw", made_by("ffmpeg -y -i IN -c:a pcm_alaw OUT", "a.aiff", wave(2, 16))
     yield "double", made_by("ffmpeg -y -i IN -c:a pcm_f64be OUT", "a.caf", wave(2, 16))
+
+
+def mpeg_files():
+    yield "a-mp3", made_by("ffmpeg -y -i IN OUT", "a.mp3", wave(1, 16, 700, 44100))
+    yield "b-mp3", made_by("ffmpeg -y -i IN -q:a 4 -metadata title=T -metadata artist=A OUT", "b.mp3", wave(2, 16, 7000, 44100))
+    yield "a-mp2", made_by("ffmpeg -y -i IN OUT", "a.mp2", wave(1, 16, 6000, 44100))
 
 
 def wrapping_files():
@@ -162,7 +168,8 @@ def round_trip_inputs():
         yield f"depth{4 + bits}", bytes([bits, bits % 8, 10, 196, 64 | bits % 16, bits]) + bytes(i * 37 & 255 for i in range(90))
 
 
-for folder, files in (("wav", wav_files()), ("aiff", aiff_files()), ("flac", flac_files()), ("sndfile", sndfile_files()), ("wrapping", wrapping_files()),
+for folder, files in (("wav", wav_files()), ("aiff", aiff_files()), ("flac", flac_files()), ("mpeg", mpeg_files()),
+                      ("sndfile", sndfile_files()), ("wrapping", wrapping_files()),
                       ("ffmpeg", ffmpeg_files()), ("round-trip", round_trip_inputs())):
     (HERE / folder).mkdir(parents=True, exist_ok=True)
     for name, content in files:
