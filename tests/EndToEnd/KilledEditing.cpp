@@ -139,7 +139,8 @@ private:
         if (std::any_of(static_cast<const Shared::Done *>(shared_.all) + least, end,
                         [&](auto &done) { return done.digest == now; }))
             return;
-        std::fprintf(stderr, "edit %d of %d is lost\n", least, shared_.done.load());
+        std::fprintf(stderr, "edit %d of %d is lost, said to be safe up to %d\n", least, shared_.done.load(),
+                     shared_.safe.load());
         ++shared_.lost;
     }
     void restore(std::shared_ptr<AbandonedJournal> journal) {
