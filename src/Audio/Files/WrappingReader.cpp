@@ -107,7 +107,7 @@ private:
         wrapping().parts.push_back(std::move(header));
     }
 
-    // Nothing where no chunk is: what stands there is kept as it is. Only the samples may be cut off.
+    // Nothing where no chunk is: what stands there is kept as it is. Only the samples may be cut off, or go on to the end.
     std::optional<Found> chunkAt(std::int64_t at) const {
         if (reader_.size() - at < dialect_.header()) return std::nullopt;
         const Bytes header = reader_.bytes(at, dialect_.header());
@@ -115,7 +115,7 @@ private:
         chunk.size = sizeAt(header, dialect_.idBytes, dialect_.sizeBytes, dialect_.order);
         chunk.isOpen = isOpenSize(chunk.size, dialect_.sizeBytes);
         const std::int64_t left = reader_.size() - chunk.payload;
-        if (!chunk.isOpen && chunk.size < dialect_.countedHeader) return std::nullopt;
+        if (chunk.isOpen ? chunk.id != "data" : chunk.size < dialect_.countedHeader) return std::nullopt;
         chunk.size = chunk.isOpen ? openSize(left) : chunk.size - dialect_.countedHeader;
         if (chunk.size < 0 || (chunk.size > left && (chunk.id != "data" || audioBytes_ >= 0))) return std::nullopt;
         return chunk;

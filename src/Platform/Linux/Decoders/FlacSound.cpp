@@ -25,12 +25,9 @@ bool isFlac(const ByteSource &source, std::int64_t start) {
 
 class FlacSound : public DecodedSound {
 public:
-    // Tags are kept from the decoder, which might take something in them for a block.
-    FlacSound(const ByteSource &source, std::int64_t start)
-        : whole_(source),
-          start_(start),
-          source_(source, start, startOfTagsAtEnd(source, start)),
-          decoder_(FLAC__stream_decoder_new()) {
+    // Tags before the start and behind the end are kept from the decoder, which might take something in them for a block.
+    FlacSound(const ByteSource &source, std::int64_t start, std::int64_t end)
+        : whole_(source), start_(start), source_(source, start, end), decoder_(FLAC__stream_decoder_new()) {
         if (!decoder_) throw std::bad_alloc();
         const auto status =
             FLAC__stream_decoder_init_stream(decoder_.get(), readCallback, seekCallback, tellCallback, lengthCallback,
@@ -231,7 +228,8 @@ private:
         }
     }
     static void metadataCallback(const FLAC__StreamDecoder *, const FLAC__StreamMetadata *metadata, void *data) {
-        if (metadata->type == FLAC__METADATA_TYPE_STREAMINFO) self(data).takeInfo(metadata->data.stream_info);
+        const bool isFirst = self(data).total_ < 0;  // damage may look like another
+        if (isFirst && metadata->type == FLAC__METADATA_TYPE_STREAMINFO) self(data).takeInfo(metadata->data.stream_info);
     }
     // What is lost is told by the gap that it leaves. A block that is given right after its checksum was found wrong is that
     // one.
@@ -258,12 +256,25 @@ private:
     bool isCounting_ = false;
 };
 
+// Where the blocks end. What looks like a tag are samples where the last block is whole only with them.
+std::int64_t streamEnd(const ByteSource &source, std::int64_t start) {
+    const std::int64_t end = startOfTagsAtEnd(source, start), size = source.size();
+    const auto isWhole = [&](std::int64_t to) {
+        try {
+            return FlacSound(source, start, to).countFrames().has_value();
+        } catch (const DecodeFault &) {
+            return false;
+        }
+    };
+    return end < size && !isWhole(end) && isWhole(size) ? size : end;
+}
+
 }  // namespace
 
 std::unique_ptr<DecodedSound> openFlac(const ByteSource &source) {
     const std::int64_t start = endOfTagsAtStart(source);
     if (!isFlac(source, start)) return nullptr;
-    return std::make_unique<FlacSound>(source, start);
+    return std::make_unique<FlacSound>(source, start, streamEnd(source, start));
 }
 
 }  // namespace kiv

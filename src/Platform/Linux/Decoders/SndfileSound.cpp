@@ -164,7 +164,8 @@ public:
     // The last frame must be there, and none behind it.
     std::optional<std::int64_t> countFrames() override {
         std::vector<float> frames(2 * std::size_t(format_.channels));
-        const bool isThere = info_.seekable && info_.frames > 0 && sf_seek(file_.get(), info_.frames - 1, SEEK_SET) >= 0 &&
+        const bool isThere = seeksFromItsStart() && info_.seekable && info_.frames > 0 &&
+                             sf_seek(file_.get(), info_.frames - 1, SEEK_SET) >= 0 &&
                              sf_readf_float(file_.get(), frames.data(), 2) == 1;
         source_.rethrow();
         if (!isThere) return std::nullopt;
@@ -172,6 +173,15 @@ public:
     }
 
 private:
+    // A header that is wrong about where the samples begin may send a seek elsewhere than reading starts. Samples that are not
+    // packed stand where they are looked for.
+    bool seeksFromItsStart() {
+        const int kind = info_.format & SF_FORMAT_SUBMASK;
+        const bool isPacked = bitsOf(kind) == 0 && kind != SF_FORMAT_ULAW && kind != SF_FORMAT_ALAW;
+        const std::int64_t start = source_.position();
+        return isPacked || (sf_seek(file_.get(), 0, SEEK_SET) == 0 && source_.position() == start);
+    }
+
     struct Close {
         void operator()(SNDFILE *file) const { sf_close(file); }
     };
