@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -131,6 +133,13 @@ inline AudioFileContents ourFlac(const KnownSound &sound) {
     contents.coreAudioSettings = {{formatIdentifierKey, "flac"}, {bitDepthKey, std::to_string(sound.bits)}};
     contents.buffer = bufferOf(sound);
     return contents;
+}
+
+// What came back of a sound; a failure names the first sample that differs.
+inline void expectSame(const std::vector<std::int32_t> &words, const KnownSound &sound, const std::string &what) {
+    ASSERT_EQ(words.size(), sound.words.size()) << what;
+    const auto [was, is] = std::mismatch(sound.words.begin(), sound.words.end(), words.begin());
+    EXPECT_TRUE(was == sound.words.end()) << what << ": sample " << was - sound.words.begin();
 }
 
 }  // namespace kiv
