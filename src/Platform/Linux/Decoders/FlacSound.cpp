@@ -3,6 +3,7 @@
 #include <FLAC/stream_decoder.h>
 
 #include <array>
+#include <limits>
 #include <string_view>
 #include <vector>
 
@@ -256,17 +257,29 @@ private:
     bool isCounting_ = false;
 };
 
-// Where the blocks end. What looks like a tag are samples where the last block is whole only with them.
+bool isCertainlyWhole(FlacSound sound) {
+    try {
+        return sound.countFrames().has_value();
+    } catch (const DecodeFault &) {
+        return false;
+    }
+}
+
+std::int64_t framesLost(FlacSound sound) {
+    try {
+        std::vector<std::int32_t> block(std::size_t(sound.format().channels << 12));
+        while (sound.read(block) > 0) continue;
+        return sound.end().missingFrames + sound.end().damagedFrames;
+    } catch (const DecodeFault &) {
+        return std::numeric_limits<std::int64_t>::max();
+    }
+}
+
+// Where the blocks end. What looks like a tag are samples where less is lost with them than without.
 std::int64_t streamEnd(const ByteSource &source, std::int64_t start) {
     const std::int64_t end = startOfTagsAtEnd(source, start), size = source.size();
-    const auto isWhole = [&](std::int64_t to) {
-        try {
-            return FlacSound(source, start, to).countFrames().has_value();
-        } catch (const DecodeFault &) {
-            return false;
-        }
-    };
-    return end < size && !isWhole(end) && isWhole(size) ? size : end;
+    if (end == size || isCertainlyWhole({source, start, end})) return end;
+    return framesLost({source, start, size}) < framesLost({source, start, end}) ? size : end;
 }
 
 }  // namespace
