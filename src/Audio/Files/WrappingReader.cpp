@@ -115,9 +115,10 @@ private:
         chunk.size = sizeAt(header, dialect_.idBytes, dialect_.sizeBytes, dialect_.order);
         chunk.isOpen = isOpenSize(chunk.size, dialect_.sizeBytes);
         const std::int64_t left = reader_.size() - chunk.payload;
+        if (chunk.id == "data" && audioBytes_ >= 0) return chunk;  // which is refused
         if (chunk.isOpen ? chunk.id != "data" : chunk.size < dialect_.countedHeader) return std::nullopt;
         chunk.size = chunk.isOpen ? openSize(left) : chunk.size - dialect_.countedHeader;
-        if (chunk.size < 0 || (chunk.size > left && (chunk.id != "data" || audioBytes_ >= 0))) return std::nullopt;
+        if (chunk.size < 0 || (chunk.size > left && chunk.id != "data")) return std::nullopt;
         return chunk;
     }
 
