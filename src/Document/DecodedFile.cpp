@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <future>
 #include <string_view>
 #include <vector>
 
@@ -107,10 +108,15 @@ FlacMetadataBlock blockOf(const DecodedPicture &picture) {
     return {FlacMetadataBlock::picture, std::move(block)};
 }
 
-// What a FLAC file says stays in its own blocks.
-void readTags(AudioFileContents &contents, DecodedReader &decoders, const ByteSource &source) {
-    if (contents.decodedSetting(formatIdentifierKey) == "flac") return;
-    const auto tags = decoders.tags(source);
+// Who knows most of tags takes as long to be loaded as a minute of sound to be decoded: both are done at once. What a FLAC file
+// says stays in its own blocks.
+std::future<std::optional<DecodedTags>> tagsMeanwhile(const AudioFileContents &contents, DecodedReader &decoders,
+                                                      const ByteSource &source) {
+    if (contents.decodedSetting(formatIdentifierKey) == "flac") return {};
+    return std::async(std::launch::async, [&decoders, &source] { return decoders.tags(source); });
+}
+
+void takeTags(AudioFileContents &contents, const std::optional<DecodedTags> &tags, const ByteSource &source) {
     if (!tags) return;
     contents.tags = {tags->texts, {}, id3Of(source), tags->others};
     for (const DecodedPicture &picture : tags->pictures) contents.tags.pictures.push_back(blockOf(picture));
@@ -201,6 +207,7 @@ std::optional<AudioFileContents> readDecoded(DecodedReader &decoders, const Byte
     const CountedSource counted(source, progress);
     return withSound<AudioFileContents>(decoders, counted, [&](DecodedSound &sound) {
         AudioFileContents contents = described(sound.format(), path);
+        auto tags = tagsMeanwhile(contents, decoders, source);
         AudioEditorBuffer &buffer = contents.buffer;
         BlockReader blocks(sound);
         for (AudioEditorBuffer block = blocks.next(); !block.isEmpty(); block = blocks.next()) {
@@ -208,7 +215,7 @@ std::optional<AudioFileContents> readDecoded(DecodedReader &decoders, const Byte
             progress.throwIfCancelled();
         }
         takeEnd(contents, sound.end(), source);
-        readTags(contents, decoders, source);
+        if (tags.valid()) takeTags(contents, tags.get(), source);
         return contents;
     });
 }
