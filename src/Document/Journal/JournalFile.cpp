@@ -12,9 +12,10 @@ namespace {
 constexpr std::size_t mostMetadata = std::size_t(16) << 20;
 
 std::size_t metadataBytes(const AudioFileContents &contents) {
-    std::size_t bytes = contents.leading.size() + contents.trailing.size();
+    std::size_t bytes = contents.leading.size() + contents.trailing.size() + contents.tags.id3.size();
     for (const AudioFileChunk &chunk : contents.chunks) bytes += chunk.data.size();
-    for (const FlacMetadataBlock &block : contents.flacMetadata) bytes += block.data.size();
+    for (const auto *blocks : {&contents.flacMetadata, &contents.tags.pictures})
+        for (const FlacMetadataBlock &block : *blocks) bytes += block.data.size();
     if (contents.wrapping)
         for (const SampleWrapping::Part &part : contents.wrapping->parts) bytes += part.size();
     return bytes;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Platform/Linux/Decoders/CallbackSource.h"
+#include "Platform/Linux/Decoders/OggLinks.h"
 
 namespace kiv {
 namespace {
@@ -209,7 +210,9 @@ private:
 
 }  // namespace
 
+// Of several Ogg streams, one behind the other, the library reads the first alone: they are left to who reads them all.
 std::unique_ptr<DecodedSound> openWithSndfile(const ByteSource &source) {
+    if (hasSeveralOggLinks(source)) return nullptr;
     auto sound = std::make_unique<SndfileSound>(source);
     if (!sound->isOpen()) return nullptr;
     return sound;
