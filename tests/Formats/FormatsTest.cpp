@@ -188,6 +188,21 @@ TEST(Formats, ThatLoseSomethingAreReadWhereItWas) {
         }
 }
 
+TEST(Formats, OfSeveralOggStreamsAreReadToTheEnd) {
+    Desk desk;
+    desk.write("in.wav", ourWav(knownNoise(16, 2, 48000, 20000)));
+    // What an Opus stream has to warm up with is heard at the joint.
+    const std::pair<std::string, std::int64_t> rows[] = {{"libvorbis", 0}, {"libopus", 312}};
+    for (const auto &[codec, mostMore] : rows) {
+        ASSERT_TRUE(desk.run("ffmpeg -v error -y -i in.wav -c:a " + codec + " -f ogg a.ogg && cat a.ogg a.ogg > b.ogg"));
+        ASSERT_TRUE(desk.run("ffmpeg -v error -y -i b.ogg -f f32le b.raw"));
+        const auto theirs = std::int64_t(readText(desk.path("b.raw")).size()) / 8;
+        const std::int64_t ours = desk.read("b.ogg").buffer.frames();
+        EXPECT_TRUE(ours >= theirs && ours <= theirs + mostMore) << codec << ": " << ours << " of " << theirs;
+        EXPECT_GT(theirs, 39000) << codec;
+    }
+}
+
 struct Ours {
     const char *name;
     int bits;
