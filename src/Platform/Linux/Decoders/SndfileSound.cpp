@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "Platform/Linux/Decoders/CallbackSource.h"
@@ -208,17 +210,34 @@ private:
     std::span<const int> order_;
 };
 
+// The library walks through all that a chunk says it holds, which takes it hours where the size is not true. Samples may be cut
+// off.
+bool hasTrueChunkSizes(const ByteSource &source) {
+    constexpr std::size_t header = 8;
+    std::array<std::byte, header> head{};
+    const auto startsWith = [&](std::string_view id) { return std::memcmp(head.data(), id.data(), id.size()) == 0; };
+    if (source.read(0, head) < header || !startsWith("RIFF")) return true;
+    for (std::int64_t at = 12; source.read(at, head) == header;) {
+        const auto byte = [&](std::size_t i) { return std::to_integer<std::int64_t>(head[4 + i]); };
+        const std::int64_t size = byte(0) | byte(1) << 8 | byte(2) << 16 | byte(3) << 24;
+        at += std::int64_t(header) + size + size % 2;
+        if (at > source.size() + 1) return startsWith("data");
+    }
+    return true;
+}
+
 }  // namespace
 
 // Of several Ogg streams, one behind the other, the library reads the first alone: they are left to who reads them all.
 std::unique_ptr<DecodedSound> openWithSndfile(const ByteSource &source) {
-    if (hasSeveralOggLinks(source)) return nullptr;
+    if (hasSeveralOggLinks(source) || !hasTrueChunkSizes(source)) return nullptr;
     auto sound = std::make_unique<SndfileSound>(source);
     if (!sound->isOpen()) return nullptr;
     return sound;
 }
 
 std::optional<DecodedTags> tagsWithSndfile(const ByteSource &source) {
+    if (!hasTrueChunkSizes(source)) return std::nullopt;
     SndfileSound sound(source);
     if (!sound.isOpen()) return std::nullopt;
     return DecodedTags{sound.texts(), {}, {}};
