@@ -73,9 +73,9 @@ Bytes encoded(const JournalBase &base);
 Bytes encoded(const JournalState &state);
 Bytes encoded(const JournalSave &save);
 
-// The last whole record of each kind, all saves, and of the states the last one that needs no samples which are damaged; `whole` is the
-// byte behind the last record. Samples are checked where asked for, which reads all of the journal. Throws std::system_error
-// when reading fails.
+// The last whole record of each kind, all saves, and of the states the last one that needs no samples which are damaged;
+// `whole` is the byte behind the last record. Samples are checked where asked for, which reads all of the journal. Throws
+// std::system_error when reading fails.
 struct JournalContents {
     std::optional<JournalBase> base;
     std::optional<JournalState> state;
