@@ -10,6 +10,7 @@
 #include "Audio/Files/FlacMetadata.h"
 #include "Audio/Files/SampleDecoding.h"
 #include "Audio/Files/SampleResidue.h"
+#include "Audio/Files/SampleWrapping.h"
 
 namespace kiv {
 namespace {
@@ -118,7 +119,7 @@ std::future<std::optional<DecodedTags>> tagsMeanwhile(const AudioFileContents &c
 
 void takeTags(AudioFileContents &contents, const std::optional<DecodedTags> &tags, const ByteSource &source) {
     if (!tags) return;
-    contents.tags = {tags->texts, {}, id3Of(source), tags->others};
+    contents.tags = {tags->texts, {}, id3Of(source), tags->others, {}};
     for (const DecodedPicture &picture : tags->pictures) contents.tags.pictures.push_back(blockOf(picture));
 }
 
@@ -216,6 +217,7 @@ std::optional<AudioFileContents> readDecoded(DecodedReader &decoders, const Byte
         }
         takeEnd(contents, sound.end(), source);
         if (tags.valid()) takeTags(contents, tags.get(), source);
+        keepAroundPacked(contents, buffer.frames(), source);
         return contents;
     });
 }
@@ -229,6 +231,7 @@ std::optional<AudioFileCodec::AudioFileSummary> summarizeDecoded(DecodedReader &
         const auto told = sound.countFrames();
         summary.frames = told ? *told : framesByReading(decoders, counted, summary.contents);
         summary.contents.flacMetadata = AudioFileCodec::flacMetadata(source);
+        keepAroundPacked(summary.contents, summary.frames, source);
         return summary;
     });
 }

@@ -138,12 +138,12 @@ const Lossy lossy[] = {
     {"a.opus", "ffmpeg -y -i in.wav -c:a libopus -b:a 160k a.opus", 48000, "Opus", 25},
     {"a.m4a", "ffmpeg -y -i in.wav -c:a aac -b:a 192k a.m4a", 44100, "AAC", 25, 2048},
     {"a.wma", "ffmpeg -y -i in.wav -c:a wmav2 -b:a 192k a.wma", 44100, "WMA", -100, 8192, 2048},
-    {"ms.wav", "ffmpeg -y -i in.wav -c:a adpcm_ms ms.wav", 44100, "WAV", 30, 3000},
-    {"ima.wav", "ffmpeg -y -i in.wav -c:a adpcm_ima_wav ima.wav", 44100, "WAV", 30, 3000},
-    {"mu.wav", "sox in.wav -e mu-law mu.wav", 44100, "WAV", 30},
-    {"a.wav", "sox in.wav -e a-law a.wav", 44100, "WAV", 30},
-    {"a.aifc", "ffmpeg -y -i in.wav -c:a pcm_mulaw -f aiff a.aifc", 44100, "AIFC", 30},
-    {"a.gsm.wav", "sox in.wav -e gsm-full-rate -c 1 a.gsm.wav", 8000, "WAV", 10, 600},
+    {"ms.wav", "ffmpeg -y -i in.wav -c:a adpcm_ms ms.wav", 44100, "Microsoft ADPCM WAV", 30, 3000},
+    {"ima.wav", "ffmpeg -y -i in.wav -c:a adpcm_ima_wav ima.wav", 44100, "IMA ADPCM WAV", 30, 3000},
+    {"mu.wav", "sox in.wav -e mu-law mu.wav", 44100, "\u00B5-law WAV", 30},
+    {"a.wav", "sox in.wav -e a-law a.wav", 44100, "A-law WAV", 30},
+    {"a.aifc", "ffmpeg -y -i in.wav -c:a pcm_mulaw -f aiff a.aifc", 44100, "\u00B5-law AIFC", 30},
+    {"a.gsm.wav", "sox in.wav -e gsm-full-rate -c 1 a.gsm.wav", 8000, "GSM 6.10 WAV", 10, 600},
 };
 
 double decibelsOver(const AudioEditorBuffer &buffer, const KnownSound &sound) {
