@@ -8,6 +8,7 @@
 
 #include "Audio/Files/ByteFields.h"
 #include "Audio/Files/FlacMetadata.h"
+#include "Audio/Files/SampleWrapping.h"
 #include "Document/DecodedSamples.h"
 
 namespace kiv {
@@ -95,7 +96,7 @@ std::future<std::optional<DecodedTags>> tagsMeanwhile(const AudioFileContents &c
 
 void takeTags(AudioFileContents &contents, const std::optional<DecodedTags> &tags, const ByteSource &source) {
     if (!tags) return;
-    contents.tags = {tags->texts, {}, id3Of(source), tags->others};
+    contents.tags = {tags->texts, {}, id3Of(source), tags->others, {}};
     for (const DecodedPicture &picture : tags->pictures) contents.tags.pictures.push_back(blockOf(picture));
 }
 
@@ -149,6 +150,7 @@ std::optional<AudioFileContents> readDecoded(DecodedReader &decoders, const Byte
         contents.buffer = std::move(samples.buffer);
         takeEnd(contents, samples.end, source);
         if (tags.valid()) takeTags(contents, tags.get(), source);
+        keepAroundPacked(contents, contents.buffer.frames(), source);
         return contents;
     });
 }
@@ -162,6 +164,7 @@ std::optional<AudioFileCodec::AudioFileSummary> summarizeDecoded(DecodedReader &
         const auto told = sound.countFrames();
         summary.frames = told ? *told : framesByReading(decoders, counted, summary.contents);
         summary.contents.flacMetadata = AudioFileCodec::flacMetadata(source);
+        keepAroundPacked(summary.contents, summary.frames, source);
         return summary;
     });
 }

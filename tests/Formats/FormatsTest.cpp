@@ -140,12 +140,12 @@ const Lossy lossy[] = {
     {"a.wma", "ffmpeg -y -i in.wav -c:a wmav2 -b:a 192k a.wma", 44100, "WMA", -100, 8192, 2048},
     {"mpeg.wav", "ffmpeg -y -i in.wav -c:a libmp3lame -b:a 192k mpeg.wav", 44100, "MP3", -100, 3000},
     {"mpeg.wav", "ffmpeg -y -i in.wav -c:a mp2 -b:a 192k mpeg.wav", 44100, "MP2", -100, 3000},
-    {"ms.wav", "ffmpeg -y -i in.wav -c:a adpcm_ms ms.wav", 44100, "WAV", 30, 3000},
-    {"ima.wav", "ffmpeg -y -i in.wav -c:a adpcm_ima_wav ima.wav", 44100, "WAV", 30, 3000},
-    {"mu.wav", "sox in.wav -e mu-law mu.wav", 44100, "WAV", 30},
-    {"a.wav", "sox in.wav -e a-law a.wav", 44100, "WAV", 30},
-    {"a.aifc", "ffmpeg -y -i in.wav -c:a pcm_mulaw -f aiff a.aifc", 44100, "AIFC", 30},
-    {"a.gsm.wav", "sox in.wav -e gsm-full-rate -c 1 a.gsm.wav", 8000, "WAV", 10, 600},
+    {"ms.wav", "ffmpeg -y -i in.wav -c:a adpcm_ms ms.wav", 44100, "Microsoft ADPCM WAV", 30, 3000},
+    {"ima.wav", "ffmpeg -y -i in.wav -c:a adpcm_ima_wav ima.wav", 44100, "IMA ADPCM WAV", 30, 3000},
+    {"mu.wav", "sox in.wav -e mu-law mu.wav", 44100, "\u00B5-law WAV", 30},
+    {"a.wav", "sox in.wav -e a-law a.wav", 44100, "A-law WAV", 30},
+    {"a.aifc", "ffmpeg -y -i in.wav -c:a pcm_mulaw -f aiff a.aifc", 44100, "\u00B5-law AIFC", 30},
+    {"a.gsm.wav", "sox in.wav -e gsm-full-rate -c 1 a.gsm.wav", 8000, "GSM 6.10 WAV", 10, 600},
 };
 
 double decibelsOver(const AudioEditorBuffer &buffer, const KnownSound &sound) {

@@ -22,8 +22,8 @@ constexpr std::size_t framePosition = 4, markerId = 12;  // inside a marker: a 6
 
 class CafPositions {
 public:
-    explicit CafPositions(AudioFileContents &contents)
-        : wrapping_(*contents.wrapping), table_(contents, wrapping_.frames), frames_(double(wrapping_.frames)) {}
+    CafPositions(AudioFileContents &contents, SampleWrapping &wrapping)
+        : wrapping_(wrapping), table_(contents, wrapping_.frames), frames_(double(wrapping_.frames)) {}
 
     void collect() {
         for (SampleWrapping::Part &part : wrapping_.parts) {
@@ -106,14 +106,14 @@ void readTexts(const Bytes &info, std::vector<std::pair<std::string, std::string
 
 }  // namespace
 
-void collectCafPositions(AudioFileContents &contents) { CafPositions(contents).collect(); }
+void collectCafPositions(AudioFileContents &contents, SampleWrapping &wrapping) { CafPositions(contents, wrapping).collect(); }
 
-std::vector<std::string> cafNames(const AudioFileContents &contents) {
+std::vector<std::string> cafNames(const AudioFileContents &contents, const SampleWrapping &wrapping) {
     std::vector<std::string> names(contents.positions.size());
     std::map<std::uint32_t, std::string> texts;
-    for (const SampleWrapping::Part &part : contents.wrapping->parts)
+    for (const SampleWrapping::Part &part : wrapping.parts)
         if (part.chunk.id == "strg") readNames(part.chunk.data, texts);
-    for (const SampleWrapping::Part &part : contents.wrapping->parts)
+    for (const SampleWrapping::Part &part : wrapping.parts)
         for (const AudioFilePositionField &field : part.chunk.fields) {
             const auto text = texts.find(u32At(part.chunk.data, field.offset - framePosition + markerId, order));
             if (text != texts.end()) names[field.index] = text->second;

@@ -16,12 +16,16 @@ using Part = SampleWrapping::Part;
 using Size = SampleWrapping::Size;
 
 // W64 names chunks by sixteen bytes, the first four of which are the WAV name.
+constexpr std::string_view w64Rest("\xF3\xAC\xD3\x11\x8C\xD1\x00\xC0\x4F\x8E\xDB\x8A", 12);
+
 constexpr std::array dialects{
     WrappingDialect{Kind::rf64, "RF64", "RF64", std::endian::little, 4, 4, 12, 0, 2, 4, 8},
     WrappingDialect{Kind::bw64, "BW64", "BW64", std::endian::little, 4, 4, 12, 0, 2, 4, 8},
     WrappingDialect{Kind::rifx, "RIFX", "RIFX", std::endian::big, 4, 4, 12, 0, 2, 4, 8},
-    WrappingDialect{Kind::w64, "riff", "W64", std::endian::little, 16, 8, 40, 24, 8, 16, 0},
+    WrappingDialect{Kind::w64, "riff", "W64", std::endian::little, 16, 8, 40, 24, 8, 16, 0, "data", w64Rest},
     WrappingDialect{Kind::caf, "caff", "CAF", std::endian::big, 4, 8, 8, 0, 1, 0, 0},
+    WrappingDialect{Kind::riff, "RIFF", "WAV", std::endian::little, 4, 4, 12, 0, 2, 4, 8},
+    WrappingDialect{Kind::aifc, "FORM", "AIFC", std::endian::big, 4, 4, 12, 0, 2, 4, 8, "SSND"},
 };
 
 struct Amounts {

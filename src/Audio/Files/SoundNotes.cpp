@@ -27,7 +27,8 @@ std::string fromLatin1(std::string_view text) {
 std::span<const TextKey> textKeys() { return keys; }
 
 SoundNotes soundNotes(const AudioFileContents &contents) {
-    if (contents.wrapping) return wrappedNotes(contents);
+    if (contents.wrapping) return wrappedNotes(contents, *contents.wrapping);
+    if (contents.tags.around) return wrappedNotes(contents, *contents.tags.around);
     if (contents.format.container == AudioContainer::wav) return wavNotes(contents);
     return contents.format.container == AudioContainer::coreAudio ? flacNotes(contents) : aiffNotes(contents);
 }

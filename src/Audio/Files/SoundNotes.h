@@ -48,7 +48,7 @@ std::span<const TextKey> textKeys();
 SoundNotes wavNotes(const AudioFileContents &contents);
 SoundNotes aiffNotes(const AudioFileContents &contents);
 SoundNotes flacNotes(const AudioFileContents &contents);
-SoundNotes wrappedNotes(const AudioFileContents &contents);
+SoundNotes wrappedNotes(const AudioFileContents &contents, const SampleWrapping &wrapping);
 SoundNotes soundNotes(const AudioFileContents &contents);  // by container; a decoded file's are FLAC's or none
 
 // Append notes to contents as the format writes them, and return what it has no place for, as the user is told of it. The loop

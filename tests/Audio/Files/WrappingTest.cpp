@@ -133,6 +133,11 @@ TEST(Wrapping, HoldsPositionsThatFollowEdits) {
          rifx(fmtBe + beChunk("LIST", text("adtl") + label(1)) + beChunk("cue ", beCue(2)) +
               beChunk("smpl", beSmpl(1, zeros(8) + be32(1) + be32(2) + zeros(8))) + beChunk("data", zeros(4) + four)),
          {1, 0, 2, 2}},
+        {w64(w64Chunk("fmt ", fmt(stereo)) + w64Chunk("data", fourLittle) + w64Chunk("cue ", cues({{3, 1, 1}})) +
+             w64Chunk("smpl", smpl({{0, 1}}))),
+         w64(w64Chunk("fmt ", fmt(stereo)) + w64Chunk("data", zeros(4) + fourLittle) + w64Chunk("cue ", cues({{3, 2, 2}})) +
+             w64Chunk("smpl", smpl({{1, 2}}))),
+         {1, 0, 2}},
         {caf("lpcm", 0,
              cafChunk("mark", be32(0) + be32(2) + cafMarker(one, 1) + cafMarker(oneAndABit, 2)) +
                  cafChunk("regn", be32(0) + be32(1) + zeros(8) + be32(1) + cafMarker(0, 3)) + cafData(four)),
@@ -153,16 +158,22 @@ TEST(Wrapping, HoldsPositionsThatFollowEdits) {
 }
 
 TEST(Wrapping, OfAWavFileTakesALoopAndGivesItBack) {
-    const Bytes plain = rifx(beChunk("fmt ", beFmt()) + beChunk("data", four));
-    AudioFileContents contents = AudioFileCodec::addingLoop(found(plain), 0, 2);
-    const Bytes looped = AudioFileCodec::wrappedImage(contents).bytes();
-    EXPECT_EQ(show(looped), show(rifx(beChunk("fmt ", beFmt()) + beChunk("data", four) +
-                                      beChunk("smpl", beSmpl(1, zeros(8) + be32(0) + be32(1) + zeros(8))))));
-    contents = found(looped);
-    ASSERT_TRUE(contents.loop);
-    contents = AudioFileCodec::removingLoop(std::move(contents));
-    EXPECT_EQ(show(AudioFileCodec::wrappedImage(contents).bytes()),
-              show(rifx(beChunk("fmt ", beFmt()) + beChunk("data", four) + beChunk("smpl", beSmpl(0, {})))));
+    const Bytes big = beChunk("fmt ", beFmt()) + beChunk("data", four);
+    const Bytes wide = w64Chunk("fmt ", fmt(stereo)) + w64Chunk("data", fourLittle);
+    const Bytes loop = zeros(28) + le32(1) + zeros(4) + zeros(8) + le32(0) + le32(1) + zeros(8);
+    const std::tuple<Bytes, Bytes, Bytes> rows[] = {
+        {rifx(big), rifx(big + beChunk("smpl", beSmpl(1, zeros(8) + be32(0) + be32(1) + zeros(8)))),
+         rifx(big + beChunk("smpl", beSmpl(0, {})))},
+        {w64(wide), w64(wide + w64Chunk("smpl", loop)), w64(wide + w64Chunk("smpl", zeros(36)))},
+    };
+    for (const auto &[plain, looped, emptied] : rows) {
+        AudioFileContents contents = AudioFileCodec::addingLoop(found(plain), 0, 2);
+        EXPECT_EQ(show(AudioFileCodec::wrappedImage(contents).bytes()), show(looped));
+        contents = found(looped);
+        ASSERT_TRUE(contents.loop);
+        contents = AudioFileCodec::removingLoop(std::move(contents));
+        EXPECT_EQ(show(AudioFileCodec::wrappedImage(contents).bytes()), show(emptied));
+    }
     EXPECT_FALSE(found(caf("lpcm", 0, cafData(four))).canStoreLoop());
 }
 
