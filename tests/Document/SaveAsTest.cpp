@@ -144,7 +144,7 @@ TEST(SaveAs, AsksBeforeItReplacesAnotherFileAndComesBackWithWhatWasTyped) {
     };
     for (const auto &row : rows) {
         SaveAsWorld world;
-        world.disk.allow(false, true);
+        world.disk.setAbilities({.names = true});
         world.disk.addName(world.path, "/music/same.wav");
         const auto other = std::as_bytes(std::span("other"));
         world.disk.put("/music/other.wav", {other.begin(), other.end()});

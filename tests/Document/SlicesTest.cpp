@@ -150,7 +150,7 @@ TEST(SavingSlices, AsksForAFolderThatMayNotBeWrittenAndRemembersIt) {
     document.open(world.path, [](const std::string &) {});
     world.jobs.runAll();
     AudioEditorSlices::detect(document.model(), AudioEditorSlicer::Mode::grid);
-    world.disk.setWritable("/music", false);
+    world.disk.protect("/music");
     world.disk.makeFolder("/mine");
     const auto save = [&] {
         document.saveSlices("", AudioDocument::IfHeld::replace);
@@ -180,9 +180,9 @@ TEST(SavingSlices, AsksForAFolderThatMayNotBeWrittenAndRemembersIt) {
     save();
     EXPECT_EQ(ui.choices.size(), 3u) << "another folder does not cover this one";
     EXPECT_EQ(ui.errors.size(), 1u) << "what was allowed does not make it writable";
-    world.disk.setWritable("/music", true);
+    world.disk.unprotect("/music");
     save();
-    world.disk.setWritable("/music", false);
+    world.disk.protect("/music");
     save();
     EXPECT_EQ(ui.choices.size(), 3u) << "it is remembered";
     EXPECT_EQ(world.settings.get(Setting::folderBookmarks), "/mine\n/");

@@ -249,7 +249,7 @@ TEST_F(DocumentWindowTest, ClosesAtOnceWithoutChangesAndGivesUpAnOpenDialog) {
 TEST_F(DocumentWindowTest, AFailedSaveIsShownAndKeepsTheWindow) {
     open();
     controller->perform(reverse);
-    world.disk.setWritable("/music", false);
+    world.disk.protect("/music");
     world.disk.failAt(1, std::errc::no_space_on_device, FakeFileSystem::Lasting::on);
     controller->requestClose();
     press("Save");
