@@ -28,6 +28,7 @@ struct DocumentCore {
     BackgroundPeaks peaks;
     DocumentPlayer player;
     DocumentJournal journal;
+    bool isGivenUp = false;      // by its user: nothing of it is to outlive the program
     std::function<void()> tell;  // the document's observers, of a new name, format, edited or busy state
     Lifetime lifetime;           // jobs and questions hold it
 

@@ -55,11 +55,13 @@ void DocumentWork::start(Kind kind, std::function<void(Progress &)> job, std::fu
     (jobs_.*run)(progress, std::move(job), report_);
 }
 
-void DocumentWork::afterEdit(Save save) { isEditing() ? keep(std::move(save)) : save(true); }
+void DocumentWork::afterEdit(Save save) {
+    if (!isEditing()) return save(true);
+    waitingSave_ = std::move(save);
+}
 
 void DocumentWork::goOn() {
-    if (isEditing()) return;
-    if (const auto save = std::exchange(waitingSave_, nullptr)) save(true);
+    if (const auto save = std::exchange(keptSave_, nullptr)) afterEdit([save](bool) { save(true); });
 }
 
 void DocumentWork::editEnded(bool committed) {

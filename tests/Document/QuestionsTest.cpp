@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "Document/DocumentWorld.h"
+#include "Editor/AudioEditorModel/AudioEditorSlices.h"
 
 namespace kiv {
 namespace {
@@ -9,6 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 const std::string file = Wav::file(Wav::ramp(1000));
 
@@ -44,6 +46,29 @@ TEST(Revert, FailsWithAnErrorAndKeepsTheSound) {
     EXPECT_THAT(world.ui.errors, ElementsAre(HasSubstr("“drum.wav” could not be read: ")));
     EXPECT_EQ(world.model.state().buffer.frames(), 1000);
     EXPECT_TRUE(world.document->isEdited());
+}
+
+TEST(Revert, KeepsWhatIsEditedWhileItReads) {
+    DocumentWorld world;
+    world.open(file);
+    world.document->revert();
+    AudioEditorEdits::reverse(world.model);
+    world.jobs.runAll();
+    EXPECT_TRUE(world.document->isEdited() && world.model.canUndo() && !world.document->isBusy());
+    EXPECT_THAT(world.ui.notices, ElementsAre("“drum.wav” was edited meanwhile and not read again"));
+}
+
+TEST(Revert, LeavesNothingOfADragUnderWay) {
+    DocumentWorld world;
+    world.open(file);
+    world.model.commitSlices({{0, 500}, {500, 1000}});
+    EXPECT_TRUE(world.save());
+    world.put(Wav::file({7, 8}));
+    world.document->revert();
+    AudioEditorSlices::moveSliceEdge(world.model, {0, false}, 400);
+    world.jobs.runAll();
+    AudioEditorSlices::endSliceMove(world.model);
+    EXPECT_FALSE(world.document->isEdited() || world.model.canUndo());
 }
 
 TEST(Closing, AsksOnlyWhenThereAreEdits) {
@@ -130,6 +155,24 @@ TEST(Closing, AskedForTwiceIsOneQuestionForBoth) {
     world.ui.press("Save");
     world.jobs.runAll();
     EXPECT_EQ(closed, 2);
+}
+
+TEST(Closing, LeavesNothingBehindOfWhatWasGivenUp) {
+    DocumentWorld world;
+    const JournalFolder journals{world.disk, "/home/journals"};
+    AudioDocument document(
+        {*world.files, world.jobs, world.settings, world.clipboard, nullptr, nullptr, Peaks::kept, &journals}, world.ui);
+    world.put(file);
+    document.open(world.path, [](const std::string &error) { EXPECT_EQ(error, ""); });
+    world.jobs.runAll();
+    AudioEditorEdits::reverse(document.model());
+    world.jobs.runAll();
+    EXPECT_THAT(world.disk.list(journals.path), Not(IsEmpty()));
+    document.letGo();
+    document.model().setVerticalZoomDb(3);
+    document.flushJournal([] {});
+    world.jobs.runAll();
+    EXPECT_THAT(world.disk.list(journals.path), IsEmpty());
 }
 
 TEST(Closing, AnAnswerAfterTheDocumentIsGoneIsIgnored) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Formats/Tools.h"
+#include "Platform/ForwardingFiles.h"
 
 // Files that are not what they say, are damaged or cut off, or turn out wrong while they are written.
 namespace kiv {
@@ -190,11 +191,10 @@ TEST(DamagedFormats, FlacKeepsTheTagsAroundIt) {
 }
 
 // Writes with a fault in the file, as a worn disk or a mistake of ours would.
-class FaultyFiles : public Files {
+class FaultyFiles : public ForwardingFiles {
 public:
-    FaultyFiles(Files &files, std::function<void(std::string &)> damage) : files_(files), damage_(std::move(damage)) {}
-    void replace(const std::string &path, const std::function<void(ByteSink &)> &produce,
-                 const std::function<void(const ByteSource &)> &check) override {
+    FaultyFiles(Files &files, std::function<void(std::string &)> damage) : ForwardingFiles(files), damage_(std::move(damage)) {}
+    void replace(const std::string &path, const Produce &produce, const Check &check) override {
         const auto faulty = [&](ByteSink &sink) {
             MemorySink kept;
             produce(kept);
@@ -203,18 +203,10 @@ public:
             damage_(text);
             sink.write(std::as_bytes(std::span(text)));
         };
-        files_.replace(path, faulty, check);
+        ForwardingFiles::replace(path, faulty, check);
     }
-    std::unique_ptr<ByteSource> open(const std::string &path) override { return files_.open(path); }
-    std::optional<FileSystem::Identity> identity(const std::string &path) override { return files_.identity(path); }
-    std::vector<std::string> names(const std::string &folder) override { return files_.names(folder); }
-    bool isWritable(const std::string &folder) override { return files_.isWritable(folder); }
-    void createFolder(const std::string &path) override { files_.createFolder(path); }
-    void moveToTrash(const std::string &path) override { files_.moveToTrash(path); }
-    Recovery recoverInterrupted(const std::string &path) override { return files_.recoverInterrupted(path); }
 
 private:
-    Files &files_;
     std::function<void(std::string &)> damage_;
 };
 
