@@ -383,7 +383,7 @@ void keepAroundPacked(AudioFileContents &contents, std::int64_t frames, const By
     collectPositions(contents, around);
     const WrappingDialect *const dialect = dialectOf(around.kind);
     std::string &name = contents.format.typeName;
-    const bool isNamed = dialect && found->contents.format.typeName == name + " " + dialect->name;
+    const bool isNamed = dialect && name != dialect->name;  // after what is in it
     if (!isNamed) name = found->contents.format.typeName;
 } catch (const AudioFileError &) {
     // It says too little of itself.
