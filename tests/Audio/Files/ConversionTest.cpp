@@ -119,6 +119,7 @@ AudioFileCodec::Conversion ofPacked(const Bytes &file, const AudioSaveFormat &fo
     contents.format.container = AudioContainer::coreAudio;
     contents.coreAudioSettings.emplace();
     contents.buffer = AudioEditorBuffer(std::vector<float>{0, 0}, 1, 44100);
+    contents.format.typeName = std::string_view(typeName).ends_with("AIFC") ? "AIFC" : "WAV";
     keepAroundPacked(contents, 2, MemorySource(file));
     EXPECT_EQ(contents.format.typeName, typeName);
     EXPECT_FALSE(contents.canSaveInPlace());
