@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "Cli/Commands.h"
 #include "Cli/Interrupt.h"
 #include "Cli/Reading.h"
@@ -111,10 +113,7 @@ std::string asJson(const std::string &path, const Summary &summary, JsonWriter::
     return json.endList().endObject().take();
 }
 
-std::string rateText(double rate) {
-    const bool isWhole = rate == double(std::int64_t(rate));
-    return decimalText(rate, isWhole ? 0 : 3) + " Hz";
-}
+std::string rateText(double rate) { return decimalText(rate, rate == std::floor(rate) ? 0 : 3) + " Hz"; }
 
 std::string asText(const std::string &path, const Summary &summary) {
     const AudioFileContents &contents = summary.contents;
