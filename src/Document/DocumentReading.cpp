@@ -129,6 +129,7 @@ void open(DocumentCore &core, const std::string &path, Done done) {
 void restore(DocumentCore &core, std::shared_ptr<const AbandonedJournal> journal, Done done) {
     if (core.work.isBusy()) return done("It is busy.");
     core.file.path = journal->document;
+    const std::int64_t version = core.model.state().contentVersion;
     const auto recovered = std::make_shared<RecoveredDocument>();
     core.work.start(
         DocumentWork::Kind::reading,
@@ -136,9 +137,11 @@ void restore(DocumentCore &core, std::shared_ptr<const AbandonedJournal> journal
             *recovered = recoverDocument(*services.journals, *journal, services.files, services.decoders, progress);
         },
         [=, &core](std::exception_ptr failure) {
-            if (!failure) installRecovered(core, std::move(*recovered), journal);
+            const bool isUntouched = core.model.state().contentVersion == version;
+            if (!failure && isUntouched) installRecovered(core, std::move(*recovered), journal);
             core.tell();
-            done(!failure ? "" : wasCancelled(failure) ? cancelledText : errorText(failure));
+            if (failure) return done(wasCancelled(failure) ? cancelledText : errorText(failure));
+            done(isUntouched ? "" : "It was edited meanwhile.");
         });
 }
 

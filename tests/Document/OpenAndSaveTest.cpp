@@ -52,10 +52,7 @@ TEST(Opening, TellsWhatIsWrongWithAFile) {
         EXPECT_FALSE(world.document->isBusy());
     }
     DocumentWorld world;
-    std::string missing;
-    world.document->open("/nowhere/a.wav", [&](const std::string &error) { missing = error; });
-    world.jobs.runAll();
-    EXPECT_THAT(missing, HasSubstr("No such file"));
+    EXPECT_THAT(world.read(*world.document, "/nowhere/a.wav"), HasSubstr("No such file"));
 }
 
 TEST(Opening, KnowsTheChannelsBeforeItHasReadTheSamples) {
@@ -115,8 +112,7 @@ TEST(Opening, TellsWhatHasBefallenAFileInOneNotice) {
         Files &files = isRestored ? restoring : *world.files;
         AudioDocument document({files, world.jobs, world.settings, world.clipboard}, world.ui);
         world.put(bytes);
-        document.open(world.path, [](const std::string &error) { EXPECT_EQ(error, ""); });
-        world.jobs.runAll();
+        EXPECT_EQ(world.read(document), "");
         EXPECT_EQ(world.ui.notices, notices);
     }
 }

@@ -157,22 +157,50 @@ TEST(Closing, AskedForTwiceIsOneQuestionForBoth) {
     EXPECT_EQ(closed, 2);
 }
 
+// With a journal, and an edit in it.
+struct JournalledWorld : DocumentWorld {
+    const JournalFolder journals{disk, "/home/journals"};
+
+    JournalledWorld() {
+        put(file);
+        begin();
+        AudioEditorEdits::reverse(document->model());
+        jobs.runAll();
+        EXPECT_THAT(disk.list(journals.path), Not(IsEmpty()));
+    }
+    void begin() {
+        document = std::make_unique<AudioDocument>(
+            DocumentServices{*files, jobs, settings, clipboard, nullptr, nullptr, Peaks::kept, &journals}, ui);
+        EXPECT_EQ(read(*document), "");
+    }
+};
+
 TEST(Closing, LeavesNothingBehindOfWhatWasGivenUp) {
-    DocumentWorld world;
-    const JournalFolder journals{world.disk, "/home/journals"};
-    AudioDocument document(
-        {*world.files, world.jobs, world.settings, world.clipboard, nullptr, nullptr, Peaks::kept, &journals}, world.ui);
-    world.put(file);
-    document.open(world.path, [](const std::string &error) { EXPECT_EQ(error, ""); });
+    JournalledWorld world;
+    world.document->letGo();
+    world.document->model().setVerticalZoomDb(3);
+    world.document->flushJournal([] {});
     world.jobs.runAll();
-    AudioEditorEdits::reverse(document.model());
-    world.jobs.runAll();
-    EXPECT_THAT(world.disk.list(journals.path), Not(IsEmpty()));
-    document.letGo();
-    document.model().setVerticalZoomDb(3);
-    document.flushJournal([] {});
-    world.jobs.runAll();
-    EXPECT_THAT(world.disk.list(journals.path), IsEmpty());
+    EXPECT_THAT(world.disk.list(world.journals.path), IsEmpty());
+}
+
+TEST(Restoring, KeepsWhatIsEditedWhileItReadsAndIsQuietWhenCancelled) {
+    for (const bool edits : {true, false}) {
+        JournalledWorld world;
+        world.document.reset();
+        world.begin();
+        auto found = findAbandonedJournals(world.journals);
+        std::string told;
+        world.document->restore(std::make_shared<AbandonedJournal>(std::move(found.at(0))), [&](auto &error) { told = error; });
+        if (edits)
+            AudioEditorEdits::silence(world.document->model());
+        else
+            world.document->cancelWork();
+        world.jobs.runAll();
+        EXPECT_EQ(told, edits ? "It was edited meanwhile." : AudioDocument::cancelledText);
+        EXPECT_EQ(world.document->isEdited(), edits);
+        EXPECT_EQ(world.document->model().state().buffer.sample(0, 0), edits ? 0 : 1 / 32768.0f);
+    }
 }
 
 TEST(Closing, AnAnswerAfterTheDocumentIsGoneIsIgnored) {

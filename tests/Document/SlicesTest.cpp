@@ -147,8 +147,7 @@ TEST(SavingSlices, AsksForAFolderThatMayNotBeWrittenAndRemembersIt) {
     ChoosingUi ui;
     AudioDocument document({*world.files, world.jobs, world.settings, world.clipboard}, ui);
     world.put(Wav::file(Wav::ramp(20)));
-    document.open(world.path, [](const std::string &) {});
-    world.jobs.runAll();
+    world.read(document);
     AudioEditorSlices::detect(document.model(), AudioEditorSlicer::Mode::grid);
     world.disk.protect("/music");
     world.disk.makeFolder("/mine");
