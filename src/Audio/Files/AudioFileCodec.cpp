@@ -135,7 +135,7 @@ void encodeSamples(const AudioEditorBuffer &buffer, FrameRange range, const Audi
     buffer.forEachSpanWithOriginals(range, [&](std::span<const float> samples, const SampleOriginals *originals, auto first) {
         const auto encoded = out.first(samples.size() * std::size_t(encoding.bytes));
         kiv::encodeSamples(samples, encoding, encoded);
-        if (const auto *residue = dynamic_cast<const SampleResidue *>(originals)) residue->restore(first, encoding, encoded);
+        if (originals) restoreOriginals(*originals, first, encoding, encoded);
         out = out.subspan(encoded.size());
     });
 }

@@ -57,21 +57,16 @@ KIV_VECTORISED void addTo(std::byte *encoded, const std::byte *differences, bool
     }
 }
 
-struct Differences {
-    int width = 0;
-    std::unique_ptr<std::byte[]> stored;
-};
-
 template <class Word>
-Differences differencesOf(std::span<const std::byte> original, std::span<const std::byte> encoded, bool swapped) {
+SampleOriginals::Part differencesOf(std::span<const std::byte> original, std::span<const std::byte> encoded, bool swapped) {
     const std::size_t count = original.size() / sizeof(Word);
     const auto words = std::make_unique_for_overwrite<Word[]>(count);
     const Word bits = subtract(original.data(), encoded.data(), swapped, count, words.get());
     const int width = bits <= 0xFF ? 1 : bits <= 0xFFFFFFFF ? 4 : 8;
-    Differences result{width, std::make_unique_for_overwrite<std::byte[]>(count * std::size_t(width))};
-    if (width == 1) narrow<std::int8_t>(words.get(), count, result.stored.get());
-    if (width == 4) narrow<std::int32_t>(words.get(), count, result.stored.get());
-    if (width == 8) narrow<std::int64_t>(words.get(), count, result.stored.get());
+    SampleOriginals::Part result{width, std::make_unique_for_overwrite<std::byte[]>(count * std::size_t(width))};
+    if (width == 1) narrow<std::int8_t>(words.get(), count, result.differences.get());
+    if (width == 4) narrow<std::int32_t>(words.get(), count, result.differences.get());
+    if (width == 8) narrow<std::int64_t>(words.get(), count, result.differences.get());
     return result;
 }
 
@@ -82,6 +77,10 @@ void addDifferences(std::byte *encoded, const std::byte *differences, int width,
     if (width == 8) addTo<std::int64_t, Word>(encoded, differences, swapped, count);
 }
 
+SampleOriginals::Word wordOf(const AudioSampleEncoding &encoding) {
+    return encoding.kind == Kind::integer ? SampleOriginals::Word::integer32 : SampleOriginals::Word::float64;
+}
+
 }  // namespace
 
 // Up to 24 bits are a float's own, and so are 32-bit floats.
@@ -89,48 +88,41 @@ bool SampleResidue::isNeeded(const AudioSampleEncoding &encoding) {
     return encoding.bytes == (encoding.kind == Kind::integer ? 4 : 8);
 }
 
-SampleResidue::SampleResidue(const AudioSampleEncoding &encoding, std::int64_t samples)
-    : kind_(encoding.kind), bytes_(encoding.bytes), parts_(std::size_t((samples + partSamples - 1) / partSamples)) {
+SampleResidue::SampleResidue(const AudioSampleEncoding &encoding, std::int64_t samples) : SampleOriginals(samples) {
     assert(isNeeded(encoding));
+    expect(wordOf(encoding));
 }
 
 void SampleResidue::keep(std::int64_t first, std::span<const std::byte> original, const AudioSampleEncoding &encoding,
                          std::span<const float> decoded) {
-    assert(first % partSamples == 0 && encoding.bytes == bytes_);
     const bool swapped = orderOf(encoding) != std::endian::native;
-    const auto width = std::size_t(bytes_);
+    const auto width = std::size_t(encoding.bytes);
     const auto scratch = std::make_unique_for_overwrite<std::byte[]>(std::size_t(partSamples) * width);
-    for (auto part = parts_.begin() + first / partSamples; !decoded.empty(); ++part) {
+    for (; !decoded.empty(); first += partSamples) {
         const std::size_t count = std::min(decoded.size(), std::size_t(partSamples));
         const auto stood = original.first(count * width);
         const std::span encoded(scratch.get(), count * width);
         encodeSamples(decoded.first(count), encoding, encoded);
         if (std::memcmp(stood.data(), encoded.data(), encoded.size()) != 0) {
-            auto found = bytes_ == 4 ? differencesOf<std::uint32_t>(stood, encoded, swapped)
-                                     : differencesOf<std::uint64_t>(stood, encoded, swapped);
-            *part = {found.width, std::move(found.stored)};
+            const auto subtractAll = width == 4 ? differencesOf<std::uint32_t> : differencesOf<std::uint64_t>;
+            SampleOriginals::keep(wordOf(encoding), first, subtractAll(stood, encoded, swapped));
         }
         original = original.subspan(count * width);
         decoded = decoded.subspan(count);
     }
 }
 
-bool SampleResidue::isEmpty() const {
-    return std::all_of(parts_.begin(), parts_.end(), [](const Part &part) { return part.width == 0; });
-}
-
-void SampleResidue::restore(std::int64_t first, const AudioSampleEncoding &encoding, std::span<std::byte> encoded) const {
-    if (encoding.kind != kind_ || encoding.bytes != bytes_) return;
+void restoreOriginals(const SampleOriginals &originals, std::int64_t first, const AudioSampleEncoding &encoding,
+                      std::span<std::byte> encoded) {
+    if (!SampleResidue::isNeeded(encoding)) return;
     const bool swapped = orderOf(encoding) != std::endian::native;
-    const auto count = std::int64_t(encoded.size()) / bytes_;
-    for (std::int64_t done = 0; done < count;) {
-        const std::int64_t within = (first + done) % partSamples, here = std::min(partSamples - within, count - done);
-        const Part &part = parts_[std::size_t((first + done) / partSamples)];
-        std::byte *const words = encoded.data() + done * bytes_, *const differences = part.differences.get();
-        const auto addAll = bytes_ == 4 ? addDifferences<std::uint32_t> : addDifferences<std::uint64_t>;
-        addAll(words, differences + within * part.width, part.width, swapped, std::size_t(here));
-        done += here;
-    }
+    const std::int64_t bytes = encoding.bytes;
+    const auto addAll = bytes == 4 ? addDifferences<std::uint32_t> : addDifferences<std::uint64_t>;
+    originals.forEachPart(wordOf(encoding), first, std::int64_t(encoded.size()) / bytes,
+                          [&](const SampleOriginals::Part &part, std::int64_t within, std::int64_t at, std::int64_t count) {
+                              addAll(encoded.data() + at * bytes, part.differences.get() + within * part.width, part.width,
+                                     swapped, std::size_t(count));
+                          });
 }
 
 }  // namespace kiv

@@ -137,6 +137,7 @@ bool JournalFile::append(const Edited &edited, Progress &progress) {
         write(recordHeader(JournalRecord::samples, bytes));
         write(bytes);
     }
+    for (const auto &missing : account.missing) writeOriginals(missing);
     JournalState state = edited.state;
     state.channels = edited.buffer.channels();
     state.sampleRate = edited.buffer.sampleRate();
@@ -145,6 +146,19 @@ bool JournalFile::append(const Edited &edited, Progress &progress) {
     file_->sync();
     neededBytes_ = account.journalBytes;
     return isWhole_ = true;
+}
+
+void JournalFile::writeOriginals(const StoredSamples::Missing &missing) {
+    for (const auto word : SampleOriginals::words) {
+        if (!missing.originals) continue;
+        const auto writePart = [&](const SampleOriginals::Part &part, std::int64_t within, std::int64_t at,
+                                   std::int64_t count) {
+            const std::byte *const first = part.differences.get() + within * part.width;
+            const std::int64_t place = missing.at + at * std::int64_t(sizeof(float));
+            if (part.width > 0) write(encoded(JournalOriginals{place, word, part.width, {first, first + count * part.width}}));
+        };
+        missing.originals->forEachPart(word, missing.first, std::int64_t(missing.samples.size()), writePart);
+    }
 }
 
 void JournalFile::write(std::span<const std::byte> bytes) {

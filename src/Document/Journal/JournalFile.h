@@ -74,6 +74,7 @@ private:
     void writeAnew(const std::shared_ptr<const Base> &base, const Edited &edited, Progress &progress);
     void writeWhole(const Edited &edited, Progress &progress);
     bool append(const Edited &edited, Progress &progress);
+    void writeOriginals(const StoredSamples::Missing &missing);
     void write(std::span<const std::byte> bytes);
     JournalBase keepBase(const Base &base);
     std::string freeNameFor(const Base &base);

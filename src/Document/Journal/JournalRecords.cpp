@@ -209,12 +209,13 @@ void fields(auto &a, Is<JournalState> auto &v) {
     a.all(v.order, v.writtenAt, v.channels, v.sampleRate, v.pieces, v.markers, v.loop, v.slices, v.cursor, v.selection);
 }
 void fields(auto &a, Is<JournalSave> auto &v) { a.all(v.path, v.digest, v.order, v.pieces); }
+void fields(auto &a, Is<JournalOriginals> auto &v) { a.all(v.at, v.word, v.width, v.differences); }
 
 // Another one as soon as any member of a record is: what a program with other members has written cannot be read.
 std::uint32_t layout() {
     static const std::uint32_t digest = [] {
         Shape shape;
-        shape.all(JournalBase(), JournalState(), JournalSave());
+        shape.all(JournalBase(), JournalState(), JournalSave(), JournalOriginals());
         return shape.digest();
     }();
     return digest;
@@ -315,13 +316,23 @@ private:
         const Header header = readHeader(source_, found_.whole);
         const std::int64_t at = found_.whole + journalRecordHeader;
         if (header.layout != layout()) return readForeign(at, header);
-        if (header.kind == JournalRecord::samples) {
-            if (check_ == JournalCheck::samplesToo && !areSamplesWhole(source_, at, header))
-                damaged_.push_back({at, at + std::int64_t(header.bytes)});
+        if (header.kind == JournalRecord::samples || header.kind == JournalRecord::originals) {
+            if (check_ == JournalCheck::samplesToo) readSamples(at, header);
         } else {
             readRecord(at, header);
         }
         found_.whole = at + std::int64_t(header.bytes);
+    }
+
+    // Originals that are damaged may be those of any samples since the last state.
+    void readSamples(std::int64_t at, const Header &header) {
+        const std::int64_t end = at + std::int64_t(header.bytes);
+        if (!areSamplesWhole(source_, at, header)) return damaged_.push_back({stateEnd_, end});
+        if (header.kind == JournalRecord::samples) return;
+        const auto found = decoded<JournalOriginals>(bytesAt(source_, at, header.bytes));
+        const auto bytes = std::int64_t(found.differences.size());
+        if (found.width < 1) throw TornRecord();
+        found_.originals.push_back({found.at, found.word, found.width, bytes / found.width, end - bytes});
     }
 
     void readRecord(std::int64_t at, const Header &header) try {
@@ -329,6 +340,7 @@ private:
         if (header.kind == JournalRecord::base) found_.base = decoded<JournalBase>(bytes);
         if (header.kind == JournalRecord::save) found_.saves.push_back(decoded<JournalSave>(bytes));
         if (header.kind == JournalRecord::state) take(decoded<JournalState>(bytes));
+        if (header.kind == JournalRecord::state) stateEnd_ = at;
     } catch (const TornRecord &) {
         found_.isDamaged = true;
         damaged_.push_back({at, at + std::int64_t(header.bytes)});
@@ -354,6 +366,7 @@ private:
     JournalCheck check_;
     JournalContents found_;
     std::vector<FrameRange> damaged_;  // bytes
+    std::int64_t stateEnd_ = 0;
 };
 
 }  // namespace
@@ -367,6 +380,7 @@ Bytes recordHeader(JournalRecord kind, std::span<const std::byte> bytes) {
 Bytes encoded(const JournalBase &base) { return record(JournalRecord::base, base); }
 Bytes encoded(const JournalState &state) { return record(JournalRecord::state, state); }
 Bytes encoded(const JournalSave &save) { return record(JournalRecord::save, save); }
+Bytes encoded(const JournalOriginals &originals) { return record(JournalRecord::originals, originals); }
 
 JournalContents readJournal(const ByteSource &source, JournalCheck check) { return JournalReader(source, check).read(); }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Audio/Files/AudioFileContents.h"
+#include "Editor/AudioEditorCore/SampleOriginals.h"
 #include "Platform/FileSystem.h"
 #include "Support/ByteSource.h"
 
@@ -63,7 +64,15 @@ struct JournalSave {
     std::vector<JournalPiece> pieces;
 };
 
-enum class JournalRecord : std::uint32_t { base = 1, samples, state, save };
+// What 32-bit floats leave out of samples that stand before it, where they were wider: see SampleOriginals.
+struct JournalOriginals {
+    std::int64_t at = 0;  // the byte at which the first of the samples begins
+    SampleOriginals::Word word{};
+    int width = 1;  // of a difference, in bytes
+    Bytes differences;
+};
+
+enum class JournalRecord : std::uint32_t { base = 1, samples, state, save, originals };
 inline constexpr std::int64_t journalRecordHeader = 32;  // bytes before a record's own
 
 // What stands before a record's bytes.
@@ -72,6 +81,7 @@ Bytes recordHeader(JournalRecord kind, std::span<const std::byte> bytes);
 Bytes encoded(const JournalBase &base);
 Bytes encoded(const JournalState &state);
 Bytes encoded(const JournalSave &save);
+Bytes encoded(const JournalOriginals &originals);
 
 // The last whole record of each kind, all saves, and of the states the last one that needs no samples which are damaged;
 // `whole` is the byte behind the last record. Samples are checked where asked for, which reads all of the journal. Throws
@@ -83,6 +93,15 @@ struct JournalContents {
     std::int64_t whole = 0;
     bool isDamaged = false;              // there may have been a later state
     std::optional<std::string> foreign;  // written by another version, about the document with this path
+    // Where what floats leave out is to be had, found where the samples are checked: so many differences from that byte on.
+    struct Originals {
+        std::int64_t at = 0;
+        SampleOriginals::Word word{};
+        int width = 1;
+        std::int64_t samples = 0;
+        std::int64_t where = 0;
+    };
+    std::vector<Originals> originals;  // for each kind of word in the order of the samples
 };
 enum class JournalCheck { positions, samplesToo };
 JournalContents readJournal(const ByteSource &source, JournalCheck check);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 
 #include "Document/AudioFileReading.h"
 #include "Platform/InPlaceReplace.h"
@@ -154,11 +155,49 @@ Found look(const JournalFolder &folder, const std::string &path, JournalCheck ch
     return found;
 }
 
-AudioEditorBuffer readSamples(const ByteSource &journal, const JournalPiece &piece, const JournalState &state) {
+void readExactly(const ByteSource &journal, std::int64_t at, std::span<std::byte> bytes) {
+    if (at < 0 || journal.read(at, bytes) < bytes.size()) throw AudioFileError::unreadable("the journal is torn");
+}
+
+using Kept = JournalContents::Originals;
+
+// Of the samples that begin at a byte, as far as they are among those kept.
+void readDifferences(const ByteSource &journal, const Kept &kept, std::int64_t at, std::span<std::int64_t> out) {
+    const std::int64_t skipped = (kept.at - at) / std::int64_t(sizeof(float));
+    const std::int64_t lo = std::max<std::int64_t>(skipped, 0), hi = std::min(skipped + kept.samples, std::int64_t(out.size()));
+    if (lo >= hi) return;
+    const auto bytes = std::size_t((hi - lo) * kept.width);
+    const SampleOriginals::Part part{kept.width, std::make_unique<std::byte[]>(bytes)};
+    readExactly(journal, kept.where + (lo - skipped) * kept.width, {part.differences.get(), bytes});
+    SampleOriginals::read(part, 0, out.subspan(std::size_t(lo), std::size_t(hi - lo)));
+}
+
+std::unique_ptr<const SampleOriginals> readOriginals(const ByteSource &journal, std::int64_t at, std::int64_t samples,
+                                                     const std::vector<Kept> &allKept) {
+    auto originals = std::make_unique<SampleOriginals>(samples);
+    for (const auto word : SampleOriginals::words) {
+        std::vector<Kept> kept;
+        std::ranges::copy_if(allKept, std::back_inserter(kept), [=](const Kept &each) { return each.word == word; });
+        if (!kept.empty()) originals->expect(word);
+        for (std::int64_t first = 0; first < samples && !kept.empty(); first += SampleOriginals::partSamples) {
+            std::vector<std::int64_t> differences(std::size_t(std::min(SampleOriginals::partSamples, samples - first)));
+            const std::int64_t begin = at + first * std::int64_t(sizeof(float));
+            const std::int64_t end = begin + std::int64_t(differences.size() * sizeof(float));
+            const auto ends = [](const Kept &each) { return each.at + each.samples * std::int64_t(sizeof(float)); };
+            for (auto each = std::ranges::upper_bound(kept, begin, {}, ends); each != kept.end() && each->at < end; ++each)
+                readDifferences(journal, *each, begin, differences);
+            originals->keep(word, first, differences);
+        }
+    }
+    return originals->isEmpty() ? nullptr : std::move(originals);
+}
+
+AudioEditorBuffer readSamples(const ByteSource &journal, const JournalPiece &piece, const JournalContents &contents) {
+    const JournalState &state = *contents.state;
     SampleMemory samples{std::size_t(piece.frames * state.channels)};
-    const auto bytes = std::as_writable_bytes(std::span(samples.data(), samples.size()));
-    if (piece.at < 0 || journal.read(piece.at, bytes) < bytes.size()) throw AudioFileError::unreadable("the journal is torn");
-    return AudioEditorBuffer(std::move(samples), state.channels, state.sampleRate);
+    readExactly(journal, piece.at, std::as_writable_bytes(std::span(samples.data(), samples.size())));
+    auto originals = readOriginals(journal, piece.at, std::int64_t(samples.size()), contents.originals);
+    return AudioEditorBuffer(std::move(samples), state.channels, state.sampleRate, std::move(originals));
 }
 
 // Halves are joined, so that many pieces take no longer than they have to.
@@ -170,8 +209,9 @@ AudioEditorBuffer joined(std::span<const AudioEditorBuffer> parts, const Journal
     return first.replacing({first.frames(), first.frames()}, joined(parts.subspan(half), state));
 }
 
-AudioEditorBuffer assembled(const JournalState &state, const ByteSource &journal, const AudioEditorBuffer *base,
+AudioEditorBuffer assembled(const JournalContents &contents, const ByteSource &journal, const AudioEditorBuffer *base,
                             const Progress &progress) {
+    const JournalState &state = *contents.state;
     std::vector<AudioEditorBuffer> parts;
     for (const JournalPiece &piece : state.pieces) {
         progress.throwIfCancelled();
@@ -180,7 +220,7 @@ AudioEditorBuffer assembled(const JournalState &state, const ByteSource &journal
             base && comesFromBase(piece) && base->channels() == state.channels && base->clampedRange(range) == range;
         if (!isInBase && piece.from != From::journal)
             throw AudioFileError::unreadable("what was not edited is not there any more");
-        parts.push_back(isInBase ? base->part(range) : readSamples(journal, piece, state));
+        parts.push_back(isInBase ? base->part(range) : readSamples(journal, piece, contents));
     }
     return joined(parts, state);
 }
@@ -272,7 +312,8 @@ RecoveredDocument recoverDocument(const JournalFolder &folder, const AbandonedJo
     const JournalState &state = *found.contents.state;
     document.contents.buffer = AudioEditorBuffer(state.channels, state.sampleRate);
     const auto samples = folder.fileSystem.open(journal.path);
-    document.edited = snapshotOf(state, assembled(state, *samples, document.base ? &*document.base : nullptr, progress));
+    document.edited =
+        snapshotOf(state, assembled(found.contents, *samples, document.base ? &*document.base : nullptr, progress));
     return document;
 }
 

@@ -22,7 +22,7 @@ void append(std::vector<JournalPiece> &pieces, const JournalPiece &piece, std::i
 
 StoredSamples::StoredSamples(const AudioEditorBuffer &base) : baseChannels_(base.channels()) {
     std::int64_t frame = 0;
-    base.forEachBlock([&](const std::shared_ptr<const void> &block, std::int64_t first, std::span<const float> samples) {
+    base.forEachBlock([&](const std::shared_ptr<const void> &block, std::int64_t first, std::span<const float> samples, auto) {
         blocks_[block].insert({first, {std::int64_t(samples.size()), From::base, frame}});
         frame += std::int64_t(samples.size()) / baseChannels_;
     });
@@ -45,13 +45,13 @@ StoredSamples::Part StoredSamples::partAt(const std::weak_ptr<const void> &block
     return {until, From::nowhere, 0};
 }
 
-// visit(block, first, samples, part): the samples of one part, and where it stands.
+// visit(block, first, samples, originals, part): the samples of one part, and where it stands.
 template <class Visit>
 void StoredSamples::forEachPart(const AudioEditorBuffer &sound, Visit visit) const {
-    sound.forEachBlock([&](const std::shared_ptr<const void> &block, std::int64_t first, std::span<const float> samples) {
+    sound.forEachBlock([&](const auto &block, std::int64_t first, std::span<const float> samples, const auto *originals) {
         while (!samples.empty()) {
             const Part part = partAt(block, first, std::int64_t(samples.size()), sound.channels());
-            visit(block, first, samples.first(std::size_t(part.samples)), part);
+            visit(block, first, samples.first(std::size_t(part.samples)), originals, part);
             first += part.samples;
             samples = samples.subspan(std::size_t(part.samples));
         }
@@ -62,23 +62,29 @@ StoredSamples::Account StoredSamples::account(const AudioEditorBuffer &sound, st
     std::erase_if(blocks_, [](const auto &entry) { return entry.first.expired(); });
     Account account;
     account.end = journalEnd;
-    forEachPart(sound, [&](const auto &block, std::int64_t first, std::span<const float> samples, Part part) {
+    std::int64_t originalBytes = 0;
+    const auto place = [&](const auto &block, std::int64_t first, std::span<const float> samples, const auto *originals,
+                           Part part) {
+        const std::int64_t moreBytes = originals ? originals->bytes(first, part.samples) : 0;
         if (part.from == From::nowhere) {
             part.from = From::journal;
             part.at = account.end + journalRecordHeader;
-            account.missing.push_back({samples, part.at});
+            account.missing.push_back({samples, part.at, originals, first});
             account.end = part.at + std::int64_t(samples.size_bytes());
+            originalBytes += moreBytes;
             blocks_[block].insert_or_assign(first, Run{part.samples, part.from, part.at});
         }
-        if (part.from == From::journal) account.journalBytes += std::int64_t(samples.size_bytes());
+        if (part.from == From::journal) account.journalBytes += std::int64_t(samples.size_bytes()) + moreBytes;
         append(account.pieces, {part.from, part.at, part.samples / sound.channels()}, sound.channels());
-    });
+    };
+    forEachPart(sound, place);
+    account.end += originalBytes;
     return account;
 }
 
 std::vector<JournalPiece> StoredSamples::find(const AudioEditorBuffer &sound) const {
     std::vector<JournalPiece> pieces;
-    forEachPart(sound, [&](const auto &, std::int64_t, std::span<const float>, const Part &part) {
+    forEachPart(sound, [&](auto &, auto, auto, auto, const Part &part) {
         append(pieces, {part.from, part.at, part.samples / sound.channels()}, sound.channels());
     });
     return pieces;

@@ -19,7 +19,9 @@ public:
     // Samples that are to be written behind what the journal holds, in this order: a record each.
     struct Missing {
         std::span<const float> samples;
-        std::int64_t at = 0;  // the byte at which they are to begin
+        std::int64_t at = 0;                         // the byte at which they are to begin
+        const SampleOriginals *originals = nullptr;  // what floats leave out of them, to be written behind all samples
+        std::int64_t first = 0;                      // of those
     };
     struct Account {
         std::vector<JournalPiece> pieces;

@@ -80,9 +80,23 @@ void AudioEditorBuffer::copyChannel(FrameRange range, std::int64_t channel, floa
 }
 
 bool AudioEditorBuffer::hasOriginals(FrameRange range) const {
+    return std::ranges::any_of(SampleOriginals::words, [&](auto word) { return hasOriginals(range, word); });
+}
+
+bool AudioEditorBuffer::hasOriginals(FrameRange range, SampleOriginals::Word word) const {
     bool has = false;
-    forEachPiece(range, [&](const Piece &piece, auto, FrameRange) { has = has || piece.block->originals; });
+    forEachPiece(range, [&](const Piece &piece, auto, FrameRange) {
+        has = has || (piece.block->originals && piece.block->originals->has(word));
+    });
     return has;
+}
+
+void AudioEditorBuffer::copyOriginals(FrameRange range, SampleOriginals::Word word, std::int64_t *out) const {
+    forEachSpanWithOriginals(range, [&](std::span<const float> samples, const SampleOriginals *originals, std::int64_t first) {
+        const std::span here(out, samples.size());
+        originals ? originals->read(word, first, here) : void(std::ranges::fill(here, 0));
+        out += samples.size();
+    });
 }
 
 std::vector<float> AudioEditorBuffer::samples() const {

@@ -67,17 +67,21 @@ public:
             visit(samples, piece.block->originals.get(), std::int64_t(samples.data() - piece.block->samples.data()));
         });
     }
-    // All of the sound as visit(block, first, samples): who keeps account of samples knows them again by the block that holds
-    // them, for as long as it lives, and by the number of the first in it.
+    // All of the sound as visit(block, first, samples, originals): who keeps account of samples knows them again by the block
+    // that holds them, for as long as it lives, and by the number of the first in it.
     template <class Visit>
     void forEachBlock(Visit visit) const {
         forEachPiece({0, frames_}, [&](const Piece &piece, std::span<const float> samples, FrameRange) {
-            visit(std::shared_ptr<const void>(piece.block), std::int64_t(samples.data() - piece.block->samples.data()),
-                  samples);
+            visit(std::shared_ptr<const void>(piece.block), std::int64_t(samples.data() - piece.block->samples.data()), samples,
+                  static_cast<const SampleOriginals *>(piece.block->originals.get()));
         });
     }
-    // Whether any sample of a range, which must lie inside the sound, has originals.
+    // Whether any sample of a range, which must lie inside the sound, has originals, of any or one kind of word.
     bool hasOriginals(FrameRange range) const;
+    bool hasOriginals(FrameRange range, SampleOriginals::Word word) const;
+    // Copies what floats leave out of the samples of a range, which must lie inside the sound, to out (range.count() · channels
+    // differences); 0 for samples of which nothing is known.
+    void copyOriginals(FrameRange range, SampleOriginals::Word word, std::int64_t *out) const;
 
     // Copies the interleaved samples of a range, which must lie inside the sound, to out (range.count() · channels floats).
     void copyFrames(FrameRange range, float *out) const;

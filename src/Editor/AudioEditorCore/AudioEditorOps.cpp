@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <memory>
+#include <span>
+#include <vector>
 
 #include "Editor/AudioEditorCore/SampleKernels.h"
 #include "Support/Parallel.h"
@@ -17,11 +21,37 @@ constexpr std::int64_t copiedSlice = std::int64_t(1) << 20;
 
 std::int64_t taskFrames(std::int64_t channels) { return std::max<std::int64_t>(taskSamples / channels, 1); }
 
+// Where what floats leave out of samples that only move goes with them: moveDifferences(made, out) gives, for frames of the new
+// sound, those of the old one. None where there are none.
+using Differences = std::vector<std::int64_t>;
+using MoveDifferences = std::function<void(SampleOriginals::Word word, FrameRange made, std::span<std::int64_t> out)>;
+
+std::unique_ptr<const SampleOriginals> movedOriginals(const AudioEditorBuffer &buffer, FrameRange range, std::int64_t channels,
+                                                      const MoveDifferences &move) {
+    auto originals = std::make_unique<SampleOriginals>(range.count() * channels);
+    for (const auto word : SampleOriginals::words) {
+        if (!buffer.hasOriginals(range, word)) continue;
+        originals->expect(word);
+        parallelFor(range.count(), SampleOriginals::partSamples, [&](std::int64_t lo, std::int64_t hi) {
+            Differences differences(std::size_t((hi - lo) * channels));
+            move(word, {lo, hi}, differences);
+            originals->keep(word, lo * channels, differences);
+        });
+    }
+    return originals->isEmpty() ? nullptr : std::move(originals);
+}
+
+Differences differencesOf(const AudioEditorBuffer &buffer, FrameRange range, SampleOriginals::Word word) {
+    Differences differences(std::size_t(range.count() * buffer.channels()));
+    buffer.copyOriginals(range, word, differences.data());
+    return differences;
+}
+
 // A new sound made of a range: write(in, frames, out) is called for parts that together cover the range, with the samples
 // there and with where the frame `at`, counted from the start of the range, belongs in the result.
 template <class Write>
 AudioEditorBuffer made(const AudioEditorBuffer &buffer, FrameRange range, std::int64_t channels, Progress *progress,
-                       Write write) {
+                       Write write, const MoveDifferences &move = {}) {
     if (progress) progress->start(range.count());
     SampleMemory out(std::size_t(range.count() * channels));
     parallelFor(range.count(), taskFrames(buffer.channels()), [&](std::int64_t lo, std::int64_t hi) {
@@ -29,14 +59,16 @@ AudioEditorBuffer made(const AudioEditorBuffer &buffer, FrameRange range, std::i
         buffer.forEachSpan({range.lo + lo, range.lo + hi},
                            [&](std::span<const float> in, FrameRange part) { write(in, part.lo - range.lo, out.data()); });
     });
-    return AudioEditorBuffer(std::move(out), channels, buffer.sampleRate());
+    auto originals = move ? movedOriginals(buffer, range, channels, move) : nullptr;
+    return AudioEditorBuffer(std::move(out), channels, buffer.sampleRate(), std::move(originals));
 }
 
 // The same, put back in place of the range.
 template <class Write>
-AudioEditorBuffer rewritten(const AudioEditorBuffer &buffer, FrameRange range, Progress *progress, Write write) {
+AudioEditorBuffer rewritten(const AudioEditorBuffer &buffer, FrameRange range, Progress *progress, Write write,
+                            const MoveDifferences &move = {}) {
     if (range.isEmpty()) return buffer;
-    return buffer.replacing(range, made(buffer, range, buffer.channels(), progress, write));
+    return buffer.replacing(range, made(buffer, range, buffer.channels(), progress, write, move));
 }
 
 AudioEditorBuffer copied(const AudioEditorBuffer &buffer, FrameRange range) {
@@ -98,9 +130,14 @@ AudioEditorBuffer silenced(const AudioEditorBuffer &buffer, FrameRange range) {
 AudioEditorBuffer reversed(const AudioEditorBuffer &buffer, FrameRange range, Progress *progress) {
     if (range.count() < 2) return buffer;
     const std::int64_t channels = buffer.channels();
-    return rewritten(buffer, range, progress, [&](std::span<const float> in, std::int64_t at, float *out) {
+    const auto write = [&](std::span<const float> in, std::int64_t at, float *out) {
         const std::int64_t frames = std::int64_t(in.size()) / channels;
         reverseFrames(in.data(), frames, channels, out + (range.count() - at - frames) * channels);
+    };
+    return rewritten(buffer, range, progress, write, [&](SampleOriginals::Word word, FrameRange made, auto out) {
+        const Differences in = differencesOf(buffer, {range.hi - made.hi, range.hi - made.lo}, word);
+        for (std::int64_t i = 0; i < made.count(); ++i)
+            std::copy_n(&in[std::size_t((made.count() - 1 - i) * channels)], channels, &out[std::size_t(i * channels)]);
     });
 }
 
@@ -140,17 +177,26 @@ AudioEditorBuffer mono(const AudioEditorBuffer &buffer, AudioEditorMonoSource so
     if (channels < 2) return buffer;
     if (source == AudioEditorMonoSource::mix) return withChannels(buffer, 1, progress);
     const std::int64_t channel = source == AudioEditorMonoSource::left ? 0 : 1;
-    return made(buffer, {0, buffer.frames()}, 1, progress, [=](std::span<const float> in, std::int64_t at, float *out) {
+    const auto write = [=](std::span<const float> in, std::int64_t at, float *out) {
         takeChannel(in.data(), channels, channel, std::int64_t(in.size()) / channels, out + at);
+    };
+    return made(buffer, {0, buffer.frames()}, 1, progress, write, [&](SampleOriginals::Word word, FrameRange made, auto out) {
+        const Differences in = differencesOf(buffer, made, word);
+        for (std::size_t i = 0; i < out.size(); ++i) out[i] = in[i * std::size_t(channels) + std::size_t(channel)];
     });
 }
 
 AudioEditorBuffer withChannels(const AudioEditorBuffer &buffer, std::int64_t channels, Progress *progress) {
     const std::int64_t from = buffer.channels(), to = std::max<std::int64_t>(channels, 1);
     if (from == to) return buffer;
-    return made(buffer, {0, buffer.frames()}, to, progress, [=](std::span<const float> in, std::int64_t at, float *out) {
+    const MoveDifferences spread = [&](SampleOriginals::Word word, FrameRange made, auto out) {
+        const Differences in = differencesOf(buffer, made, word);
+        for (std::size_t i = 0; i < out.size(); ++i) out[i] = in[i / std::size_t(to)];
+    };
+    const auto write = [=](std::span<const float> in, std::int64_t at, float *out) {
         spreadMean(in.data(), std::int64_t(in.size()) / from, from, to, out + at * to);
-    });
+    };
+    return made(buffer, {0, buffer.frames()}, to, progress, write, from == 1 ? spread : nullptr);
 }
 
 AudioEditorBuffer sliceFaded(const AudioEditorBuffer &buffer, std::int64_t fadeIn, std::int64_t fadeOut) {

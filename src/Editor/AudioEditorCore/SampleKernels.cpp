@@ -49,8 +49,8 @@ KIV_VECTORISED void takeOfPairs(const float *__restrict in, std::int64_t frames,
 }
 
 float meanOf(const float *frame, std::int64_t channels) {
-    float sum = 0;
-    for (std::int64_t c = 0; c < channels; ++c) sum += frame[c];
+    float sum = frame[0];  // not 0 and that: one channel keeps its negative zeros
+    for (std::int64_t c = 1; c < channels; ++c) sum += frame[c];
     return sum * (1.0f / float(channels));
 }
 

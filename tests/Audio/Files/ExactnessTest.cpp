@@ -24,14 +24,31 @@ public:
         const auto pick = [&](std::int64_t below) { return std::int64_t(random() % std::uint64_t(below)); };
         const AudioEditorBuffer before = contents_.buffer;
         const std::int64_t lo = pick(before.frames()), hi = lo + 1 + pick(std::min(before.frames() - lo, lengths_[pick(3)]));
-        const std::int64_t kind = pick(before.frames() > 40000 ? 4 : 3);
+        const std::int64_t kind = pick(before.frames() > 40000 ? 5 : 4);
         if (kind == 0) return put({lo, hi}, AudioEditorOps::scaled(before.part({lo, hi}), {0, hi - lo}, 0.7));
-        if (kind == 3) return put({lo, hi}, AudioEditorBuffer(before.channels()), {});
+        if (kind == 3)
+            return put({lo, hi}, AudioEditorOps::reversed(before, {lo, hi}).part({lo, hi}), mirrored(bytesOf({lo, hi})));
+        if (kind == 4) return put({lo, hi}, AudioEditorBuffer(before.channels()), {});
         const AudioEditorBuffer clip = AudioEditorOps::slice(before, {lo, hi});
         const Bytes bytes = bytesOf({lo, hi});
         const std::int64_t at = pick(before.frames() + 1);
         put({at, at}, kind == 1 ? clip : AudioEditorOps::silenced(clip, {0, clip.frames()}),
             kind == 1 ? bytes : zeros(bytes.size()));
+    }
+
+    // Each channel alone, and that twice.
+    void takeChannel(AudioEditorMonoSource source, std::int64_t copies) {
+        const auto channel = source == AudioEditorMonoSource::left ? 0u : std::size_t(contents_.buffer.channels() - 1);
+        const std::size_t width = frameBytes() / std::size_t(contents_.buffer.channels());
+        Bytes bytes;
+        for (std::size_t at = channel * width; at < bytes_.size(); at += frameBytes())
+            for (std::int64_t copy = 0; copy < copies; ++copy) bytes.insert(bytes.end(), &bytes_[at], &bytes_[at] + width);
+        bytes_ = bytes;
+        contents_.buffer = AudioEditorOps::withChannels(AudioEditorOps::mono(contents_.buffer, source), copies);
+    }
+    // What another file of the same kind begins with.
+    void paste(const Followed &other, std::int64_t frames) {
+        put({100, 100}, AudioEditorOps::slice(other.contents_.buffer, {0, frames}), other.bytesOf({0, frames}));
     }
 
     std::int64_t wrongFrames() const {
@@ -52,6 +69,12 @@ private:
     Bytes bytesOf(FrameRange range) const {
         return {bytes_.begin() + range.lo * std::ptrdiff_t(frameBytes()),
                 bytes_.begin() + range.hi * std::ptrdiff_t(frameBytes())};
+    }
+    Bytes mirrored(const Bytes &bytes) const {
+        Bytes result;
+        for (auto at = bytes.end(); at != bytes.begin(); at -= std::ptrdiff_t(frameBytes()))
+            result.insert(result.end(), at - std::ptrdiff_t(frameBytes()), at);
+        return result;
     }
     void put(FrameRange range, const AudioEditorBuffer &computed) {
         Bytes bytes(std::size_t(computed.frames()) * frameBytes());
@@ -84,17 +107,27 @@ TEST(Exactness, HoldsForUntouchedFramesThroughAnyEdits) {
     for (const Row &row : rows)
         for (const unsigned channels : {1u, 2u}) {
             const unsigned frames = 70001;
-            const Bytes samples = noise(std::size_t(frames) * channels * row.bits / 8, row.bits + channels);
-            const Comm common{.channels = channels, .frames = frames, .bits = row.bits};
-            const Bytes file = row.compression
-                                   ? form("AIFC", beChunk("COMM", compressed(common, row.compression)) + ssnd(samples))
-                                   : riff("WAVE", chunk("fmt ", fmt({.tag = row.tag, .channels = channels, .bits = row.bits})) +
-                                                      chunk("data", samples));
-            Followed followed(file, samples);
+            const auto opened = [&](unsigned seed) {
+                const Bytes samples = noise(std::size_t(frames) * channels * row.bits / 8, seed);
+                const Comm common{.channels = channels, .frames = frames, .bits = row.bits};
+                const Fmt format{.tag = row.tag, .channels = channels, .bits = row.bits};
+                return Followed(row.compression
+                                    ? form("AIFC", beChunk("COMM", compressed(common, row.compression)) + ssnd(samples))
+                                    : riff("WAVE", chunk("fmt ", fmt(format)) + chunk("data", samples)),
+                                samples);
+            };
+            Followed followed = opened(row.bits + channels);
             std::mt19937 random(row.bits + channels);
             EXPECT_EQ(followed.wrongFrames(), 0) << row.name << " unedited";
             for (int i = 0; i < 60; ++i) followed.edit(random);
+            followed.paste(opened(7), 65001);
             EXPECT_EQ(followed.wrongFrames(), 0) << row.name;
+            for (const auto source : {AudioEditorMonoSource::left, AudioEditorMonoSource::right})
+                for (const std::int64_t copies : {1, 2, 3}) {
+                    Followed channel = followed;
+                    channel.takeChannel(source, copies);
+                    EXPECT_EQ(channel.wrongFrames(), 0) << row.name << copies;
+                }
         }
 }
 
@@ -115,7 +148,7 @@ TEST(Exactness, ResidueGivesBackEveryWord) {
             residue.keep(0, samples, encoding, decoded);
             Bytes encoded(8 * 39990);
             encodeSamples(std::span(decoded).subspan(10), encoding, encoded);
-            residue.restore(10, encoding, encoded);
+            restoreOriginals(residue, 10, encoding, encoded);
             EXPECT_TRUE(std::equal(encoded.begin(), encoded.end(), samples.begin() + 80)) << std::hex << odd;
         }
     EXPECT_FALSE(SampleResidue::isNeeded({.bytes = 3}) || SampleResidue::isNeeded({.kind = Kind::floating, .bytes = 4}));
