@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cctype>
 #include <cmath>
 
 #include "Audio/Files/AiffMetadata.h"
@@ -373,7 +374,7 @@ std::optional<NativeFile> findWrapping(const SourceReader &reader) {
     return file;
 }
 
-// A decoder that knows the encoding has named it.
+// A decoder that knows the encoding may have named it; names in small letters are for programs.
 void keepAroundPacked(AudioFileContents &contents, std::int64_t frames, const ByteSource &source) try {
     auto found = find(SourceReader(source), Samples::packed);
     if (!found) return;
@@ -383,7 +384,7 @@ void keepAroundPacked(AudioFileContents &contents, std::int64_t frames, const By
     collectPositions(contents, around);
     const WrappingDialect *const dialect = dialectOf(around.kind);
     std::string &name = contents.format.typeName;
-    const bool isNamed = dialect && found->contents.format.typeName == name + " " + dialect->name;
+    const bool isNamed = name != (dialect ? dialect->name : "AU") && std::isupper(static_cast<unsigned char>(name[0]));
     if (!isNamed) name = found->contents.format.typeName;
 } catch (const AudioFileError &) {
     // It says too little of itself.
