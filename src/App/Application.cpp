@@ -25,6 +25,8 @@ namespace kiv {
 
 namespace {
 
+constexpr std::chrono::milliseconds patienceAtEnd(500);
+
 JournalFolder journalFolder(FileSystem &fileSystem) {
     try {
         return {fileSystem, userFolder(UserFolder::state) + "/journals"};
@@ -39,6 +41,12 @@ std::vector<Box> freeScreens() {
     std::vector<Box> boxes;
     for (const QScreen *screen : QGuiApplication::screens()) boxes.push_back(toBox(screen->availableGeometry()));
     return boxes;
+}
+
+// The disk is not asked.
+std::filesystem::path wholePath(const std::string &path) {
+    std::error_code isUnknown;  // the folder that the program is in may be gone
+    return std::filesystem::absolute(path, isUnknown).lexically_normal();
 }
 
 // The stored choice; anything else means the one that follows the desktop.
@@ -86,8 +94,12 @@ Application::Application(const LaunchOptions &options, double millisecondsAtMain
     QTimer::singleShot(0, &keys_, [this] { leftBehind_.look(); });
 }
 
-Application::~Application() {
+bool Application::end() {
     for (const auto &document : documents_) document->saveFrame();
+    documents_.clear();
+    const bool isAlone = jobs_.end(patienceAtEnd);
+    if (!isAlone) defaults_.finish();
+    return isAlone;
 }
 
 void Application::applyAppearance() {
@@ -162,18 +174,26 @@ DocumentWindowController &Application::addWindow() {
     return controller;
 }
 
-// Also where it was opened through a link.
-DocumentWindowController *Application::windowOf(const std::string &path) const {
-    std::error_code isGone;
-    const std::filesystem::path file = std::filesystem::canonical(path, isGone);
+// Also where it was opened through a link, as far as it has been read.
+DocumentWindowController *Application::windowOf(const std::string &path, const DocumentFile::Identity &there) const {
     const auto open = std::ranges::find_if(documents_, [&](const auto &each) {
-        return !each->isClosed() && std::filesystem::canonical(each->document().path(), isGone) == file;
+        const AudioDocument &document = each->document();
+        return !each->isClosed() && (document.isAt(path, there) || wholePath(document.path()) == wholePath(path));
     });
-    return file.empty() || open == documents_.end() ? nullptr : open->get();
+    return open == documents_.end() ? nullptr : open->get();
 }
 
+// Where there are windows the disk is asked whose file it is, which may take its time.
 void Application::openFile(const std::string &path) {
-    if (DocumentWindowController *const open = windowOf(path)) return open->bringForward();
+    if (documents_.empty() || windowOf(path, {})) return openFound(path, {});
+    const auto there = std::make_shared<DocumentFile::Identity>();
+    jobs_.read(
+        std::make_shared<Progress>(), [&files = *files_, path, there](Progress &) { *there = files.identity(path); },
+        [this, path, there, running = std::make_shared<QEventLoopLocker>()](std::exception_ptr) { openFound(path, *there); });
+}
+
+void Application::openFound(const std::string &path, const DocumentFile::Identity &there) {
+    if (DocumentWindowController *const open = windowOf(path, there)) return open->bringForward();
     DocumentWindowController &controller = addWindow();
     controller.open(path, [this, &controller, path](const std::string &error) {
         fileFailed(&controller, quoted(nameOf(path)) + " could not be opened", error);
@@ -182,11 +202,10 @@ void Application::openFile(const std::string &path) {
 
 // In the window that has the file open already, if nothing has been done there; when it is just being read, afterwards.
 void Application::restore(std::shared_ptr<const AbandonedJournal> journal) {
-    const auto plain = [](const std::string &path) { return std::filesystem::absolute(path).lexically_normal(); };
     const auto open = std::ranges::find_if(documents_, [&](const auto &each) {
         const AudioDocument &document = each->document();
         const bool isUntouched = !document.isEdited() && (document.contents() || document.isBusy());
-        return isUntouched && plain(document.path()) == plain(journal->document);
+        return isUntouched && wholePath(document.path()) == wholePath(journal->document);
     });
     if (open != documents_.end() && (*open)->document().isBusy()) {
         constexpr int soon = 100;
@@ -246,8 +265,8 @@ void Application::chooseFiles() {
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFiles);
     dialog->setNameFilters({"Audio files (*." + audioExtensions().join(" *.") + ")", "All files (*)"});
-    QObject::connect(dialog, &QFileDialog::filesSelected, &keys_, [this](const QStringList &paths) {
-        for (const QString &path : paths) openFile(path.toStdString());
+    QObject::connect(dialog, &QFileDialog::urlsSelected, &keys_, [this](const QList<QUrl> &urls) {
+        for (const QUrl &url : urls) openFile(localPath(url));
     });
     QObject::connect(dialog, &QFileDialog::finished, &keys_,
                      [this] { QTimer::singleShot(0, &keys_, [this] { quitIfAlone(); }); });

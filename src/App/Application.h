@@ -27,7 +27,10 @@ namespace kiv {
 class Application {
 public:
     Application(const LaunchOptions &options, double millisecondsAtMain);
-    ~Application();
+
+    // The last call, after the loop: all that is still to be written is. False: a disk does not answer somebody who reads from
+    // it, and the program has to end without taking itself apart.
+    bool end();
 
     // A file has one window: where it is open already, that comes forward.
     void openFile(const std::string &path);
@@ -43,7 +46,8 @@ private:
     void die();
     void flushJournals(std::function<void()> done);
     DocumentWindowController &addWindow();
-    DocumentWindowController *windowOf(const std::string &path) const;
+    DocumentWindowController *windowOf(const std::string &path, const DocumentFile::Identity &there) const;
+    void openFound(const std::string &path, const DocumentFile::Identity &there);
     void restore(std::shared_ptr<const AbandonedJournal> journal);
     void applyAppearance();
     void fileFailed(DocumentWindowController *controller, const std::string &message, const std::string &error);

@@ -64,7 +64,7 @@ void install(DocumentCore &core, Loaded loaded, Install how) {
 // So that the window shows the file's lanes while it is being read; what comes too late is not needed any more.
 void expectShape(DocumentCore &core) {
     const auto shape = std::make_shared<std::optional<AudioEditorBuffer>>();
-    core.services.jobs.run(
+    core.services.jobs.read(
         std::make_shared<Progress>(),
         [&files = core.services.files, decoders = core.services.decoders, path = core.file.path, shape](Progress &) {
             *shape = audioFileShape(files, decoders, path);

@@ -21,7 +21,9 @@ public:
     // Reading and saving exclude each other: what is asked for meanwhile is not done. The sound may be edited while it is
     // saved, not while it is read. A save asked for during a long edit waits for its end, and is called off with it; another
     // edit has to wait.
-    enum class Kind { none, reading, saving, editing };
+    // Looking is done at the disk, before something is saved. It and reading are over as soon as they are cancelled, whenever
+    // the disk may answer.
+    enum class Kind { none, reading, looking, saving, editing };
 
     DocumentWork(AudioEditorModel &model, Jobs &jobs);
     DocumentWork(const DocumentWork &) = delete;
@@ -64,6 +66,7 @@ private:
     BackgroundAnalyses analyses_;
     Kind job_ = Kind::none;
     std::shared_ptr<Progress> progress_;  // of the job
+    std::function<void(std::exception_ptr)> report_;
     Save waitingSave_;
     Subscription editChanges_, searchChanges_;
     Lifetime lifetime_;

@@ -78,9 +78,13 @@ TEST(Opening, CanBeCancelledAndReportsToNobodyOnceTheDocumentIsGone) {
     world.document->open(world.path, told);
     EXPECT_EQ(world.document->work(), AudioDocument::Work::reading);
     world.document->cancelWork();
-    world.jobs.runAll();
-    EXPECT_EQ(std::exchange(text, "not told"), AudioDocument::cancelledText);
+    EXPECT_EQ(text, "not told") << "whoever cancels is not called back in the midst of it";
+    world.jobs.work(2);
+    world.jobs.report();
+    EXPECT_EQ(std::exchange(text, "not told"), AudioDocument::cancelledText) << "the disk has not answered yet";
     EXPECT_FALSE(world.document->isBusy());
+    world.jobs.runAll();
+    EXPECT_EQ(text, "not told") << "what it answers then is dropped";
     world.document->open(world.path, told);
     world.document.reset();
     world.jobs.runAll();
@@ -266,6 +270,18 @@ TEST(Saving, AsksBeforeItReplacesWhatAnotherProgramHasWrittenOrBringsBackWhatItH
         EXPECT_EQ(world.disk.identity(world.path).has_value(), saves || !removes);
         EXPECT_TRUE((!saves && removes) || world.onDisk() == (saves ? plainFile : foreign));
     }
+}
+
+TEST(Saving, SaysThatTheFolderIsGoneAndAsksNothingThatCannotBeDone) {
+    DocumentWorld world;
+    world.open(plainFile);
+    AudioEditorEdits::reverse(world.model);
+    world.disk.vanish("/music");
+    EXPECT_FALSE(world.save());
+    EXPECT_THAT(world.ui.asked, IsEmpty());
+    EXPECT_THAT(world.ui.errors,
+                ElementsAre("“drum.wav” could not be saved: The folder “/music” is not there: choose another one"));
+    EXPECT_TRUE(world.document->isEdited());
 }
 
 TEST(Saving, RunsOnAThreadWhileEditsGoOn) {

@@ -167,6 +167,16 @@ TEST(SavingSlices, AsksForAFolderThatMayNotBeWrittenAndRemembersIt) {
     save();
     EXPECT_EQ(world.disk.names("/mine/drum.slices").size(), 16u);
     ui.chosen = "/";
+    world.disk.heal();
+    document.saveSlices("", AudioDocument::IfHeld::replace);
+    EXPECT_EQ(world.disk.steps(), 0) << "the disk is asked off the main thread";
+    EXPECT_EQ(document.work(), AudioDocument::Work::looking);
+    document.cancelWork();
+    world.jobs.work(1);
+    world.jobs.report();
+    EXPECT_FALSE(document.isBusy()) << "cancelled, whenever it may answer";
+    world.jobs.runAll();
+    EXPECT_EQ(ui.choices.size(), 2u) << "it is too late to ask";
     save();
     EXPECT_EQ(ui.choices.size(), 3u) << "another folder does not cover this one";
     EXPECT_EQ(ui.errors.size(), 1u) << "what was allowed does not make it writable";

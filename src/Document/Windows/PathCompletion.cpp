@@ -22,7 +22,7 @@ void PathCompletion::complete(const std::optional<BegunPath> &begun) {
 void PathCompletion::read() {
     auto listing = std::make_shared<FolderListing>();
     const auto progress = std::make_shared<Progress>();
-    jobs_.run(
+    jobs_.read(
         progress, [listing, &files = files_, folder = begun_->folder](Progress &p) { *listing = listFolder(files, folder, p); },
         [self = QPointer(this), listing, folder = begun_->folder](std::exception_ptr) {
             if (!self || !self->begun_ || self->begun_->folder != folder) return;
