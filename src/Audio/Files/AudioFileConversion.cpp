@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cctype>
+#include <set>
 #include <tuple>
 
 #include "Audio/Files/AudioFileCodec.h"
@@ -209,13 +210,21 @@ Conversion unwrapped(const AudioFileContents &contents, const SampleWrapping &wr
     return result;
 }
 
-}  // namespace
-
-Conversion converted(AudioFileContents contents, const AudioSaveFormat &format) {
-    if (format.matches(contents.format)) return {std::move(contents), {}};
+Conversion convertedByKind(AudioFileContents contents, const AudioSaveFormat &format) {
     const auto &wrapping = contents.wrapping ? contents.wrapping : contents.tags.around;
     if (wrapping && wrapping->isFormLike()) return unwrapped(contents, *wrapping, format);
     return format.container == Container::flac ? toFlac(std::move(contents), format.bits) : toForm(std::move(contents), format);
+}
+
+}  // namespace
+
+// A file may have the same several times.
+Conversion converted(AudioFileContents contents, const AudioSaveFormat &format) {
+    if (format.matches(contents.format)) return {std::move(contents), {}};
+    Conversion result = convertedByKind(std::move(contents), format);
+    std::set<std::string> named;
+    std::erase_if(result.left, [&](const std::string &what) { return !named.insert(what).second; });
+    return result;
 }
 
 // What comes of a decoder that loses something has no depth of its own; 24 bits hold more of it than anybody hears.

@@ -12,7 +12,9 @@ namespace kiv {
 // the wrapping counts frames from then on.
 void collectCafPositions(AudioFileContents &contents, SampleWrapping &wrapping);
 
-// The names of the positions; empty for those that have none.
+// The names of the positions; empty for those that have none, and no longer than any that is meant as one: markers may share
+// it.
+inline constexpr std::size_t longestCafName = 4096;
 std::vector<std::string> cafNames(const AudioFileContents &contents, const SampleWrapping &wrapping);
 
 // "TITLE" and the like, as they stand in "info".

@@ -42,8 +42,9 @@ unsigned subFormatTag(std::span<const std::byte> fmt, std::endian order) {
     return tag == 0 ? u16At(fmt, subFormat + 2, order) : u16At(fmt, subFormat, std::endian::little);
 }
 
-WavFormat readFormat(const SourceReader &reader, const RawChunk *fmt) {
+WavFormat readFormat(const SourceReader &reader, const RawChunk *fmt, const RawChunk *audio) {
     if (!fmt || fmt->size < std::int64_t(plainSize)) throw AudioFileError::unreadable("no format chunk");
+    if (!audio) throw AudioFileError::unreadable("no audio data");
     return wavFormat(reader.bytes(fmt->start, std::min<std::int64_t>(fmt->size, extensibleSize)), fileOrder);
 }
 
@@ -78,9 +79,8 @@ WavFormat wavFormat(std::span<const std::byte> fmt, std::endian order) {
 
 NativeFile readWav(const SourceReader &reader) {
     const ChunkScan scan = scanChunks(reader, fileOrder, "fmt ", "data");
-    const WavFormat format = readFormat(reader, scan.first("fmt "));
-    const RawChunk *audio = scan.audioChunk();
-    if (!audio) throw AudioFileError::unreadable("no audio data");
+    const RawChunk *const audio = scan.audioChunk();
+    const WavFormat format = readFormat(reader, scan.first("fmt "), audio);
     const std::int64_t frameSize = format.encoding.bytes * format.channels, frames = audio->size / frameSize;
 
     AudioFileContents contents;

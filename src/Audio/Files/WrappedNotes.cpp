@@ -23,6 +23,8 @@ SoundNotes wrappedNotes(const AudioFileContents &contents, const SampleWrapping 
     SoundNotes notes;
     const std::vector<std::string> names = cafNames(contents, wrapping);
     for (std::uint32_t i = 0; i < names.size(); ++i) notes.markers.push_back({i, names[i]});
+    const auto isCut = [](const std::string &name) { return name.size() == longestCafName; };
+    if (std::ranges::any_of(names, isCut)) notes.others.push_back("the ends of long marker names");
     notes.texts = cafTexts(wrapping);
     const std::string comment = wrapping.kind == SampleWrapping::Kind::au ? noteText(wrapping.parts.at(0).chunk.data) : "";
     if (!comment.empty()) notes.texts.emplace_back("COMMENT", comment);

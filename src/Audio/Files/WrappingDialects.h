@@ -27,6 +27,8 @@ struct WrappingDialect {
     std::int64_t header() const { return std::int64_t(idBytes + sizeBytes); }
 };
 
+inline constexpr std::size_t cafDescription = 32;  // bytes of a "desc" chunk
+
 // By the first four bytes, or by kind; null for those that have no chunks.
 const WrappingDialect *dialectOf(std::string_view magic);
 const WrappingDialect *dialectOf(SampleWrapping::Kind kind);

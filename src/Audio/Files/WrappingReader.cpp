@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cctype>
 #include <cmath>
 
 #include "Audio/Files/AiffMetadata.h"
@@ -33,6 +34,9 @@ std::int64_t sizeAt(std::span<const std::byte> bytes, std::size_t offset, std::s
 
 // A size that says to look elsewhere, or to read on to the end.
 bool isOpenSize(std::int64_t size, std::size_t width) { return size == (width == 4 ? std::int64_t(0xFFFFFFFF) : -1); }
+
+// As many as a WAV file could say, whatever this one has room for.
+bool areChannels(std::int64_t channels) { return channels > 0 && channels <= 0xFFFF; }
 
 struct WrappedFormat {
     std::int64_t channels = 0;
@@ -84,7 +88,7 @@ public:
             if (wrapping().parts.size() > mostParts || !add(*chunk)) return std::nullopt;
             at = endOf(*chunk);
         }
-        if (!format_ || format_->channels <= 0 || audioBytes_ < 0) return std::nullopt;
+        if (!format_ || !areChannels(format_->channels) || audioBytes_ < 0) return std::nullopt;
         addTrailing(at);
         describe(file_, isPacked_ ? name_ : dialect_.name, *format_);
         if (!isPacked_) countFrames();
@@ -125,8 +129,23 @@ private:
         if (isAudio && audioBytes_ >= 0) return chunk;  // which is refused
         if (chunk.isOpen ? !isAudio : chunk.size < dialect_.countedHeader) return std::nullopt;
         chunk.size = chunk.isOpen ? openSize(left) : chunk.size - dialect_.countedHeader;
+        if (isAudio && chunk.size == 0 && !isCaf() && !areChunksFrom(chunk.payload)) chunk.size = left;
         if (chunk.size < 0 || (chunk.size > left && !isAudio)) return std::nullopt;
         return chunk;
+    }
+
+    // Whether chunks follow up to the end, or nothing: samples of which nobody came back to tell the size look otherwise.
+    bool areChunksFrom(std::int64_t at) const {
+        const auto isPlain = [](unsigned char c) { return c >= ' ' && c < 0x7F; };
+        for (std::size_t count = 0; reader_.size() - at >= dialect_.header(); ++count) {
+            const Bytes header = reader_.bytes(at, dialect_.header());
+            const std::int64_t size = sizeAt(header, dialect_.idBytes, dialect_.sizeBytes, dialect_.order);
+            const std::int64_t left = reader_.size() - at - dialect_.header() + dialect_.countedHeader;
+            if (size < dialect_.countedHeader || size > left || !std::ranges::all_of(idAt(header, 0), isPlain)) return false;
+            at = aligned(at + dialect_.header() - dialect_.countedHeader + size);
+            if (count > mostParts) return false;
+        }
+        return reader_.size() - at < dialect_.alignment;
     }
 
     std::int64_t openSize(std::int64_t left) const { return isCaf() || sizes64_ <= 0 ? left : dataSize_; }
@@ -162,17 +181,24 @@ private:
         const std::string &id = part.chunk.id;
         const std::span<const std::byte> payload = part.chunk.data;
         const auto header = std::uint32_t(dialect_.header());
+        if (isCaf()) {
+            if (id == "desc" && payload.size() >= cafDescription && !format_) readDesc(payload);
+            return id == "desc" || id == "chan";
+        }
         if (id == "fmt " && payload.size() >= FmtChunk::plainSize && !format_) readFormat(payload);
-        if (id == "desc" && payload.size() >= 32 && !format_) readDesc(payload);
         if (id == "COMM" && payload.size() >= CommChunk::aifcSize) takePacked(idAt(payload, CommChunk::compression));
-        if (id == "fact" && payload.size() >= dialect_.sizeBytes) {
+        if (id == "fact" && payload.size() >= dialect_.sizeBytes && isFirst(id)) {
             const std::int64_t told = sizeAt(payload, 0, dialect_.sizeBytes, dialect_.order);
             if (isOpenSize(told, dialect_.sizeBytes)) return true;
             framesTold_ = told;
             part.sizes.push_back({header, int(dialect_.sizeBytes), Size::Of::frames, 0});
         }
-        if (id == "ds64" && payload.size() >= 24) readSizes(part);
-        return id == "fmt " || id == "desc" || id == "fact" || id == "ds64" || id == "chan";
+        if (id == "ds64" && payload.size() >= 24 && isFirst(id)) readSizes(part);
+        return id == "fmt " || id == "fact" || id == "ds64";
+    }
+
+    bool isFirst(const std::string &id) {
+        return std::ranges::none_of(wrapping().parts, [&](const Part &part) { return part.chunk.id == id; });
     }
 
     void readSizes(Part &part) {
@@ -301,8 +327,8 @@ std::optional<NativeFile> findAu(const SourceReader &reader, Samples samples) {
     const std::int64_t start = u32At(head, 4, order), channels = u32At(head, 20, order), declared = u32At(head, 8, order);
     const std::int64_t rate = u32At(head, 16, order), left = reader.size() - start;
     const auto own = auEncoding(u32At(head, 12, order));
-    if ((!own && samples == Samples::plain) || start < plainHeader || left < 0 || channels == 0 || rate == 0)
-        return std::nullopt;
+    if ((!own && samples == Samples::plain) || start < plainHeader || left < 0 || rate == 0) return std::nullopt;
+    if (!areChannels(channels)) return std::nullopt;
     const AudioSampleEncoding encoding = own.value_or(AudioSampleEncoding{.bytes = 1});
     const bool isOpen = isOpenSize(declared, 4);
     const std::int64_t bytes = isOpen ? left : std::min(declared, left), frameBytes = channels * encoding.bytes;
@@ -373,7 +399,7 @@ std::optional<NativeFile> findWrapping(const SourceReader &reader) {
     return file;
 }
 
-// A decoder that knows the encoding has named it.
+// A decoder that knows the encoding may have named it; names in small letters are for programs.
 void keepAroundPacked(AudioFileContents &contents, std::int64_t frames, const ByteSource &source) try {
     auto found = find(SourceReader(source), Samples::packed);
     if (!found) return;
@@ -383,7 +409,7 @@ void keepAroundPacked(AudioFileContents &contents, std::int64_t frames, const By
     collectPositions(contents, around);
     const WrappingDialect *const dialect = dialectOf(around.kind);
     std::string &name = contents.format.typeName;
-    const bool isNamed = dialect && name != dialect->name;  // after what is in it
+    const bool isNamed = name != (dialect ? dialect->name : "AU") && std::isupper(static_cast<unsigned char>(name[0]));
     if (!isNamed) name = found->contents.format.typeName;
 } catch (const AudioFileError &) {
     // It says too little of itself.

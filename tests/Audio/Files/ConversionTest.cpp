@@ -117,6 +117,7 @@ TEST(Conversion, OfFilesOfOtherKindsKeepsWhatTheySay) {
 AudioFileCodec::Conversion ofPacked(const Bytes &file, const AudioSaveFormat &format, const char *typeName) {
     AudioFileContents contents;
     contents.format.container = AudioContainer::coreAudio;
+    if (file[0] == std::byte('F')) contents.format.typeName = "AIFC";
     contents.coreAudioSettings.emplace();
     contents.buffer = AudioEditorBuffer(std::vector<float>{0, 0}, 1, 44100);
     contents.format.typeName = std::string_view(typeName).ends_with("AIFC") ? "AIFC" : "WAV";

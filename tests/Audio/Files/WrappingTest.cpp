@@ -89,7 +89,13 @@ Bytes monoFmt(bool isBig) {
 
 TEST(Wrapping, FollowsTheSoundToOtherChannels) {
     const Bytes samples = hex("0001 0003"), little = hex("0100 0300");
+    // A second description, and a chunk that only another kind has, are nothing that a reader looks at.
+    const Bytes second = beChunk("fmt ", be16(1));
+    const Bytes other = cafChunk("fmt ", be16(1)) + cafChunk("fact", be32(9)) + cafChunk("desc", be32(1));
     const std::pair<Bytes, Bytes> rows[] = {
+        {rifx(beChunk("fmt ", beFmt()) + second + beChunk("data", four)),
+         rifx(beChunk("fmt ", monoFmt(true)) + second + beChunk("data", samples))},
+        {caf("lpcm", 0, other + cafData(four)), mono(other + cafData(samples))},
         {au(8, {}, four), text(".snd") + be32(24) + be32(4) + be32(3) + be32(44100) + be32(1) + samples},
         {caf("lpcm", 0, cafChunk("chan", zeros(12)) + cafData(four)), mono(cafData(samples))},
         {rf64(8, chunk("fmt ", fmt(stereo)) + open("data", fourLittle)),
@@ -200,6 +206,12 @@ TEST(Wrapping, OfWhatIsNotWholeIsSetRight) {
         {caf("lpcm", 0, text("data") + be64(99) + be32(7) + four), caf("lpcm", 0, cafData(four))},
         {rf64(9, format + open("data", fourLittle)), rf64(8, format + open("data", fourLittle))},
         {rifx(beChunk("fmt ", beFmt()) + beChunk("data", four) + hex("00")), {}},
+        {rifx(beChunk("fmt ", beFmt()) + text("data") + be32(0) + four),
+         rifx(beChunk("fmt ", beFmt()) + beChunk("data", four))},
+        {rifx(beChunk("fmt ", beFmt()) + text("data") + be32(0) + beChunk("INFO", four)), {}},
+        {rf64(0, format + chunk("data", {}) + fourLittle), rf64(8, format + chunk("data", fourLittle))},
+        {w64(w64Chunk("fmt ", fmt(stereo)) + w64Chunk("data", {}) + fourLittle),
+         w64(w64Chunk("fmt ", fmt(stereo)) + w64Chunk("data", fourLittle))},
     };
     for (const auto &[before, after] : rows) {
         const AudioFileContents contents = found(before);
@@ -212,6 +224,7 @@ TEST(Wrapping, OfWhatIsNotWholeIsSetRight) {
 
 TEST(Wrapping, OfWhatIsCompressedIsNotKept) {
     const Bytes rows[] = {
+        text(".snd") + be32(24) + be32(0) + be32(2) + be32(44100) + be32(0x10000),
         caf("alac", 0, cafData(four)),
         caf("lpcm", 0, cafData(four) + cafData(four)),
         rf64(8, chunk("fmt ", fmt({.tag = 2, .channels = 2})) + open("data", fourLittle)),
