@@ -102,6 +102,7 @@ std::string asJson(const std::string &path, const Summary &summary, JsonWriter::
     json.field("channels", contents.buffer.channels()).field("frames", summary.frames);
     json.field("bufferRate", contents.buffer.sampleRate());
     json.field("missingFrames", contents.missingFrames).field("damagedFrames", contents.damagedFrames);
+    json.field("isCutOff", contents.isCutOff);
     writeChunks(json, contents.chunks);
     writeFrames(json, "positions", contents.positions);
     writeFrames(json, "markers", shown.markers);
@@ -128,7 +129,11 @@ std::string asText(const std::string &path, const Summary &summary) {
                 format(AudioEditorTimeUnit::seconds, double(frames), buffer.sampleRate()) + more + "\n";
     };
     length("length   ", summary.frames, "");
-    if (contents.missingFrames > 0) length("missing  ", contents.missingFrames, ": the file ends early");
+    if (contents.missingFrames > 0)
+        length("missing  ", contents.missingFrames,
+               contents.isCutOff ? " or more: the file ends early" : ": the file ends early");
+    else if (contents.isCutOff)
+        text += "  missing  an unknown length: the file ends early\n";
     if (contents.damagedFrames > 0) length("damaged  ", contents.damagedFrames, ": they could not be read and are silent");
     if (shown.loop) text += "  loop     " + std::to_string(shown.loop->lo) + " " + std::to_string(shown.loop->hi) + "\n";
     if (!shown.markers.empty()) {

@@ -115,6 +115,7 @@ std::optional<Result> withSound(DecodedReader &decoders, const ByteSource &sourc
 void takeFaults(AudioFileContents &contents, const DecodedEnd &end) {
     contents.missingFrames = end.missingFrames;
     contents.damagedFrames = end.damagedFrames;
+    contents.isCutOff = end.isCutOff;
 }
 
 void takeEnd(AudioFileContents &contents, const DecodedEnd &end, const ByteSource &source) {

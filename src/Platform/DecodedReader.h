@@ -31,6 +31,7 @@ struct DecodedEnd {
     std::int64_t damagedFrames = 0;           // of those that were read: they could not be decoded and are silent
     std::optional<std::int64_t> offset = {};  // where in the source the sound ended, where that is known
     std::optional<std::int64_t> frame = {};   // the number of the frame behind the last, where the file numbers them
+    bool isCutOff = false;                    // its end is missing, and nobody knows how much: the missing frames are the least
 };
 
 struct DecodedPicture {

@@ -162,6 +162,7 @@ struct AudioFileContents {
     AudioFileTags tags;                      // of a decoded file
     std::optional<SampleWrapping> wrapping;  // decoded files that can be written back all the same
     std::int64_t missingFrames = 0;          // that the file says it has, and does not hold: it has been cut off
+    bool isCutOff = false;                   // its end is missing, and nobody knows how much: the missing frames are the least
     std::int64_t damagedFrames = 0;          // that could not be decoded, and are silent
     Bytes leading;                           // ID3 tags before the start of a FLAC file; written back as they are
     Bytes trailing;                          // what stands behind the last chunk, or the last frame of a FLAC file; the same

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "Platform/Linux/Decoders/CallbackSource.h"
-#include "Platform/Linux/Decoders/OggLinks.h"
 #include "Platform/Linux/Decoders/SndfileKinds.h"
 
 namespace kiv {
@@ -207,9 +206,8 @@ private:
 
 }  // namespace
 
-// Of several Ogg streams, one behind the other, the library reads the first alone: they are left to who reads them all.
 std::unique_ptr<DecodedSound> openWithSndfile(const ByteSource &source) {
-    if (hasSeveralOggLinks(source) || !isForSndfile(source)) return nullptr;
+    if (!isForSndfile(source)) return nullptr;
     auto sound = std::make_unique<SndfileSound>(source);
     if (!sound->isOpen()) return nullptr;
     return sound;
