@@ -25,7 +25,7 @@ namespace kiv {
 
 namespace {
 
-constexpr std::chrono::milliseconds patienceAtEnd(500);
+constexpr std::chrono::milliseconds longLook(200), patienceAtEnd(500);
 
 JournalFolder journalFolder(FileSystem &fileSystem) {
     try {
@@ -183,13 +183,21 @@ DocumentWindowController *Application::windowOf(const std::string &path, const D
     return open == documents_.end() ? nullptr : open->get();
 }
 
-// Where there are windows the disk is asked whose file it is, which may take its time.
+// Where there are windows the disk is asked whose file it is. One that takes its time is read in a window of its own.
 void Application::openFile(const std::string &path) {
     if (documents_.empty() || windowOf(path, {})) return openFound(path, {});
-    const auto there = std::make_shared<DocumentFile::Identity>();
+    struct Look {
+        DocumentFile::Identity there;
+        std::unique_ptr<QEventLoopLocker> running = std::make_unique<QEventLoopLocker>();
+    };
+    const auto look = std::make_shared<Look>();
+    const auto goOn = [this, path, look](const DocumentFile::Identity &there) {
+        if (std::exchange(look->running, nullptr)) openFound(path, there);
+    };
     jobs_.read(
-        std::make_shared<Progress>(), [&files = *files_, path, there](Progress &) { *there = files.identity(path); },
-        [this, path, there, running = std::make_shared<QEventLoopLocker>()](std::exception_ptr) { openFound(path, *there); });
+        std::make_shared<Progress>(), [&files = *files_, path, look](Progress &) { look->there = files.identity(path); },
+        [look, goOn](std::exception_ptr) { goOn(look->there); });
+    QTimer::singleShot(longLook, &keys_, [goOn] { goOn({}); });
 }
 
 void Application::openFound(const std::string &path, const DocumentFile::Identity &there) {
