@@ -25,7 +25,7 @@ namespace kiv {
 
 namespace {
 
-constexpr std::chrono::milliseconds patienceAtEnd(500);
+constexpr std::chrono::milliseconds longLook(200), patienceAtEnd(500);
 
 JournalFolder journalFolder(FileSystem &fileSystem) {
     try {
@@ -174,30 +174,47 @@ DocumentWindowController &Application::addWindow() {
     return controller;
 }
 
-// Also where it was opened through a link, as far as it has been read.
+// Also where it was opened through a link.
 DocumentWindowController *Application::windowOf(const std::string &path, const DocumentFile::Identity &there) const {
     const auto open = std::ranges::find_if(documents_, [&](const auto &each) {
-        const AudioDocument &document = each->document();
-        return !each->isClosed() && (document.isAt(path, there) || wholePath(document.path()) == wholePath(path));
+        return !each->isClosed() && (each->isAt(path, there) || wholePath(each->document().path()) == wholePath(path));
     });
     return open == documents_.end() ? nullptr : open->get();
 }
 
-// Where there are windows the disk is asked whose file it is, which may take its time.
+// The disk is asked whose file it is. One that takes its time is read in a window of its own.
 void Application::openFile(const std::string &path) {
-    if (documents_.empty() || windowOf(path, {})) return openFound(path, {});
-    const auto there = std::make_shared<DocumentFile::Identity>();
+    if (DocumentWindowController *const open = windowOf(path, {})) return open->bringForward();
+    const auto opening = openings_.emplace_back(std::make_shared<Opening>(path));
+    const auto goOn = [this, waiting = std::weak_ptr(opening)](const DocumentFile::Identity &there) {
+        const auto answered = waiting.lock();
+        if (!answered || answered->there) return;
+        answered->there.emplace(there);
+        openAnswered();
+    };
+    const auto found = std::make_shared<DocumentFile::Identity>();
     jobs_.read(
-        std::make_shared<Progress>(), [&files = *files_, path, there](Progress &) { *there = files.identity(path); },
-        [this, path, there, running = std::make_shared<QEventLoopLocker>()](std::exception_ptr) { openFound(path, *there); });
+        std::make_shared<Progress>(), [&files = *files_, path, found](Progress &) { *found = files.identity(path); },
+        [found, goOn](std::exception_ptr) { goOn(*found); });
+    QTimer::singleShot(longLook, &keys_, [goOn] { goOn({}); });
+}
+
+// In their order, so that of two paths to one file the second finds the window of the first.
+void Application::openAnswered() {
+    while (!openings_.empty() && openings_.front()->there) {
+        const auto next = openings_.front();
+        openings_.pop_front();
+        openFound(next->path, *next->there);
+    }
 }
 
 void Application::openFound(const std::string &path, const DocumentFile::Identity &there) {
     if (DocumentWindowController *const open = windowOf(path, there)) return open->bringForward();
     DocumentWindowController &controller = addWindow();
-    controller.open(path, [this, &controller, path](const std::string &error) {
+    const auto failed = [this, &controller, path](const std::string &error) {
         fileFailed(&controller, quoted(nameOf(path)) + " could not be opened", error);
-    });
+    };
+    controller.open(path, failed, there);
 }
 
 // In the window that has the file open already, if nothing has been done there; when it is just being read, afterwards.
@@ -228,7 +245,7 @@ void Application::fileFailed(DocumentWindowController *controller, const std::st
 }
 
 bool Application::isOpening() const {
-    return std::ranges::any_of(documents_, [](const auto &each) {
+    return !openings_.empty() || std::ranges::any_of(documents_, [](const auto &each) {
         const AudioDocument &document = each->document();
         return document.isBusy() && !document.contents();
     });
