@@ -70,8 +70,21 @@ AudioEditorBuffer emptyOf(const DecodedSound &sound) {
     return AudioEditorBuffer(sound.format().channels, sound.format().sampleRate);
 }
 
+// Whether samples are found again nowhere but at their own place: silence and steady tones are the same somewhat earlier or
+// later.
+bool areUnique(const AudioEditorBuffer &joint) {
+    std::vector<float> all;
+    joint.forEachSpan({0, joint.frames()},
+                      [&](std::span<const float> part, FrameRange) { all.insert(all.end(), part.begin(), part.end()); });
+    const std::int64_t mostFrames = joint.frames() / 2;
+    for (std::int64_t later = 1; later <= mostFrames; ++later)
+        if (std::equal(all.begin() + later * joint.channels(), all.end(), all.begin())) return false;
+    return true;
+}
+
 // A sound in stretches that are decoded at the same time. Each goes on into the next by a joint: where both have the same
-// samples there, both decoders have come to the same state, and what follows is what one alone would have found.
+// samples there, and these are unique, both decoders have come to the same place and state, and what follows is what one alone
+// would have found.
 class Stretches {
 public:
     Stretches(DecodedSound &sound, const CountedSource &source)
@@ -127,7 +140,8 @@ private:
     bool fits(const AudioEditorBuffer &before, std::int64_t i) const {
         const Stretch &stretch = stretches_[std::size_t(i)];
         return stretch.sound && before.frames() == start(i) + jointFrames && stretch.buffer.frames() >= jointFrames &&
-               before.part({start(i), before.frames()}) == stretch.buffer.part({0, jointFrames});
+               before.part({start(i), before.frames()}) == stretch.buffer.part({0, jointFrames}) &&
+               areUnique(stretch.buffer.part({0, jointFrames}));
     }
 
     DecodedSamples readByTheFirst() {
