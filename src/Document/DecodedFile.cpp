@@ -9,6 +9,7 @@
 #include "Audio/Files/ByteFields.h"
 #include "Audio/Files/FlacMetadata.h"
 #include "Audio/Files/SampleWrapping.h"
+#include "Audio/Files/TagsAtEnd.h"
 #include "Document/DecodedSamples.h"
 
 namespace kiv {
@@ -96,8 +97,11 @@ std::future<std::optional<DecodedTags>> tagsMeanwhile(const AudioFileContents &c
 
 void takeTags(AudioFileContents &contents, const std::optional<DecodedTags> &tags, const ByteSource &source) {
     if (!tags) return;
-    contents.tags = {tags->texts, {}, id3Of(source), tags->others, {}};
+    contents.tags = {tags->texts, {}, id3Of(source), tags->others, {}, {}};
     for (const DecodedPicture &picture : tags->pictures) contents.tags.pictures.push_back(blockOf(picture));
+    const AudioFileTags &told = contents.tags;
+    if (!told.id3.empty()) contents.tags.inId3 = {told.texts.size(), told.pictures.size(), told.others.size()};
+    if (contents.decodedSetting(formatIdentifierKey).starts_with(".mp")) addTagsAtEnd(contents.tags, source);
 }
 
 // Opens the file and reads of it what is wanted.

@@ -3,6 +3,7 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace kiv {
 namespace {
@@ -68,18 +69,28 @@ std::int64_t endOfTagsAtStart(const ByteSource &source) {
     }
 }
 
-std::int64_t startOfTagsAtEnd(const ByteSource &source, std::int64_t lowest) {
+std::vector<SoundTag> tagsAtEnd(const ByteSource &source, std::int64_t lowest) {
+    using Kind = SoundTag::Kind;
+    static constexpr std::array<std::pair<Kind, std::int64_t (*)(const ByteSource &, std::int64_t)>, 4> sizes{
+        {{Kind::id3v1, id3v1Size}, {Kind::id3v2, id3v2Size}, {Kind::ape, apeSize}, {Kind::lyrics, lyricsSize}}};
+    std::vector<SoundTag> tags;
     std::int64_t start = source.size();
     for (bool found = true; found;) {
         found = false;
-        for (const auto sizeOf : {id3v1Size, id3v2Size, apeSize, lyricsSize}) {
+        for (const auto &[kind, sizeOf] : sizes) {
             const std::int64_t size = sizeOf(source, start);
             if (size <= 0 || size > start - lowest) continue;
             start -= size;
+            tags.push_back({kind, start, size});
             found = true;
         }
     }
-    return start;
+    return tags;
+}
+
+std::int64_t startOfTagsAtEnd(const ByteSource &source, std::int64_t lowest) {
+    const std::vector<SoundTag> tags = tagsAtEnd(source, lowest);
+    return tags.empty() ? source.size() : tags.back().start;
 }
 
 }  // namespace kiv

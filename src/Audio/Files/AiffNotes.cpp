@@ -106,10 +106,11 @@ std::vector<std::string> putAiffNotes(AudioFileContents &contents, const SoundNo
         AudioFileChunk &inst = chunkOrNew(contents, "INST", {});
         putWord(std::span(inst.data), sustainLoop + playMode, order, forthAndBack);
     }
-    for (const auto &text : notes.texts) {
+    for (std::size_t i = 0; i < notes.texts.size(); ++i) {
+        const auto &text = notes.texts[i];
         const auto isIt = [&](const TextKey &each) { return text.first == each.key && *each.aiff; };
         const auto key = std::ranges::find_if(textKeys(), isIt);
-        if (key == textKeys().end() && !notes.isAllInId3) left.push_back(text.first);
+        if (key == textKeys().end() && i >= notes.inId3.texts) left.push_back(text.first);
         if (key != textKeys().end()) append(addChunk(contents, key->aiff, {}).data, text.second);
     }
     if (!notes.id3.empty()) addChunk(contents, "ID3 ", notes.id3);

@@ -138,10 +138,16 @@ struct SampleWrapping {
 
 // What a decoded file says besides the sound, for other formats.
 struct AudioFileTags {
+    // How many of the first of each the ID3 tag says.
+    struct InId3 {
+        std::uint64_t texts = 0, pictures = 0, others = 0;
+    };
+
     std::vector<std::pair<std::string, std::string>> texts;  // "TITLE" and the like, in UTF-8
     std::vector<FlacMetadataBlock> pictures;                 // as FLAC files hold them
-    Bytes id3;                             // the whole ID3 tag that stands in front, in which all this is said
-    std::vector<std::string> others;       // what else there is, as the user is told of it
+    Bytes id3;                                               // the whole ID3 tag that stands in front
+    std::vector<std::string> others;                         // what else there is, as the user is told of it
+    InId3 inId3;
     std::optional<SampleWrapping> around;  // of compressed samples; the positions of the contents stand in its chunks
 };
 

@@ -4,7 +4,6 @@
 #include <array>
 #include <bit>
 #include <cctype>
-#include <set>
 #include <tuple>
 
 #include "Audio/Files/AudioFileCodec.h"
@@ -203,7 +202,7 @@ Conversion unwrapped(const AudioFileContents &contents, const SampleWrapping &wr
     if (wrapping.kind == SampleWrapping::Kind::rifx) gone = eraseUnswapped(view);
     for (AudioFileChunk &chunk : view.chunks)
         if (chunk.id == "fact" && wrapping.kind == SampleWrapping::Kind::w64) chunk.data.resize(4);
-    if (format.container == Container::flac) view.tags = {contents.tags.texts, contents.tags.pictures, {}, {}, {}};
+    if (format.container == Container::flac) view.tags = {contents.tags.texts, contents.tags.pictures, {}, {}, {}, {}};
     Conversion result = converted(std::move(view), format);
     for (const std::string &id : gone) result.left.push_back(quotedId(id));
     nameUnshown(wrapping, result.left);
@@ -222,8 +221,7 @@ Conversion convertedByKind(AudioFileContents contents, const AudioSaveFormat &fo
 Conversion converted(AudioFileContents contents, const AudioSaveFormat &format) {
     if (format.matches(contents.format)) return {std::move(contents), {}};
     Conversion result = convertedByKind(std::move(contents), format);
-    std::set<std::string> named;
-    std::erase_if(result.left, [&](const std::string &what) { return !named.insert(what).second; });
+    result.left = eachOnce(std::move(result.left));
     return result;
 }
 

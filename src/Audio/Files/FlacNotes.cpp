@@ -71,7 +71,8 @@ SoundNotes flacNotes(const AudioFileContents &contents) {
     notes.texts = contents.tags.texts;
     notes.pictures = contents.tags.pictures;
     notes.id3 = contents.leading.empty() ? contents.tags.id3 : contents.leading;
-    notes.isAllInId3 = !contents.tags.id3.empty();
+    notes.isId3Told = !contents.tags.id3.empty();
+    notes.inId3 = contents.tags.inId3;
     notes.others = contents.tags.others;
     for (const FlacMetadataBlock &block : contents.flacMetadata) {
         if (block.type == FlacMetadataBlock::tags) readTags(block.data, notes);
@@ -89,7 +90,7 @@ std::vector<std::string> putFlacNotes(AudioFileContents &contents, const SoundNo
     std::vector<std::string> left = eachOnce(notes.others);
     if (!notes.markers.empty()) left.insert(left.begin(), "markers");
     if (notes.instrument) left.push_back("the instrument’s settings");
-    if (!notes.id3.empty() && !notes.isAllInId3) left.push_back(quotedId("ID3 "));
+    if (!notes.id3.empty() && !notes.isId3Told) left.push_back(quotedId("ID3 "));
     if (!notes.texts.empty()) contents.flacMetadata.push_back({FlacMetadataBlock::tags, tagsPayload(notes, left)});
     putPictures(contents, notes, left);
     return left;

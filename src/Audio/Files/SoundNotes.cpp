@@ -35,9 +35,9 @@ SoundNotes soundNotes(const AudioFileContents &contents) {
 
 std::vector<std::string> leftOfNotes(const SoundNotes &notes) {
     std::vector<std::string> left;
-    if (notes.isAllInId3) return left;
-    if (!notes.pictures.empty()) left.push_back("pictures");
-    const std::vector<std::string> others = eachOnce(notes.others);
+    if (notes.pictures.size() > notes.inId3.pictures) left.push_back("pictures");
+    const auto beside = notes.others.begin() + std::ptrdiff_t(notes.inId3.others);
+    const std::vector<std::string> others = eachOnce({beside, notes.others.end()});
     left.insert(left.end(), others.begin(), others.end());
     return left;
 }

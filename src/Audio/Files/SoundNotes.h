@@ -35,7 +35,8 @@ struct SoundNotes {
     std::vector<std::pair<std::string, std::string>> texts;  // "TITLE", …: UTF-8, one key perhaps several times
     std::vector<FlacMetadataBlock> pictures;
     Bytes id3;                        // a whole ID3 tag
-    bool isAllInId3 = false;          // texts, pictures and others are what that says
+    bool isId3Told = false;           // the first texts, pictures and others are what that says
+    AudioFileTags::InId3 inId3;       // how many of them
     std::vector<std::string> others;  // what else there is, as the user is told of it, once or more: “bext”
 };
 

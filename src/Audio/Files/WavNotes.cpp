@@ -200,9 +200,10 @@ Bytes instrumentPayload(const SoundNotes::Instrument &instrument) {
 void putInfo(AudioFileContents &contents, const SoundNotes &notes, std::vector<std::string> &left) {
     Bytes info;
     append(info, "INFO");
-    for (const auto &text : notes.texts) {
+    for (std::size_t i = 0; i < notes.texts.size(); ++i) {
+        const auto &text = notes.texts[i];
         const auto key = std::ranges::find_if(textKeys(), [&](const TextKey &each) { return text.first == each.key; });
-        if (key == textKeys().end() && !notes.isAllInId3) left.push_back(text.first);
+        if (key == textKeys().end() && i >= notes.inId3.texts) left.push_back(text.first);
         if (key != textKeys().end()) appendPart(info, key->info, {}, text.second);
     }
     if (info.size() > 4) addChunk(contents, "LIST", std::move(info));

@@ -184,8 +184,8 @@ void fields(auto &a, Is<FlacMetadataBlock> auto &v) {
     a.all(type, data);
 }
 void fields(auto &a, Is<AudioFileTags> auto &v) {
-    auto &[texts, pictures, id3, others, around] = v;
-    a.all(texts, pictures, id3, others, around);
+    auto &[texts, pictures, id3, others, inId3, around] = v;
+    a.all(texts, pictures, id3, others, inId3.texts, inId3.pictures, inId3.others, around);
 }
 void fields(auto &a, Is<SampleWrapping::Size> auto &v) {
     auto &[offset, bytes, of, more] = v;

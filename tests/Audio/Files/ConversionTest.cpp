@@ -4,6 +4,7 @@
 #include "Audio/Files/AudioFileConversion.h"
 #include "Audio/Files/FileBytes.h"
 #include "Audio/Files/SampleWrapping.h"
+#include "Audio/Files/TagsAtEnd.h"
 
 // Saving in another format: what goes along, what is said to be left, and that the editor finds its positions again.
 namespace kiv {
@@ -67,11 +68,12 @@ TEST(Conversion, CarriesOrNamesWhatADecodedFileSays) {
     decoded.format.container = AudioContainer::coreAudio;
     decoded.buffer = AudioEditorBuffer(std::vector<float>{0}, 1, 44100);
     const FlacMetadataBlock picture{FlacMetadataBlock::picture, text("picture")};
-    decoded.tags = {{{"TITLE", "Song"}, {"COMPOSER", "Bach"}}, {picture}, {}, {"chapters"}, {}};
+    decoded.tags = {{{"TITLE", "Song"}, {"COMPOSER", "Bach"}}, {picture}, {}, {"chapters"}, {}, {}};
     for (const auto container : {Container::wav, Container::aiff}) {
         EXPECT_THAT(converted(decoded, {container, 16}).left, ElementsAre("pictures", "chapters", "COMPOSER"));
         AudioFileContents tagged = decoded;
         tagged.tags.id3 = text("ID3 and all");
+        tagged.tags.inId3 = {2, 1, 1};
         const auto whole = converted(tagged, {container, 16});
         EXPECT_THAT(whole.left, IsEmpty());
         EXPECT_EQ(whole.contents.chunks.back().data, tagged.tags.id3);
@@ -81,6 +83,36 @@ TEST(Conversion, CarriesOrNamesWhatADecodedFileSays) {
     EXPECT_THAT(flac.left, ElementsAre("chapters"));
     ASSERT_EQ(flac.contents.flacMetadata.size(), 2u);
     EXPECT_EQ(flac.contents.flacMetadata[1], picture);
+}
+
+// An MP3 file whose tags at the end say more than the one in front.
+TEST(Conversion, CarriesOrNamesWhatTagsAtTheEndSay) {
+    const auto item = [](std::string_view key, unsigned flags, std::string_view value) {
+        return le32(value.size()) + le32(flags) + text(key) + zeros(1) + text(value);
+    };
+    const Bytes items = item("Title", 0, "Other") + item("Mood", 0, "Sad") + item("Year", 0, "1999") +
+                        item("Cover Art (Front)", 2, std::string_view("a.png\0picture", 13)) + item("File", 2, "x");
+    const Bytes ape = items + text("APETAGEX") + le32(2000) + le32(items.size() + 32) + le32(5) + zeros(12);
+    Bytes id3v1 = text("TAG") + zeros(125);
+    std::ranges::copy(text("Me "), id3v1.begin() + 33);
+    id3v1[127] = std::byte{0xFF};
+    AudioFileContents decoded;
+    decoded.format.container = AudioContainer::coreAudio;
+    decoded.buffer = AudioEditorBuffer(std::vector<float>{0}, 1, 44100);
+    decoded.tags = {{{"TITLE", "Song"}, {"COMPOSER", "Bach"}},
+                    {{FlacMetadataBlock::picture, text("a picture")}},
+                    text("ID3"),
+                    {"chapters"},
+                    {2, 1, 1},
+                    {}};
+    const Bytes file = zeros(99) + ape + id3v1;
+    addTagsAtEnd(decoded.tags, MemorySource(file));
+    const std::vector<std::pair<std::string, std::string>> texts{
+        {"TITLE", "Song"}, {"COMPOSER", "Bach"}, {"MOOD", "Sad"}, {"DATE", "1999"}, {"ARTIST", "Me"}};
+    EXPECT_EQ(decoded.tags.texts, texts);
+    EXPECT_THAT(converted(decoded, {Container::wav, 16}).left, ElementsAre("“File”", "MOOD"));
+    EXPECT_THAT(converted(decoded, {Container::aiff, 16}).left, ElementsAre("“File”", "MOOD", "DATE"));
+    EXPECT_THAT(converted(decoded, {Container::flac, 16}).left, ElementsAre("chapters", "“File”"));
 }
 
 TEST(Conversion, NamesWhatIsCutOffLongMarkerNames) {
