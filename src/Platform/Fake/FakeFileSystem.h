@@ -36,6 +36,7 @@ public:
     void setSticky(const std::string &folder);                 // names may be added, but not put in the place of others
     void allow(bool sharing, bool names) { canShare_ = sharing, canAddNames_ = names; }  // neither at first
     void setFree(std::int64_t bytes) { free_ = bytes; }  // what freeBytes() says, whatever is written
+    void passTime(std::int64_t ns) { clock_ += ns; }     // which else goes on by a nanosecond with each change
     void setLocks(bool areKnown) { knowsLocks_ = areKnown; }
     void vanish(const std::string &path);  // with all that is below it
 
