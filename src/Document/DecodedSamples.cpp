@@ -70,21 +70,9 @@ AudioEditorBuffer emptyOf(const DecodedSound &sound) {
     return AudioEditorBuffer(sound.format().channels, sound.format().sampleRate);
 }
 
-// Whether samples are found again nowhere but at their own place: silence and steady tones are the same somewhat earlier or
-// later.
-bool areUnique(const AudioEditorBuffer &joint) {
-    std::vector<float> all;
-    joint.forEachSpan({0, joint.frames()},
-                      [&](std::span<const float> part, FrameRange) { all.insert(all.end(), part.begin(), part.end()); });
-    const std::int64_t mostFrames = joint.frames() / 2;
-    for (std::int64_t later = 1; later <= mostFrames; ++later)
-        if (std::equal(all.begin() + later * joint.channels(), all.end(), all.begin())) return false;
-    return true;
-}
-
 // A sound in stretches that are decoded at the same time. Each goes on into the next by a joint: where both have the same
-// samples there, and these are unique, both decoders have come to the same place and state, and what follows is what one alone
-// would have found.
+// samples there, out of the same place in the file, both decoders have come to the same state, and what follows is what one
+// alone would have found. The samples alone prove nothing: silence is the same somewhat earlier or later.
 class Stretches {
 public:
     Stretches(DecodedSound &sound, const CountedSource &source)
@@ -98,7 +86,7 @@ public:
 
     void decode() {
         parallelFor(std::int64_t(stretches_.size()), 1, [&](std::int64_t lo, std::int64_t hi) {
-            for (std::int64_t i = lo; i < hi; ++i) i == 0 ? readTo(stretches_[0].buffer, end(0), first_, source_) : decode(i);
+            for (std::int64_t i = lo; i < hi; ++i) i == 0 ? decode(stretches_[0], end(0), first_) : decodeFrom(i);
         });
     }
 
@@ -119,6 +107,7 @@ private:
     struct Stretch {
         std::unique_ptr<DecodedSound> sound;  // of all but the first
         AudioEditorBuffer buffer;
+        std::int64_t jointPlace = 0, endPlace = 0;  // in the source, behind the joint with the one before and behind all
     };
 
     std::int64_t start(std::int64_t i) const { return expected_ * i / std::int64_t(stretches_.size()); }
@@ -126,12 +115,18 @@ private:
         return i + 1 == std::int64_t(stretches_.size()) ? toTheEnd : start(i + 1) + jointFrames;
     }
 
-    void decode(std::int64_t i) {
+    void decode(Stretch &stretch, std::int64_t frames, DecodedSound &sound) const {
+        readTo(stretch.buffer, jointFrames, sound, source_);
+        stretch.jointPlace = sound.place();
+        readTo(stretch.buffer, frames, sound, source_);
+        stretch.endPlace = sound.place();
+    }
+
+    void decodeFrom(std::int64_t i) {
         Stretch &stretch = stretches_[std::size_t(i)];
         try {
             stretch.sound = first_.from(source_, start(i));
-            if (stretch.sound)
-                readTo(stretch.buffer, end(i) == toTheEnd ? toTheEnd : end(i) - start(i), *stretch.sound, source_);
+            if (stretch.sound) decode(stretch, end(i) == toTheEnd ? toTheEnd : end(i) - start(i), *stretch.sound);
         } catch (const DecodeFault &) {
             stretch.sound.reset();  // whether there is a fault, and which, the first finds out
         }
@@ -141,7 +136,7 @@ private:
         const Stretch &stretch = stretches_[std::size_t(i)];
         return stretch.sound && before.frames() == start(i) + jointFrames && stretch.buffer.frames() >= jointFrames &&
                before.part({start(i), before.frames()}) == stretch.buffer.part({0, jointFrames}) &&
-               areUnique(stretch.buffer.part({0, jointFrames}));
+               stretches_[std::size_t(i - 1)].endPlace == stretch.jointPlace;
     }
 
     DecodedSamples readByTheFirst() {

@@ -30,10 +30,15 @@ void DiskWatch::check() {
 
 void DiskWatch::found(const DocumentFile::Identity &now) {
     DocumentFile &file = core_.file;
-    if (now == file.identity || (file.found && *file.found == now)) return;
-    file.found.emplace(now);
-    if (now) return compare(*now);
-    core_.ui.showNotice(NoticeKind::warning, core_.quotedName() + " is no longer where it was");
+    const bool wasGone = file.isGone();
+    if (now == file.identity) {
+        file.found.reset();
+    } else {
+        if (file.found && *file.found == now) return;
+        file.found.emplace(now);
+        now ? compare(*now) : core_.ui.showNotice(NoticeKind::warning, core_.quotedName() + " is no longer where it was");
+    }
+    if (wasGone != file.isGone()) core_.tell();
 }
 
 // A time that has changed alone is no change.
@@ -55,7 +60,7 @@ void DiskWatch::compare(const FileSystem::Identity &now) {
 void DiskWatch::changed() {
     if (core_.work.isBusy()) return core_.file.found.reset();  // for the next look
     const std::string changed = core_.quotedName() + " was changed by another program and read again";
-    if (!core_.isEdited()) return DocumentReading::readAgain(core_, changed);
+    if (!core_.isChanged()) return DocumentReading::readAgain(core_, changed);
     const DocumentUi::Question question{
         core_.quotedName() + " has been changed by another program",
         "Your own changes are not saved. Reading the file again replaces them with what the other program has written.",

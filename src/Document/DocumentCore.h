@@ -32,7 +32,9 @@ struct DocumentCore {
     std::function<void()> tell;  // the document's observers, of a new name, format, edited or busy state
     Lifetime lifetime;           // jobs and questions hold it
 
-    bool isEdited() const { return file.contents && model.state().contentVersion != file.savedVersion; }
+    bool isChanged() const { return file.contents && model.state().contentVersion != file.savedVersion; }
+    // There is no file that holds the sound as it is.
+    bool isEdited() const { return isChanged() || (file.contents && file.isGone()); }
     std::string quotedName() const;
     bool canStoreLoop() const { return file.contents->canStoreLoop(); }
     // The file of the sound that has just been read or written.
@@ -41,8 +43,10 @@ struct DocumentCore {
     // else.
     bool needsJournal() const;
     void followByJournal() { journal.follow(model.state(), needsJournal()); }
-    // Calls back when all edits that are finished would survive the end of the program.
-    void flushJournal(std::function<void()> done) { journal.flush(model.state(), needsJournal(), std::move(done)); }
+    // Calls back when all edits that are finished would survive the end of the program, and a sound whose file has gone.
+    void flushJournal(std::function<void()> done) {
+        journal.flush(model.state(), needsJournal() || isEdited(), std::move(done));
+    }
 };
 
 }  // namespace kiv

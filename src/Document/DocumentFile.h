@@ -20,6 +20,8 @@ struct DocumentFile {
     // What was found in its place since, and told of: another file, or that there is nothing.
     std::optional<Identity> found = {};
 
+    bool isGone() const { return found && !*found; }
+
     // Also by another path. A file that is gone may have left its number to another one, which has other times.
     bool isAt(const std::string &where, const Identity &there) const { return where == path || (there && there == identity); }
 };

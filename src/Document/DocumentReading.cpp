@@ -147,7 +147,7 @@ void restore(DocumentCore &core, std::shared_ptr<const AbandonedJournal> journal
 
 void revert(DocumentCore &core) {
     if (core.work.isBusy() || !core.file.contents) return;
-    if (!core.isEdited()) return readAgain(core);
+    if (!core.isChanged()) return readAgain(core);
     const DocumentUi::Question question{"Revert to the saved version of " + core.quotedName() + "?",
                                         "All changes since the last save will be lost. This cannot be undone.",
                                         {"Revert", "Cancel"}};

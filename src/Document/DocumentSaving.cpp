@@ -31,6 +31,7 @@ struct Order {
     IfChanged ifChanged = IfChanged::ask;
     Done done;
     std::optional<AudioSaveFormat> format = {};  // none: the file's own
+    IfGone ifGone = IfGone::ask;
 };
 
 // What another program has done to other files than the document's own is not asked about.
@@ -59,6 +60,7 @@ std::shared_ptr<FileSave> savingOf(DocumentCore &core, const Order &order) {
     const AudioEditorState &state = core.model.state();
     saving->path = order.path;
     saving->format = order.format;
+    saving->mayBeGone = order.ifGone == IfGone::write;
     if (!core.file.contents) return saving;
     saving->version = state.contentVersion;
     saving->contents = *core.file.contents;
@@ -213,9 +215,9 @@ void writeSelection(DocumentCore &core, const std::string &path, const Done &don
 
 }  // namespace
 
-void save(DocumentCore &core, Done done) {
+void save(DocumentCore &core, Done done, IfGone ifGone) {
     if (!core.file.contents || whyElsewhere(core).empty())
-        return confirmAndRequest(core, {core.file.path, IfChanged::ask, std::move(done)});
+        return confirmAndRequest(core, {core.file.path, IfChanged::ask, std::move(done), {}, ifGone});
     SaveQuestions::confirmEqAndEdits(core, Saved::file, [&core, done = orNobody(std::move(done))](bool go) {
         go ? chooseFormat(core, whyElsewhere(core), done) : done(false);
     });

@@ -12,8 +12,10 @@ namespace kiv::DocumentSaving {
 
 using Done = std::function<void(bool saved)>;  // none: nobody is told
 
-// Over the file, or as the user chooses where it cannot be written in its own format.
-void save(DocumentCore &core, Done done);
+// Over the file, or as the user chooses where it cannot be written in its own format. That the file has gone is asked about,
+// but not where the user has just been told.
+enum class IfGone { ask, write };
+void save(DocumentCore &core, Done done, IfGone ifGone = IfGone::ask);
 // Elsewhere in the file's own format, whatever is there.
 void saveTo(DocumentCore &core, const std::string &path, Done done);
 // Where, and in what format, the user chooses or is said here. What the format cannot store is told.

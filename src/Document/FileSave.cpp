@@ -53,7 +53,7 @@ DocumentFile::Identity identityIfKnown(Files &files, const std::string &path) {
 }  // namespace
 
 void FileSave::run(Files &files, DecodedReader *decoders, Progress &progress) {
-    requireAsExpected(files, decoders, path, expected, onDisk, progress);
+    if (!mayBeGone || files.identity(path)) requireAsExpected(files, decoders, path, expected, onDisk, progress);
     onDisk = AudioFileContents();  // which may hold a sound of its own
     contents = withEditorPositions(std::move(contents), markers, loop);
     contents = prepared(std::move(contents), loop, format, left);

@@ -27,6 +27,7 @@ struct FileSave {
     std::optional<FrameRange> loop;
     std::optional<AudioSaveFormat> format;  // another than the file's own
     DocumentFile::Identity expected;        // of the file that is to be replaced; none: whatever is there
+    bool mayBeGone = false;                 // also where that is
     AudioFileContents onDisk;               // what that file holds
     DocumentJournal::SaveNote note;
     std::int64_t version = 0;  // of the model's content

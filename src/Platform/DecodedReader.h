@@ -76,6 +76,8 @@ public:
     // of the same bytes. Some frames may pass until it finds what the others find there; it throws DecodeFault where anything
     // is wrong with the sound, also what the one from the start could read on behind.
     virtual std::unique_ptr<DecodedSound> from(const ByteSource &, std::int64_t) const { return nullptr; }
+    // Where in the source the last frame that was read stands: the same for all that have read up to it.
+    virtual std::int64_t place() const { return 0; }
 };
 
 class DecodedReader {

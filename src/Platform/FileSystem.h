@@ -26,6 +26,8 @@ public:
         virtual void write(std::span<const std::byte> bytes) = 0;  // after what was written before, or from the start on
         virtual void rewind() = 0;                                 // the next write is at the start again
         virtual void truncate(std::int64_t size) = 0;
+        // Makes this the time of its last change, until the next write, where that is allowed: it is the owner's right.
+        virtual void setModified(std::int64_t ns) = 0;
         virtual void sync() = 0;          // contents, length and attributes to the device
         virtual bool isHeld() const = 0;  // false where the file system knows no locks
     };

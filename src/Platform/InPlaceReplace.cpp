@@ -112,19 +112,23 @@ void discardQuietly(FileSystem &fileSystem, const Copies &copies) noexcept {
     }
 }
 
-void writeOver(FileSystem::File &file, FileSystem &fileSystem, const std::string &source, std::size_t blockBytes) {
+// With the time of the old copy the file is as it was for whoever goes by that.
+enum class Time { now, ofSource };
+
+void writeOver(FileSystem::File &file, FileSystem &fileSystem, const std::string &source, Time time, std::size_t blockBytes) {
     file.rewind();
     pour(file, contentsOf(fileSystem, source, blockBytes), blockBytes);
     const auto identity = fileSystem.identity(source);
     if (!identity) throw std::system_error(std::make_error_code(std::errc::no_such_file_or_directory));
     file.truncate(identity->size);
+    if (time == Time::ofSource) file.setModified(identity->modifiedNs);
     file.sync();
 }
 
 void putBack(FileSystem::File &file, FileSystem &fileSystem, const Copies &copies, const std::string &why,
              std::size_t blockBytes) {
     try {
-        writeOver(file, fileSystem, copies.oldFile, blockBytes);
+        writeOver(file, fileSystem, copies.oldFile, Time::ofSource, blockBytes);
     } catch (const std::system_error &error) {
         throw FileFault(error.code(), why + "; the file as it was is kept in " + copies.oldFile);
     }
@@ -152,7 +156,8 @@ Recovery settle(FileSystem::File &file, FileSystem &fileSystem, const std::strin
         return Recovery::restored;
     }
     try {
-        writeOver(file, fileSystem, found == Found::old ? copies.oldFile : copies.newFile, blockBytes);
+        found == Found::old ? writeOver(file, fileSystem, copies.oldFile, Time::ofSource, blockBytes)
+                            : writeOver(file, fileSystem, copies.newFile, Time::now, blockBytes);
         discard(fileSystem, copies);
     } catch (const std::system_error &) {  // then they stay for the next time
     }
@@ -181,9 +186,10 @@ std::unique_ptr<FileSystem::File> holdFor(FileSystem &fileSystem, const std::str
 
 // A new file, whole and on the device. It stays held, so that nobody takes it for abandoned.
 std::unique_ptr<FileSystem::File> writeCopy(FileSystem &fileSystem, const std::string &path, const Produce &produce,
-                                            std::size_t blockBytes) {
+                                            std::size_t blockBytes, std::optional<std::int64_t> modifiedNs = {}) {
     auto file = fileSystem.create(path, FileSystem::Access::owner);
     pour(*file, produce, blockBytes);
+    if (modifiedNs) file->setModified(*modifiedNs);
     file->sync();
     return file;
 }
@@ -202,7 +208,7 @@ public:
         discard(fileSystem_, copies_);
         makeCopies(produce, check);
         try {
-            writeOver(*file_, fileSystem_, copies_.newFile, blockBytes_);
+            writeOver(*file_, fileSystem_, copies_.newFile, Time::now, blockBytes_);
         } catch (const std::exception &error) {
             putBack(*file_, fileSystem_, copies_, error.what(), blockBytes_);
             throw;
@@ -219,8 +225,8 @@ private:
             const auto before = fileSystem_.identity(target_);
             const auto next = writeCopy(fileSystem_, copies_.newFile, produce, blockBytes_);
             checkFile(fileSystem_, copies_.newFile, check);
-            const auto old =
-                writeCopy(fileSystem_, copies_.oldUnfinished, contentsOf(fileSystem_, target_, blockBytes_), blockBytes_);
+            const auto old = writeCopy(fileSystem_, copies_.oldUnfinished, contentsOf(fileSystem_, target_, blockBytes_),
+                                       blockBytes_, before ? std::optional(before->modifiedNs) : std::nullopt);
             requireUnchanged(fileSystem_, target_, before);
             fileSystem_.rename(copies_.oldUnfinished, copies_.oldFile);
             fileSystem_.syncFolder(copies_.folder);

@@ -5,7 +5,8 @@
 
 // Writing over a file that may not be replaced. In a folder of the user's own two copies are made first, the new contents and
 // the old ones, both whole and on the device; the old one gets its final name last. Only then is the file written over. When
-// that fails the old contents are put back; when all is on the device the copies go, the old one first.
+// that fails the old contents are put back, with their time where that is allowed; when all is on the device the copies go, the
+// old one first.
 //
 // So wherever it dies, an old copy under its final name means that both copies are whole and that the file may be half written.
 // Writing over leaves each byte of a file the old one or the new one, or zero where the file was being made longer. A file of

@@ -39,6 +39,7 @@ public:
                 start_ > 0 && at_ - start_ < plan_.late ? -1.0f : plan_.sampleAt(at_ + (start_ > 0 ? plan_.astray : 0));
         return count;
     }
+    std::int64_t place() const override { return at_ + (start_ > 0 ? plan_.astray : 0); }
     std::int64_t read(std::span<std::int32_t>) override { return 0; }
     std::optional<std::int64_t> countFrames() override { return std::nullopt; }
     DecodedEnd end() const override { return {.missingFrames = at_ == plan_.frames ? plan_.missing : -1}; }

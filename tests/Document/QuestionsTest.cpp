@@ -94,6 +94,34 @@ TEST(Closing, AsksOnlyWhenThereAreEdits) {
     }
 }
 
+// With the file the sound would be gone for good; one that cannot be looked for holds nobody up.
+TEST(Closing, AsksAboutASoundWhoseFileHasGone) {
+    const struct {
+        const char *answer;  // null: the look hangs, and closing is asked for again
+        bool isNoticed, closes, saves;
+    } cases[] = {{"Save", false, true, true},
+                 {"Save", true, true, true},
+                 {"Don’t Save", true, true, false},
+                 {"Cancel", false, false, false},
+                 {nullptr, false, true, false}};
+    for (const auto &[answer, isNoticed, closes, saves] : cases) {
+        DocumentWorld world;
+        world.open(file);
+        world.disk.vanish(world.path);
+        if (isNoticed) world.document->checkDisk(), world.jobs.runAll();
+        EXPECT_EQ(world.document->isEdited(), isNoticed);
+        if (answer) world.ui.answers = {answer};
+        int closed = 0;
+        for (int i = answer ? 1 : 0; i < 2; ++i) world.document->confirmClose([&](bool mayGo) { closed += mayGo; });
+        EXPECT_TRUE(answer || closed == 2);
+        world.jobs.runAll();
+        EXPECT_EQ(closed > 0, closes);
+        EXPECT_EQ(world.ui.asked.size(), answer ? 1u : 0u);
+        EXPECT_EQ(world.disk.exists(world.path), saves);
+        EXPECT_EQ(world.document->isEdited(), answer && !saves);
+    }
+}
+
 TEST(Closing, IsCalledOffWhenTheSaveFails) {
     DocumentWorld world;
     world.open(file);

@@ -307,7 +307,7 @@ TEST(CheckDisk, ReadsAgainWithoutEditsAndAsksOnceWithThem) {
         EXPECT_EQ(world.ui.notices.size(), row.notices);
         EXPECT_EQ(world.model.state().buffer.frames(), row.reads ? 3 : 1000);
         EXPECT_EQ(world.model.state().selection, (FrameRange{0, 2})) << "the view stays";
-        EXPECT_EQ(world.document->isEdited(), row.edits && !row.reads);
+        EXPECT_EQ(world.document->isEdited(), row.change == Change::gone || (row.edits && !row.reads));
         if (row.asked) {
             EXPECT_EQ(world.ui.asked[0].buttons.front(), "Cancel") << "Enter loses no edits";
         }

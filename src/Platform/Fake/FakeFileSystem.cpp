@@ -181,6 +181,11 @@ public:
         node_->now.bytes.resize(std::size_t(size));
         world_.changed(*node_);
     }
+    void setModified(std::int64_t ns) override {
+        const Lock lock = world_.step();
+        world_.changed(*node_);
+        node_->modified = ns;
+    }
     void sync() override {
         const Lock lock = world_.step(Need::nothing, [&] { node_->dirty = false; });
         if (node_->dirty) node_->onDevice = node_->now;

@@ -41,6 +41,7 @@ public:
     };
     void setAbilities(Abilities abilities) { can_ = abilities; }
     void setFree(std::int64_t bytes) { free_ = bytes; }  // what freeBytes() says, whatever is written
+    void passTime(std::int64_t ns) { clock_ += ns; }     // which else goes on by a nanosecond with each change
     void vanish(const std::string &path);                // with all that is below it
 
     bool exists(const std::string &path) const;

@@ -97,6 +97,11 @@ public:
     void truncate(std::int64_t size) override {
         if (::ftruncate(*file_, size) != 0) throwErrno();
     }
+    void setModified(std::int64_t ns) override {
+        constexpr std::int64_t second = 1'000'000'000;
+        const timespec times[] = {{0, UTIME_OMIT}, {ns / second - (ns % second < 0), (ns % second + second) % second}};
+        ::futimens(*file_, times);
+    }
     void sync() override {
         while (::fsync(*file_) != 0)
             if (errno != EINTR) throwErrno();

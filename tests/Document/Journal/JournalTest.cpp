@@ -529,6 +529,32 @@ TEST(Journal, KeepsNoSoundOfAFailedSave) {
     }
 }
 
+// In a folder that takes no other file, killed at any step of a save, and the file opened before the journal is asked about.
+TEST(Journal, KnowsTheFileThatWasPutBack) {
+    int restored = 0;
+    for (int step = 1, isOver = 0; !isOver; ++step) {
+        MortalWorld world;
+        world.journals.longestCopy = 0;
+        world.disk.allow(false, true);
+        world.open(file);
+        world.disk.setWritable("/music", false);
+        const Done done = world.reverse({5, 500});
+        world.disk.passTime(10'000'000'000);
+        world.disk.losePowerAt(step);
+        world.save();
+        isOver = world.disk.steps() < step;
+        world.kill();
+        world.disk.restart(everything);
+        world.document->open(path, [](const std::string &error) { ASSERT_EQ(error, ""); });
+        world.jobs.runAll();
+        const bool isSaved = world.model().state().buffer == done.buffer;
+        ASSERT_EQ(world.restore(), isSaved ? "0 found" : "") << step;
+        EXPECT_TRUE(world.model().state().buffer == done.buffer) << step;
+        restored += !isSaved;
+    }
+    EXPECT_GT(restored, 20);
+}
+
 // The file as it was before the save is what the document is then.
 TEST(Journal, BringsBackWhatWasUndoneWhileItWasSaved) {
     for (const bool isKept : {false, true}) {

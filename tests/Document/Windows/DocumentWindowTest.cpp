@@ -241,6 +241,7 @@ TEST_F(DocumentWindowTest, ClosesAtOnceWithoutChangesAndGivesUpAnOpenDialog) {
     open();
     controller->perform(gain);
     controller->requestClose();
+    world.jobs.runAll();
     settle();
     EXPECT_EQ(closed, 1);
     EXPECT_FALSE(model().canUndo() || view().isVisible());
@@ -268,6 +269,7 @@ TEST_F(DocumentWindowTest, RemembersItsFrame) {
     EXPECT_EQ(view().geometry().topLeft(), QPoint(30, 40));
     view().setGeometry(50, 60, 1000, 700);
     controller->requestClose();
+    world.jobs.runAll();
     EXPECT_EQ(parseFrame(world.settings.get(Setting::documentWindowFrame)), (Box{50, 60, 1000, 700}));
 }
 

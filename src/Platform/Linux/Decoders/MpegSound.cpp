@@ -148,6 +148,7 @@ public:
     }
     std::int64_t expectedFrames() const override { return expected_; }
     std::unique_ptr<DecodedSound> from(const ByteSource &source, std::int64_t frame) const override;
+    std::int64_t place() const override { return mpg123_framepos(handle_.get()); }
 
 private:
     struct Delete {
