@@ -331,8 +331,7 @@ std::optional<NativeFile> findAu(const SourceReader &reader, Samples samples) {
     if (!areChannels(channels)) return std::nullopt;
     const AudioSampleEncoding encoding = own.value_or(AudioSampleEncoding{.bytes = 1});
     const bool isOpen = isOpenSize(declared, 4);
-    const bool isUnfinished = isOpen || declared == 0;
-    const std::int64_t bytes = isUnfinished ? left : std::min(declared, left), frameBytes = channels * encoding.bytes;
+    const std::int64_t bytes = isOpen ? left : std::min(declared, left), frameBytes = channels * encoding.bytes;
     NativeFile file;
     SampleWrapping &wrapping = file.contents.wrapping.emplace();
     wrapping.samplesBefore = 1;
