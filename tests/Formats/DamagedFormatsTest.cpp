@@ -161,6 +161,7 @@ TEST(DamagedFormats, OfOtherKindsThatAreCutOffAreReadAsFarAsTheyGoAndSaySo) {
         {"a.tta", "ffmpeg -y -i in.wav a.tta", Known::always},
         {"a.m4a", "ffmpeg -y -i in.wav -c:a alac -movflags faststart a.m4a", Known::always},
         {"a.mka", "ffmpeg -y -i in.wav -c:a flac a.mka", Known::always},
+        {"ms.wav", "ffmpeg -y -i in.wav -c:a adpcm_ms ms.wav", Known::never},
         {"b.m4a", "ffmpeg -y -i in.wav -c:a aac -movflags faststart b.m4a", Known::never},
     };
     for (const auto &row : rows) {
@@ -182,6 +183,9 @@ TEST(DamagedFormats, OfOtherKindsThatAreCutOffAreReadAsFarAsTheyGoAndSaySo) {
             EXPECT_EQ(contents.isCutOff, !isKnown) << row.name << " " << bytes;
         }
     }
+    // Of several streams the first alone is not the sound.
+    ASSERT_TRUE(desk.run("flac --silent -o a.flac in.wav && cat a.flac a.flac > x.flac"));
+    EXPECT_THROW(desk.framesTold("x.flac"), AudioFileError);
     // What describes the sound stands at its end.
     ASSERT_TRUE(desk.run("ffmpeg -y -i in.wav c.m4a && head -c 20000 c.m4a > x.m4a && head -c 2000 a.ogg > x.ogg"));
     for (const char *name : {"x.m4a", "x.ogg"}) try {

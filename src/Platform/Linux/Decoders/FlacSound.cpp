@@ -4,6 +4,7 @@
 
 #include <array>
 #include <limits>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -52,13 +53,15 @@ public:
 
     // The first block must be the start, and the last sample where the file says, with nothing like a block behind it.
     std::optional<std::int64_t> countFrames() override {
+        const std::int64_t firstBlock = place_.end;
         if (total_ == 0 || !advance() || place_.nextFrame != std::int64_t(held_)) return std::nullopt;
         isCounting_ = true;
         const bool isThere = FLAC__stream_decoder_seek_absolute(decoder_.get(), FLAC__uint64(total_ - 1));
         source_.rethrow();
         if (!isThere || held_ != 1 || isStreamAt(place_.end)) return std::nullopt;
         isBroken_ = false;  // what was tried on the way there does not count
-        if (advance()) return std::nullopt;
+        // The block that was found may be that of another stream.
+        if (advance() || isStreamBehind(firstBlock)) return std::nullopt;
         return total_;
     }
 
@@ -151,6 +154,16 @@ private:
     bool isStreamAt(std::int64_t offset) const {
         std::array<char, 4> mark;
         return startsAt(offset, mark) == streamMark;
+    }
+
+    bool isStreamBehind(std::int64_t offset) const {
+        std::string bytes(std::size_t(1) << 20, '\0');
+        for (std::size_t count = bytes.size(); count == bytes.size(); offset += std::int64_t(count - streamMark.size())) {
+            const std::string_view found = startsAt(offset, bytes);
+            if (found.find(streamMark) != found.npos) return true;
+            count = found.size();
+        }
+        return false;
     }
 
     void takeInfo(const FLAC__StreamMetadata_StreamInfo &info) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <set>
 #include <string_view>
 
 #include "Platform/Linux/Decoders/OggPages.h"
@@ -42,7 +43,12 @@ public:
     void take(const OggPage &page) {
         if (page.startsStream) takeStart(page);
         goesOn_ = goesOn_ || !page.startsStream;
-        if (page.serial != link_.serial) return;
+        const bool isOurs = page.serial == link_.serial;
+        // Of what has no start nothing can be made, be it that of another sound whose number is the same.
+        const bool isOther = isOurs && (link_.isEndKnown || page.number < nextNumber_);
+        isAllStarted_ = isAllStarted_ && started_.contains(page.serial) && !isOther;
+        if (!isOurs || !isAllStarted_) return;
+        nextNumber_ = page.number + 1;
         packets_ += page.packets;
         link_.isWhole = link_.isEndKnown = page.endsStream;
         if (page.granule <= 0) return;
@@ -53,6 +59,8 @@ public:
     OggLink finished(std::int64_t end, const std::optional<OggPage> &cutOff) {
         link_.end = end;
         takeCutOff(cutOff);
+        link_.isWhole = link_.isWhole && isAllStarted_;
+        link_.isEndKnown = link_.isEndKnown && isAllStarted_;
         link_.rate = codec_.rate;
         link_.isFlac = codec_.isFlac;
         while (!marks_.empty() && !isIntact(source_, marks_.back())) marks_.pop_back();
@@ -75,8 +83,8 @@ private:
 
     void takeStart(const OggPage &page) {
         const Codec codec = codecAt(source_, page.body);
-        const bool isFirst = !hasStarted_, isBetter = codec_.mostFrames == 0 && codec.mostFrames > 0;
-        hasStarted_ = true;
+        const bool isFirst = started_.empty(), isBetter = codec_.mostFrames == 0 && codec.mostFrames > 0;
+        started_.insert(page.serial);
         if (!isFirst && !isBetter) return;
         codec_ = codec;
         link_.serial = page.serial;
@@ -91,7 +99,9 @@ private:
     Codec codec_;
     std::vector<OggPage> marks_;  // that tell a position
     std::int64_t packets_ = 0, packetsToFirst_ = 0;
-    bool hasStarted_ = false, goesOn_ = false;
+    std::set<std::uint32_t> started_;
+    std::uint32_t nextNumber_ = 0;
+    bool isAllStarted_ = true, goesOn_ = false;
 };
 
 }  // namespace

@@ -107,7 +107,7 @@ private:
         const std::int64_t missing = links_[index_].framesAt(format_.sampleRate) - frames_;
         end_.missingFrames += std::max(missing, end.missingFrames);
         end_.damagedFrames += end.damagedFrames;
-        end_.isCutOff = !links_[index_].isEndKnown && end.missingFrames == 0;
+        end_.isCutOff = end_.isCutOff || (!links_[index_].isEndKnown && end.missingFrames == 0);
         hasSound_ = hasSound_ || frames_ > 0;
         frames_ = 0;
         present_.reset();

@@ -9,4 +9,7 @@ namespace kiv {
 // standard error. Others know such files better.
 bool isForSndfile(const ByteSource &source);
 
+// A sample dump by MIDI that is cut off or damaged: the library makes up what is missing, and says so on standard output.
+bool isBrokenSampleDump(const ByteSource &source);
+
 }  // namespace kiv

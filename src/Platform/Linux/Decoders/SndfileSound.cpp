@@ -9,6 +9,7 @@
 
 #include "Platform/Linux/Decoders/CallbackSource.h"
 #include "Platform/Linux/Decoders/SndfileKinds.h"
+#include "Support/ChunkHeaders.h"
 
 namespace kiv {
 namespace {
@@ -148,6 +149,7 @@ public:
         source_.rethrow();
         if (!file_) return;
         format_ = described(source, info_);
+        endsTooSoon_ = endsTooSoon(source);
         order_ = channelOrder(info_.format & SF_FORMAT_SUBMASK, format_.channels);
     }
 
@@ -160,6 +162,7 @@ public:
 
     // The last frame must be there, and none behind it.
     std::optional<std::int64_t> countFrames() override {
+        if (endsTooSoon_) return std::nullopt;
         std::vector<float> frames(2 * std::size_t(format_.channels));
         const bool isThere = seeksFromItsStart() && info_.seekable && info_.frames > 0 &&
                              sf_seek(file_.get(), info_.frames - 1, SEEK_SET) >= 0 &&
@@ -168,6 +171,8 @@ public:
         if (!isThere) return std::nullopt;
         return info_.frames;
     }
+
+    DecodedEnd end() const override { return {.isCutOff = endsTooSoon_}; }
 
 private:
     // A header that is wrong about where the samples begin may send a seek elsewhere than reading starts. Samples that are not
@@ -202,11 +207,13 @@ private:
     std::unique_ptr<SNDFILE, Close> file_;
     DecodedFormat format_;
     std::span<const int> order_;
+    bool endsTooSoon_ = false;
 };
 
 }  // namespace
 
 std::unique_ptr<DecodedSound> openWithSndfile(const ByteSource &source) {
+    if (isBrokenSampleDump(source)) throw DecodeFault("the sample dump is damaged or cut off");
     if (!isForSndfile(source)) return nullptr;
     auto sound = std::make_unique<SndfileSound>(source);
     if (!sound->isOpen()) return nullptr;
@@ -214,7 +221,7 @@ std::unique_ptr<DecodedSound> openWithSndfile(const ByteSource &source) {
 }
 
 std::optional<DecodedTags> tagsWithSndfile(const ByteSource &source) {
-    if (!isForSndfile(source)) return std::nullopt;
+    if (isBrokenSampleDump(source) || !isForSndfile(source)) return std::nullopt;
     SndfileSound sound(source);
     if (!sound.isOpen()) return std::nullopt;
     return DecodedTags{sound.texts(), {}, {}};

@@ -15,6 +15,7 @@ extern "C" {
 #include <vector>
 
 #include "Platform/Linux/Ffmpeg/FfmpegInput.h"
+#include "Support/ChunkHeaders.h"
 
 namespace kiv {
 namespace {
@@ -133,7 +134,7 @@ void convertChannel(const AVFrame &frame, std::size_t channel, std::size_t from,
 
 class FfmpegSound : public DecodedSound {
 public:
-    explicit FfmpegSound(const ByteSource &source) : input_(source) {}
+    explicit FfmpegSound(const ByteSource &source) : input_(source), endsTooSoon_(endsTooSoon(source)) {}
 
     // False when there is no sound in it that can be decoded.
     bool open(const AVInputFormat *kind) {
@@ -150,7 +151,9 @@ public:
     std::optional<std::int64_t> countFrames() override { return std::nullopt; }
     DecodedEnd end() const override {
         const bool isKnown = statedFrames() && (format_.bits > 0 || missingFrames() > 0);
-        return {.missingFrames = missingFrames(), .damagedFrames = damagedFrames_, .isCutOff = isBroken_ && !isKnown};
+        return {.missingFrames = missingFrames(),
+                .damagedFrames = damagedFrames_,
+                .isCutOff = (isBroken_ || endsTooSoon_) && !isKnown};
     }
 
 private:
@@ -214,15 +217,13 @@ private:
                 continue;
             }
             if (got < 0) {
-                lose();
+                ++lost_;
                 continue;
             }
             if (frame_->ch_layout.nb_channels != format_.channels || frame_->sample_rate != format_.sampleRate)
                 throw DecodeFault("its channels or sample rate change on the way");
             if (frame_->nb_samples <= 0) continue;
-            frameLength_ = frame_->nb_samples;
-            silent_ = std::exchange(lost_, 0);
-            damagedFrames_ += std::int64_t(silent_);
+            bridge();
             return true;
         }
     }
@@ -233,11 +234,12 @@ private:
         if (isBroken_ && frameLength_ == 0) throw DecodeFault(damaged);
     }
 
-    // Silence will stand in the place of a packet that cannot be decoded, as long as the frame before it, once another comes.
-    void lose() {
-        const int length = frameLength_ > 0 ? frameLength_ : decoder_->frame_size;
-        if (length <= 0) throw DecodeFault(damaged);
-        lost_ += std::size_t(length);
+    // In the place of each packet that could not be decoded comes silence, as long as a frame beside it.
+    void bridge() {
+        const int length = frameLength_ > 0 ? frameLength_ : frame_->nb_samples;
+        silent_ = std::exchange(lost_, 0) * std::size_t(length);
+        damagedFrames_ += std::int64_t(silent_);
+        frameLength_ = frame_->nb_samples;
     }
 
     // Gives the decoder the next packet, or the end. A packet that it cannot take is one that is damaged.
@@ -252,7 +254,7 @@ private:
                 return;
             }
             if (packet_->stream_index != stream_) continue;
-            if (avcodec_send_packet(decoder_.get(), packet_.get()) < 0) lose();
+            if (avcodec_send_packet(decoder_.get(), packet_.get()) < 0) ++lost_;
             return;
         }
     }
@@ -264,23 +266,25 @@ private:
         const bool isAlone = file.nb_streams == 1, isOwn = stream.duration > 0;
         const std::int64_t stated = isOwn ? stream.duration : isAlone ? file.duration : 0;
         if (stated <= 0 || file.duration_estimation_method != AVFMT_DURATION_FROM_STREAM) return std::nullopt;
-        return av_rescale_q(stated, isOwn ? stream.time_base : AV_TIME_BASE_Q, {1, int(format_.sampleRate)});
+        return av_rescale_q(stated, isOwn ? stream.time_base : av_get_time_base_q(), {1, int(format_.sampleRate)});
     }
 
-    // It may be told in milliseconds, and need not be exact where frames are dropped at the ends.
+    // It may be told in milliseconds, or in packets, and need not be exact where frames are dropped at the ends.
     std::int64_t missingFrames() const {
-        const std::int64_t inexact = format_.sampleRate / (format_.bits > 0 ? 500 : 10);
+        const bool isExact = format_.bits > 0 && decoder_->codec_id != AV_CODEC_ID_ALAC;
+        const std::int64_t inexact = format_.sampleRate / (isExact ? 500 : 10);
         const std::int64_t missing = statedFrames().value_or(0) - frames_;
         return missing > (isBroken_ ? 0 : inexact) ? missing : 0;
     }
 
     FfmpegInput input_;
+    const bool endsTooSoon_;
     std::unique_ptr<AVCodecContext, FreeDecoder> decoder_;
     std::unique_ptr<AVPacket, FreePacket> packet_{av_packet_alloc()};
     std::unique_ptr<AVFrame, FreeFrame> frame_{av_frame_alloc()};
     int stream_ = -1;
     std::size_t used_ = 0, silent_ = 0;
-    std::size_t lost_ = 0;  // since the last one
+    std::size_t lost_ = 0;  // packets since the last frame
     int frameLength_ = 0;   // of the last one that was decoded
     std::int64_t frames_ = 0, damagedFrames_ = 0;
     bool isBroken_ = false;  // the file could not be read on
