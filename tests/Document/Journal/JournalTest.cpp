@@ -535,9 +535,9 @@ TEST(Journal, KnowsTheFileThatWasPutBack) {
     for (int step = 1, isOver = 0; !isOver; ++step) {
         MortalWorld world;
         world.journals.longestCopy = 0;
-        world.disk.allow(false, true);
+        world.disk.setAbilities({.names = true});
         world.open(file);
-        world.disk.setWritable("/music", false);
+        world.disk.protect("/music");
         const Done done = world.reverse({5, 500});
         world.disk.passTime(10'000'000'000);
         world.disk.losePowerAt(step);

@@ -91,7 +91,7 @@ private:
     }
 
     bool isPlausible(std::int64_t frames, std::int64_t packets) const {
-        return frames > 0 && frames / packets <= codec_.mostFrames;
+        return frames > 0 && packets > 0 && frames / packets <= codec_.mostFrames;
     }
 
     const ByteSource &source_;

@@ -8,6 +8,9 @@
 namespace kiv {
 namespace {
 
+// Of years of sound: a position behind that is damaged. Counted in another rate it is still a number.
+constexpr std::uint64_t mostFrames = std::uint64_t(1) << 44;
+
 constexpr std::size_t headerBytes = 27, mostSegments = 255, checksumAt = 22;
 constexpr std::string_view mark("OggS\0", 5);  // and the version
 constexpr int mostFailures = 1000;             // of what looks like pages and is none; damage leaves few
@@ -31,7 +34,8 @@ std::optional<OggPage> pageAt(const ByteSource &source, std::int64_t offset) {
     };
     const auto segments = std::span(bytes).subspan(headerBytes, bytes[26]);
     OggPage page{.offset = offset, .size = std::accumulate(segments.begin(), segments.end(), std::int64_t(header))};
-    page.granule = std::int64_t(number(6, 8));
+    const std::uint64_t granule = number(6, 8);
+    page.granule = granule <= mostFrames ? std::int64_t(granule) : -1;
     page.serial = std::uint32_t(number(14, 4));
     page.number = std::uint32_t(number(18, 4));
     page.packets = std::count_if(segments.begin(), segments.end(), [](std::uint8_t length) { return length < mostSegments; });

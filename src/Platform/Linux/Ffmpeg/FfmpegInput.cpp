@@ -1,6 +1,7 @@
 #include "Platform/Linux/Ffmpeg/FfmpegInput.h"
 
 #include <cstring>
+#include <new>
 #include <vector>
 
 namespace kiv {
@@ -33,9 +34,15 @@ void FfmpegInput::FreeIo::operator()(AVIOContext *io) const {
 
 bool FfmpegInput::open(const AVInputFormat *kind) {
     constexpr int bufferSize = 1 << 16;
+    constexpr std::size_t mostBytesAtOnce = std::size_t(256) << 20;  // whatever a damaged file asks for
+    av_max_alloc(mostBytesAtOnce);
+    av_log_set_level(AV_LOG_QUIET);
     auto *buffer = static_cast<std::uint8_t *>(av_malloc(bufferSize));
+    if (!buffer) throw std::bad_alloc();
     io_.reset(avio_alloc_context(buffer, bufferSize, 0, &source_, readPacket, nullptr, seekTo));
-    AVFormatContext *file = avformat_alloc_context();
+    if (!io_) av_free(buffer);
+    AVFormatContext *file = io_ ? avformat_alloc_context() : nullptr;
+    if (!file) throw std::bad_alloc();
     file->pb = io_.get();
     file->io_open = refuseToOpen;
     if (avformat_open_input(&file, nullptr, kind, nullptr) < 0) return false;  // frees it

@@ -294,9 +294,6 @@ private:
 }  // namespace
 
 std::unique_ptr<DecodedSound> openWithFfmpeg(const ByteSource &source) {
-    constexpr std::size_t mostBytesAtOnce = std::size_t(256) << 20;  // whatever a damaged file asks for
-    av_max_alloc(mostBytesAtOnce);
-    av_log_set_level(AV_LOG_QUIET);
     const AVInputFormat *kind = inputFormatOf(source);
     if (!kind) return nullptr;
     auto sound = std::make_unique<FfmpegSound>(source);

@@ -73,7 +73,6 @@ DecodedPicture pictureOf(const AVStream &stream) {
 }  // namespace
 
 std::optional<DecodedTags> tagsWithFfmpeg(const ByteSource &source) {
-    av_log_set_level(AV_LOG_QUIET);
     std::array<char, 3> mark{};
     source.read(0, std::as_writable_bytes(std::span(mark)));
     const bool isTagged = std::string_view(mark.data(), mark.size()) == "ID3";
