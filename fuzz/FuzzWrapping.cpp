@@ -2,6 +2,7 @@
 
 #include "Audio/Files/AudioFileCodec.h"
 #include "Audio/Files/AudioFileConversion.h"
+#include "Audio/Files/SampleWrapping.h"
 
 // What is kept of any file around its samples gives a file in which the same is found again.
 namespace kiv {
@@ -15,6 +16,12 @@ std::optional<AudioFileContents> found(const Bytes &file) {
     }
 }
 
+void convert(const AudioFileContents &contents) {
+    for (const auto container :
+         {AudioSaveFormat::Container::wav, AudioSaveFormat::Container::aiff, AudioSaveFormat::Container::flac})
+        AudioFileCodec::converted(contents, {container, 16});
+}
+
 // A loop that is put in is found again, and taken out again.
 void checkLoops(const AudioFileContents &contents) {
     if (!contents.canStoreLoop() || contents.loop || contents.buffer.isEmpty()) return;
@@ -24,18 +31,42 @@ void checkLoops(const AudioFileContents &contents) {
     if (!without || without->positions != contents.positions) std::abort();
 }
 
+AudioEditorBuffer mono(const AudioEditorBuffer &buffer) {
+    const auto frames = std::min<std::int64_t>(buffer.frames(), 1 << 16);
+    return AudioEditorBuffer(std::vector<float>(std::size_t(frames)), 1, buffer.sampleRate());
+}
+
+void checkChannels(AudioFileContents contents) {
+    contents.buffer = mono(contents.buffer);
+    if (!contents.wrapping->fits(contents.buffer)) return;
+    const auto again = found(AudioFileCodec::wrappedImage(contents).bytes());
+    if (!again || again->buffer.channels() != 1) std::abort();
+}
+
+void checkPacked(const Bytes &file) {
+    AudioFileContents contents;
+    contents.format.container = AudioContainer::coreAudio;
+    contents.coreAudioSettings.emplace();
+    contents.buffer = AudioEditorBuffer(std::vector<float>(9), 1, 44100);
+    keepAroundPacked(contents, 9, MemorySource(file));
+    for (const std::int64_t position : contents.positions)
+        if (position < 0 || position > 9) std::abort();
+    if (contents.loop) AudioFileCodec::removingLoop(contents);
+    convert(contents);
+}
+
 void check(const Bytes &file) {
+    checkPacked(file);
     const auto contents = found(file);
     if (!contents) return;
+    checkChannels(*contents);
     const Bytes again = AudioFileCodec::wrappedImage(*contents).bytes();
     const auto foundAgain = found(again);
     if (!foundAgain || AudioFileCodec::wrappedImage(*foundAgain).bytes() != again) std::abort();
     if (foundAgain->buffer.frames() != contents->buffer.frames()) std::abort();
     if (foundAgain->positions != contents->positions || foundAgain->loop != contents->loop) std::abort();
     checkLoops(*contents);
-    for (const auto container :
-         {AudioSaveFormat::Container::wav, AudioSaveFormat::Container::aiff, AudioSaveFormat::Container::flac})
-        AudioFileCodec::converted(*contents, {container, 16});
+    convert(*contents);
 }
 
 }  // namespace

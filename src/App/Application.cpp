@@ -25,6 +25,8 @@ namespace kiv {
 
 namespace {
 
+constexpr std::chrono::milliseconds longLook(200), patienceAtEnd(500);
+
 JournalFolder journalFolder(FileSystem &fileSystem) {
     try {
         return {fileSystem, userFolder(UserFolder::state) + "/journals"};
@@ -39,6 +41,12 @@ std::vector<Box> freeScreens() {
     std::vector<Box> boxes;
     for (const QScreen *screen : QGuiApplication::screens()) boxes.push_back(toBox(screen->availableGeometry()));
     return boxes;
+}
+
+// The disk is not asked.
+std::filesystem::path wholePath(const std::string &path) {
+    std::error_code isUnknown;  // the folder that the program is in may be gone
+    return std::filesystem::absolute(path, isUnknown).lexically_normal();
 }
 
 // The stored choice; anything else means the one that follows the desktop.
@@ -86,8 +94,12 @@ Application::Application(const LaunchOptions &options, double millisecondsAtMain
     QTimer::singleShot(0, &keys_, [this] { leftBehind_.look(); });
 }
 
-Application::~Application() {
+bool Application::end() {
     for (const auto &document : documents_) document->saveFrame();
+    documents_.clear();
+    const bool isAlone = jobs_.end(patienceAtEnd);
+    if (!isAlone) defaults_.finish();
+    return isAlone;
 }
 
 void Application::applyAppearance() {
@@ -163,30 +175,54 @@ DocumentWindowController &Application::addWindow() {
 }
 
 // Also where it was opened through a link.
-DocumentWindowController *Application::windowOf(const std::string &path) const {
-    std::error_code isGone;
-    const std::filesystem::path file = std::filesystem::canonical(path, isGone);
+DocumentWindowController *Application::windowOf(const std::string &path, const DocumentFile::Identity &there) const {
     const auto open = std::ranges::find_if(documents_, [&](const auto &each) {
-        return !each->isClosed() && std::filesystem::canonical(each->document().path(), isGone) == file;
+        return !each->isClosed() && (each->isAt(path, there) || wholePath(each->document().path()) == wholePath(path));
     });
-    return file.empty() || open == documents_.end() ? nullptr : open->get();
+    return open == documents_.end() ? nullptr : open->get();
 }
 
+// The disk is asked whose file it is. One that takes its time is read in a window of its own.
 void Application::openFile(const std::string &path) {
-    if (DocumentWindowController *const open = windowOf(path)) return open->bringForward();
+    if (DocumentWindowController *const open = windowOf(path, {})) return open->bringForward();
+    const auto opening = openings_.emplace_back(std::make_shared<Opening>(path));
+    const auto goOn = [this, waiting = std::weak_ptr(opening)](const DocumentFile::Identity &there) {
+        const auto answered = waiting.lock();
+        if (!answered || answered->there) return;
+        answered->there.emplace(there);
+        openAnswered();
+    };
+    const auto found = std::make_shared<DocumentFile::Identity>();
+    jobs_.read(
+        std::make_shared<Progress>(), [&files = *files_, path, found](Progress &) { *found = files.identity(path); },
+        [found, goOn](std::exception_ptr) { goOn(*found); });
+    QTimer::singleShot(longLook, &keys_, [goOn] { goOn({}); });
+}
+
+// In their order, so that of two paths to one file the second finds the window of the first.
+void Application::openAnswered() {
+    while (!openings_.empty() && openings_.front()->there) {
+        const auto next = openings_.front();
+        openings_.pop_front();
+        openFound(next->path, *next->there);
+    }
+}
+
+void Application::openFound(const std::string &path, const DocumentFile::Identity &there) {
+    if (DocumentWindowController *const open = windowOf(path, there)) return open->bringForward();
     DocumentWindowController &controller = addWindow();
-    controller.open(path, [this, &controller, path](const std::string &error) {
+    const auto failed = [this, &controller, path](const std::string &error) {
         fileFailed(&controller, quoted(nameOf(path)) + " could not be opened", error);
-    });
+    };
+    controller.open(path, failed, there);
 }
 
 // In the window that has the file open already, if nothing has been done there; when it is just being read, afterwards.
 void Application::restore(std::shared_ptr<const AbandonedJournal> journal) {
-    const auto plain = [](const std::string &path) { return std::filesystem::absolute(path).lexically_normal(); };
     const auto open = std::ranges::find_if(documents_, [&](const auto &each) {
         const AudioDocument &document = each->document();
         const bool isUntouched = !document.isEdited() && (document.contents() || document.isBusy());
-        return isUntouched && plain(document.path()) == plain(journal->document);
+        return isUntouched && wholePath(document.path()) == wholePath(journal->document);
     });
     if (open != documents_.end() && (*open)->document().isBusy()) {
         constexpr int soon = 100;
@@ -209,7 +245,7 @@ void Application::fileFailed(DocumentWindowController *controller, const std::st
 }
 
 bool Application::isOpening() const {
-    return std::ranges::any_of(documents_, [](const auto &each) {
+    return !openings_.empty() || std::ranges::any_of(documents_, [](const auto &each) {
         const AudioDocument &document = each->document();
         return document.isBusy() && !document.contents();
     });
@@ -246,8 +282,8 @@ void Application::chooseFiles() {
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFiles);
     dialog->setNameFilters({"Audio files (*." + audioExtensions().join(" *.") + ")", "All files (*)"});
-    QObject::connect(dialog, &QFileDialog::filesSelected, &keys_, [this](const QStringList &paths) {
-        for (const QString &path : paths) openFile(path.toStdString());
+    QObject::connect(dialog, &QFileDialog::urlsSelected, &keys_, [this](const QList<QUrl> &urls) {
+        for (const QUrl &url : urls) openFile(localPath(url));
     });
     QObject::connect(dialog, &QFileDialog::finished, &keys_,
                      [this] { QTimer::singleShot(0, &keys_, [this] { quitIfAlone(); }); });

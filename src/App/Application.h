@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QEventLoopLocker>
+#include <deque>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "App/KeyMonitor.h"
@@ -27,7 +30,10 @@ namespace kiv {
 class Application {
 public:
     Application(const LaunchOptions &options, double millisecondsAtMain);
-    ~Application();
+
+    // The last call, after the loop: all that is still to be written is. False: a disk does not answer somebody who reads from
+    // it, and the program has to end without taking itself apart.
+    bool end();
 
     // A file has one window: where it is open already, that comes forward.
     void openFile(const std::string &path);
@@ -43,7 +49,9 @@ private:
     void die();
     void flushJournals(std::function<void()> done);
     DocumentWindowController &addWindow();
-    DocumentWindowController *windowOf(const std::string &path) const;
+    DocumentWindowController *windowOf(const std::string &path, const DocumentFile::Identity &there) const;
+    void openAnswered();
+    void openFound(const std::string &path, const DocumentFile::Identity &there);
     void restore(std::shared_ptr<const AbandonedJournal> journal);
     void applyAppearance();
     void fileFailed(DocumentWindowController *controller, const std::string &message, const std::string &error);
@@ -55,6 +63,14 @@ private:
     void showAbout();
     Box placeForNextWindow() const;
     void connectController(DocumentWindowController &controller);
+
+    // A file that is to be opened. The program may not end with another window before it is.
+    struct Opening {
+        explicit Opening(const std::string &file) : path(file) {}
+        std::string path;
+        std::optional<DocumentFile::Identity> there = {};  // none: the disk has not answered yet
+        QEventLoopLocker running = {};
+    };
 
     LinuxSystemLog log_;
     FileDefaults defaults_;
@@ -76,6 +92,7 @@ private:
     Tips tips_;
     KeyMonitor keys_;
     std::vector<std::unique_ptr<DocumentWindowController>> documents_;
+    std::deque<std::shared_ptr<Opening>> openings_;
     std::unique_ptr<DropWindowController> dropWindow_;
     OutsideEnd outsideEnd_;
     DocumentWindowController *asksQuit_ = nullptr;   // the window whose answer the quit waits for

@@ -1,7 +1,8 @@
 #include "App/LaunchOptions.h"
 
-#include <QString>
 #include <QUrl>
+
+#include "Document/Windows/AudioDrag.h"
 
 namespace kiv {
 
@@ -9,8 +10,8 @@ namespace {
 
 std::string pathOf(const std::string &argument) {
     if (!argument.starts_with("file:")) return argument;
-    const QString path = QUrl(QString::fromStdString(argument)).toLocalFile();
-    return path.isEmpty() ? argument : path.toStdString();
+    const std::string path = localPath(QUrl::fromEncoded(QByteArray::fromStdString(argument)));
+    return path.empty() ? argument : path;
 }
 
 }  // namespace

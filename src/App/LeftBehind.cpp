@@ -62,7 +62,7 @@ DocumentUi::Question discardQuestion(const AbandonedJournal &journal) {
 
 void LeftBehind::look() {
     const auto found = std::make_shared<std::vector<AbandonedJournal>>();
-    jobs_.run(
+    jobs_.read(
         std::make_shared<Progress>(), [folder = folder_, found](Progress &) { *found = findAbandonedJournals(folder); },
         [this, found](std::exception_ptr) {
             for (AbandonedJournal &journal : *found)

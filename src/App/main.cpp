@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <cstdio>
+#include <cstdlib>
 
 #include "App/Application.h"
 #include "Editor/Views/KivStyle.h"
@@ -17,5 +18,7 @@ int main(int argc, char **argv) {
     QApplication::setApplicationVersion(KIV_VERSION);
     QApplication::setDesktopFileName("kiv-audio-editor");
     kiv::Application editor(options, millisecondsAtMain);
-    return QApplication::exec();
+    const int code = QApplication::exec();
+    if (!editor.end()) std::fflush(nullptr), std::_Exit(code);
+    return code;
 }

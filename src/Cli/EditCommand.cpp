@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <span>
 
 #include "Cli/Commands.h"
 #include "Cli/Interrupt.h"
@@ -59,13 +58,14 @@ std::vector<NamedStep> parseSteps(const EditCall &call) {
 }
 
 // Only what a later step can bring back is worth its memory.
-void runSteps(StepContext &context, std::span<const NamedStep> steps) {
-    for (; !steps.empty(); steps = steps.subspan(1)) {
-        const auto still = [&](std::string_view name) {
-            return std::size_t(std::ranges::count(steps, name, &NamedStep::name));
-        };
-        context.document.model().keepOnly(still("undo"), still("redo"));
-        steps.front().run(context);
+void runSteps(StepContext &context, const std::vector<NamedStep> &steps) {
+    auto undosLeft = std::size_t(std::ranges::count(steps, "undo", &NamedStep::name));
+    auto redosLeft = std::size_t(std::ranges::count(steps, "redo", &NamedStep::name));
+    for (const NamedStep &step : steps) {
+        context.document.model().keepOnly(undosLeft, redosLeft);
+        step.run(context);
+        undosLeft -= step.name == "undo";
+        redosLeft -= step.name == "redo";
         Interrupt::throwIfRequested();
     }
 }
@@ -128,6 +128,7 @@ std::string edit(const EditCall &call, const DocumentServices &services) {
     CallUi ui;
     AudioDocument document(services, ui);
     openNow(document, call.file);
+    if (!call.json) ui.tellWarnings(call.file);
     StepContext context{document, services, ui};
     runSteps(context, steps);
     Outcome outcome{document, document.isEdited(), {}, std::nullopt, context.cycle};

@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "Cli/Commands.h"
 #include "Cli/Interrupt.h"
 #include "Cli/Reading.h"
@@ -100,6 +102,7 @@ std::string asJson(const std::string &path, const Summary &summary, JsonWriter::
     json.field("channels", contents.buffer.channels()).field("frames", summary.frames);
     json.field("bufferRate", contents.buffer.sampleRate());
     json.field("missingFrames", contents.missingFrames).field("damagedFrames", contents.damagedFrames);
+    json.field("isCutOff", contents.isCutOff);
     writeChunks(json, contents.chunks);
     writeFrames(json, "positions", contents.positions);
     writeFrames(json, "markers", shown.markers);
@@ -111,10 +114,7 @@ std::string asJson(const std::string &path, const Summary &summary, JsonWriter::
     return json.endList().endObject().take();
 }
 
-std::string rateText(double rate) {
-    const bool isWhole = rate == double(std::int64_t(rate));
-    return decimalText(rate, isWhole ? 0 : 3) + " Hz";
-}
+std::string rateText(double rate) { return decimalText(rate, rate == std::floor(rate) ? 0 : 3) + " Hz"; }
 
 std::string asText(const std::string &path, const Summary &summary) {
     const AudioFileContents &contents = summary.contents;
@@ -129,7 +129,11 @@ std::string asText(const std::string &path, const Summary &summary) {
                 format(AudioEditorTimeUnit::seconds, double(frames), buffer.sampleRate()) + more + "\n";
     };
     length("length   ", summary.frames, "");
-    if (contents.missingFrames > 0) length("missing  ", contents.missingFrames, ": the file ends early");
+    if (contents.missingFrames > 0)
+        length("missing  ", contents.missingFrames,
+               contents.isCutOff ? " or more: the file ends early" : ": the file ends early");
+    else if (contents.isCutOff)
+        text += "  missing  an unknown length: the file ends early\n";
     if (contents.damagedFrames > 0) length("damaged  ", contents.damagedFrames, ": they could not be read and are silent");
     if (shown.loop) text += "  loop     " + std::to_string(shown.loop->lo) + " " + std::to_string(shown.loop->hi) + "\n";
     if (!shown.markers.empty()) {

@@ -74,6 +74,7 @@ void AudioDocument::saveSlices(const std::string &name, IfHeld ifHeld, Done done
 }
 
 void AudioDocument::letGo() {
+    core_.isGivenUp = true;
     core_.work.cancelEdit();
     core_.journal.discard();
 }

@@ -29,7 +29,9 @@ public:
     const DocumentPlayer &player() const { return core_.player; }
 
     const std::string &path() const { return core_.file.path; }
-    std::string name() const;                                                                 // the path's last part
+    std::string name() const;  // the path's last part
+    // What is read or written there is this document's file, also by another path.
+    bool isAt(const std::string &where, const DocumentFile::Identity &there) const { return core_.file.isAt(where, there); }
     const std::optional<AudioFileContents> &contents() const { return core_.file.contents; }  // the buffer is the model's
     const AudioFileFormat *format() const { return contents() ? &contents()->format : nullptr; }
     bool isEdited() const { return core_.isEdited(); }

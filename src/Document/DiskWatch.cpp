@@ -18,7 +18,7 @@ void DiskWatch::check() {
     const DocumentFile &file = core_.file;
     if (!file.contents || !file.identity || core_.work.isBusy() || std::exchange(looks_, true)) return;
     const auto now = std::make_shared<DocumentFile::Identity>();
-    core_.services.jobs.run(
+    core_.services.jobs.read(
         std::make_shared<Progress>(),
         [&files = core_.services.files, path = file.path, now](Progress &) { *now = files.identity(path); },
         core_.lifetime.guard([this, now, expected = file.identity](std::exception_ptr failure) {
@@ -45,7 +45,7 @@ void DiskWatch::found(const DocumentFile::Identity &now) {
 void DiskWatch::compare(const FileSystem::Identity &now) {
     const auto isSame = std::make_shared<bool>(false);
     looks_ = true;
-    core_.services.jobs.run(
+    core_.services.jobs.read(
         comparing_,
         [&files = core_.services.files, decoders = core_.services.decoders, path = core_.file.path,
          contents = contentsOnDisk(core_),

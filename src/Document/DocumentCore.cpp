@@ -19,7 +19,7 @@ DocumentCore::DocumentCore(DocumentServices withServices, DocumentUi &withUi)
 std::string DocumentCore::quotedName() const { return quoted(nameOf(file.path)); }
 
 bool DocumentCore::needsJournal() const {
-    return isChanged() || (savingVersion && model.state().contentVersion != *savingVersion);
+    return !isGivenUp && (isChanged() || (savingVersion && model.state().contentVersion != *savingVersion));
 }
 
 void DocumentCore::setFile(DocumentFile newFile, const AudioEditorBuffer &sound) {

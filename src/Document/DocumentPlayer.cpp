@@ -21,7 +21,7 @@ DocumentPlayer::DocumentPlayer(PlaybackEngine *playback, AudioEditorModel &model
         if (isPlaying()) playback_->setBuffer(preview);
     };
     model.onPlayJoint = [this] { playLoopJoint(); };
-    model.onPlayRange = [this](FrameRange range, bool loop) { play(range, range.lo, loop); };
+    model.onPlayRange = [this](FrameRange range, bool loop) { play({.range = range, .start = range.lo, .loop = loop}); };
     loopChanges_ = model.observers.add([this](const Changes &changes) { followLoop(changes); });
     eqChanges_ = eq.observers.add([this](EqModel::Change change) {
         if (change == EqModel::Change::settings) updateEq();
@@ -41,20 +41,12 @@ void DocumentPlayer::stop() {
 void DocumentPlayer::togglePlay() {
     if (isPlaying()) return stop();
     const AudioEditorState &state = model_.state();
-    if (state.selection) return play(*state.selection, state.selection->lo, state.loopEnabled);
-    const FrameRange all{0, state.buffer.frames()};
-    play(all, state.cursorFrame < all.hi ? state.cursorFrame : 0, state.loopEnabled);
+    const FrameRange range = state.selection.value_or(FrameRange{0, state.buffer.frames()});
+    const std::int64_t cursor = state.cursorFrame < range.hi ? state.cursorFrame : 0;
+    play({.range = range, .start = state.selection ? range.lo : cursor, .loop = state.loopEnabled});
 }
 
-void DocumentPlayer::play(FrameRange range, std::int64_t start, bool loop) {
-    PlaybackEngine::Request request;
-    request.range = range;
-    request.start = start;
-    request.loop = loop;
-    this->start(request);
-}
-
-void DocumentPlayer::start(PlaybackEngine::Request request) {
+void DocumentPlayer::play(PlaybackEngine::Request request) {
     if (!canPlay()) return;
     stop();
     model_.setPlaying(true);  // before play(), which may end in playbackStopped()
@@ -66,25 +58,20 @@ void DocumentPlayer::start(PlaybackEngine::Request request) {
 void DocumentPlayer::playSlice(std::size_t index) {
     const AudioEditorState &state = model_.state();
     if (index >= state.slices.size() || !canPlay()) return;
-    PlaybackEngine::Request request;
-    request.range = state.slices[index];
-    request.start = request.range.lo;
-    request.fadeIn = state.sliceFadeInSamples;
-    request.fadeOut = state.sliceFadeOutSamples;
-    start(request);
+    const FrameRange slice = state.slices[index];
+    play({.range = slice, .start = slice.lo, .fadeIn = state.sliceFadeInSamples, .fadeOut = state.sliceFadeOutSamples});
     model_.setPreviewPlaying(isPlaying());
 }
 
 void DocumentPlayer::playLoopJoint() {
     const AudioEditorState &state = model_.state();
     if (!state.loopPoints || !canPlay()) return;
-    PlaybackEngine::Request request;
-    request.range = *state.loopPoints;
-    request.start = std::max(request.range.lo, request.range.hi - state.buffer.sampleRate());
-    request.loop = true;
-    request.crossfade = AudioEditorLoops::loopCrossfadeFrames(state);
-    request.equalPower = state.loopCrossfadeEqualPower;
-    start(request);
+    const FrameRange loop = *state.loopPoints;
+    play({.range = loop,
+          .start = std::max(loop.lo, loop.hi - state.buffer.sampleRate()),
+          .loop = true,
+          .crossfade = AudioEditorLoops::loopCrossfadeFrames(state),
+          .equalPower = state.loopCrossfadeEqualPower});
     jointPlaying_ = isPlaying();
     model_.setPreviewPlaying(jointPlaying_);
 }
@@ -117,7 +104,7 @@ void DocumentPlayer::goToStart() {
     const bool wasPlaying = isPlaying();
     model_.placeCursor(0);
     model_.revealFrame(0);
-    if (wasPlaying) play({0, model_.state().buffer.frames()}, 0, model_.state().loopEnabled);
+    if (wasPlaying) play({.range = {0, model_.state().buffer.frames()}, .loop = model_.state().loopEnabled});
 }
 
 void DocumentPlayer::goToEnd() {

@@ -20,7 +20,8 @@ public:
 
     bool canPlay() const;
     void togglePlay();  // the selection, or from the cursor (at the sound's end: from its start); stops what plays
-    void play(FrameRange range, std::int64_t start, bool loop);
+    // Stops what plays, and plays this, through the equalizer as it is set here.
+    void play(PlaybackEngine::Request request);
     void playSlice(std::size_t index);  // once, with the slices' fades
     void playLoopJoint();               // the loop, over and over, from a second before its end, with the crossfade that is set
     void stop();
@@ -34,7 +35,6 @@ public:
     void playbackStopped() override;
 
 private:
-    void start(PlaybackEngine::Request request);
     void followLoop(const Changes &changes);
     EqTargets eqTargets() const { return {eq_.settings(), model_.state().eqEnabled}; }
     void updateEq();

@@ -36,9 +36,19 @@ void load(DocumentCore &core, const std::string &path,
         });
 }
 
+// What there is to be told of a file that has been installed, in one: a second notice would take the place of the first.
+void tellOf(DocumentCore &core, Files::Recovery recovery, std::string news) {
+    const auto add = [&](const std::string &text) { news += (news.empty() ? "" : " ") + text; };
+    if (recovery == Files::Recovery::restored)
+        add("A save had been interrupted: " + core.quotedName() + " is as it was before.");
+    const auto faults = faultTexts(core.quotedName(), *core.file.contents, core.model.state().buffer.frames());
+    for (const std::string &fault : faults) add(fault);
+    if (!news.empty()) core.ui.showNotice(faults.empty() ? NoticeKind::information : NoticeKind::warning, news);
+}
+
 enum class Install { fresh, again };
 
-void install(DocumentCore &core, Loaded loaded, Install how) {
+void install(DocumentCore &core, Loaded loaded, Install how, const std::string &news = {}) {
     core.player.stop();
     AudioEditorModel &model = core.model;
     AudioFileContents &contents = loaded.file.contents;
@@ -54,17 +64,21 @@ void install(DocumentCore &core, Loaded loaded, Install how) {
         core.file.savedVersion = model.state().contentVersion;
     }
     core.tell();
-    for (const std::string &fault : faultTexts(core.quotedName(), *core.file.contents, model.state().buffer.frames()))
-        core.ui.showNotice(NoticeKind::warning, fault);
-    if (loaded.file.recovery == Files::Recovery::restored)
-        core.ui.showNotice(NoticeKind::information,
-                           "A save had been interrupted: " + core.quotedName() + " is as it was before.");
+    tellOf(core, loaded.file.recovery, news);
+}
+
+// What has been edited while the file was read again would be gone for good: what has been read goes instead. The next look at
+// the disk asks.
+void keepEdits(DocumentCore &core) {
+    core.file.found.reset();
+    core.tell();
+    core.ui.showNotice(NoticeKind::warning, core.quotedName() + " was edited meanwhile and not read again");
 }
 
 // So that the window shows the file's lanes while it is being read; what comes too late is not needed any more.
 void expectShape(DocumentCore &core) {
     const auto shape = std::make_shared<std::optional<AudioEditorBuffer>>();
-    core.services.jobs.run(
+    core.services.jobs.read(
         std::make_shared<Progress>(),
         [&files = core.services.files, decoders = core.services.decoders, path = core.file.path, shape](Progress &) {
             *shape = audioFileShape(files, decoders, path);
@@ -115,6 +129,7 @@ void open(DocumentCore &core, const std::string &path, Done done) {
 void restore(DocumentCore &core, std::shared_ptr<const AbandonedJournal> journal, Done done) {
     if (core.work.isBusy()) return done("It is busy.");
     core.file.path = journal->document;
+    const std::int64_t version = core.model.state().contentVersion;
     const auto recovered = std::make_shared<RecoveredDocument>();
     core.work.start(
         DocumentWork::Kind::reading,
@@ -122,9 +137,11 @@ void restore(DocumentCore &core, std::shared_ptr<const AbandonedJournal> journal
             *recovered = recoverDocument(*services.journals, *journal, services.files, services.decoders, progress);
         },
         [=, &core](std::exception_ptr failure) {
-            if (!failure) installRecovered(core, std::move(*recovered), journal);
+            const bool isUntouched = core.model.state().contentVersion == version;
+            if (!failure && isUntouched) installRecovered(core, std::move(*recovered), journal);
             core.tell();
-            done(failure ? errorText(failure) : "");
+            if (failure) return done(wasCancelled(failure) ? cancelledText : errorText(failure));
+            done(isUntouched ? "" : "It was edited meanwhile.");
         });
 }
 
@@ -141,11 +158,12 @@ void revert(DocumentCore &core) {
 
 void readAgain(DocumentCore &core, const std::string &notice) {
     if (core.work.isBusy()) return;
-    load(core, core.file.path, [&core, notice](std::shared_ptr<Loaded> loaded, const std::string &error) {
-        if (loaded) install(core, std::move(*loaded), Install::again);
-        if (loaded && !notice.empty()) core.ui.showNotice(NoticeKind::information, notice);
-        if (loaded) return;
-        if (error != cancelledText) core.ui.showError(core.quotedName() + " could not be read", error);
+    const std::int64_t version = core.model.state().contentVersion;
+    load(core, core.file.path, [&core, notice, version](std::shared_ptr<Loaded> loaded, const std::string &error) {
+        if (!loaded && error != cancelledText) core.ui.showError(core.quotedName() + " could not be read", error);
+        if (!loaded) return;
+        const bool isUntouched = core.model.state().contentVersion == version;
+        isUntouched ? install(core, std::move(*loaded), Install::again, notice) : keepEdits(core);
     });
 }
 

@@ -14,10 +14,17 @@ DocumentWork::DocumentWork(AudioEditorModel &model, Jobs &jobs)
     edits_.onFailed = [this](std::exception_ptr failure) { onEditFailed(failure); };
 }
 
-DocumentWork::~DocumentWork() { cancelJob(); }
-
-void DocumentWork::cancelJob() {
+DocumentWork::~DocumentWork() {
     if (progress_) progress_->cancel();
+}
+
+// Not at once: whoever cancels is in the midst of something.
+void DocumentWork::cancelJob() {
+    if (!progress_) return;
+    progress_->cancel();
+    if (job_ != Kind::saving)
+        jobs_.run(
+            progress_, [](Progress &progress) { progress.throwIfCancelled(); }, report_);
 }
 
 std::optional<double> DocumentWork::progress() const {
@@ -33,22 +40,28 @@ void DocumentWork::cancel() {
 
 void DocumentWork::start(Kind kind, std::function<void(Progress &)> job, std::function<void(std::exception_ptr)> done) {
     job_ = kind;
-    progress_ = std::make_shared<Progress>();
+    const auto progress = progress_ = std::make_shared<Progress>();
     onChanged();
-    jobs_.run(progress_, std::move(job), lifetime_.guard([this, done = std::move(done)](std::exception_ptr failure) {
+    report_ = lifetime_.guard([this, progress, done = std::move(done)](std::exception_ptr failure) {
+        if (progress_ != progress) return;  // it was cancelled, and was over with that
         const auto life = lifetime_.watch();
         job_ = Kind::none;
         progress_.reset();
+        report_ = nullptr;
         done(failure);
         if (!life.expired()) onEnded();
-    }));
+    });
+    const auto run = kind == Kind::saving ? &Jobs::run : &Jobs::read;
+    (jobs_.*run)(progress, std::move(job), report_);
 }
 
-void DocumentWork::afterEdit(Save save) { isEditing() ? keep(std::move(save)) : save(true); }
+void DocumentWork::afterEdit(Save save) {
+    if (!isEditing()) return save(true);
+    waitingSave_ = std::move(save);
+}
 
 void DocumentWork::goOn() {
-    if (isEditing()) return;
-    if (const auto save = std::exchange(waitingSave_, nullptr)) save(true);
+    if (const auto save = std::exchange(keptSave_, nullptr)) afterEdit([save](bool) { save(true); });
 }
 
 void DocumentWork::editEnded(bool committed) {

@@ -63,7 +63,7 @@ void chooseTarget(DocumentCore &core, const DocumentUi::SavePanel &panel, OnTarg
     const auto answered = [&core, panel, chosen = std::move(chosen)](const std::optional<Target> &target) {
         if (!target) return chosen(std::nullopt);
         const auto there = std::make_shared<DocumentFile::Identity>();
-        core.services.jobs.run(
+        core.services.jobs.read(
             std::make_shared<Progress>(),
             [&files = core.services.files, path = target->path, there](Progress &) { *there = files.identity(path); },
             core.lifetime.guard([&core, panel, target = *target, there, chosen](std::exception_ptr) {

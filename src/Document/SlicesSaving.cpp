@@ -25,8 +25,6 @@ SlicesToSave slicesOf(const AudioEditorState &state, const DocumentFile &file, c
 
 }  // namespace
 
-SlicesSaving::SlicesSaving(DocumentCore &core) : core_(core), access_(core.services.files, core.services.settings, core.ui) {}
-
 std::string SlicesSaving::folder() const {
     const std::string &path = core_.file.path;
     return inFolder(parentFolder(path), slicesFolderName(path));
@@ -57,7 +55,7 @@ void SlicesSaving::saveAsTheyAre(const std::string &name, IfHeld ifHeld, Done do
 void SlicesSaving::look(std::shared_ptr<SlicesToSave> saving, IfHeld ifHeld, Done done) {
     const auto held = std::make_shared<std::size_t>(0);
     core_.work.start(
-        DocumentWork::Kind::saving,
+        DocumentWork::Kind::looking,
         [&files = core_.services.files, saving, held](Progress &) { *held = audioFilesIn(files, saving->folder).size(); },
         [=, this](std::exception_ptr failure) {
             core_.tell();

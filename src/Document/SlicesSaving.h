@@ -13,7 +13,7 @@ struct SlicesToSave;
 // Saves a document's slices, a file each, in a folder beside its own file. Main thread only; the writing itself runs as a job.
 class SlicesSaving {
 public:
-    explicit SlicesSaving(DocumentCore &core);
+    explicit SlicesSaving(DocumentCore &core) : core_(core), access_(core) {}
 
     // The slices are named after the file when the name is empty. Where the folder holds audio files already, they go to the
     // trash: after asking, at once, or not at all. A failure is shown, and `done` is told false.

@@ -233,13 +233,14 @@ bool holdsBytes(const ByteSource &written, const AudioFileContents &contents, co
 }
 
 // Whether a decoder takes the file for what we take it for: some know little of these kinds of files, and some take what stands
-// behind the last sample for more of them.
+// behind the last sample for more of them. Of RIFX files none can be asked: behind a chunk whose numbers it takes for
+// little-endian, the one there is takes the samples for it too.
 bool knowsAs(DecodedSound &sound, const AudioFileContents &contents) {
     const AudioSampleEncoding &encoding = contents.wrapping->encoding;
     const DecodedFormat &format = sound.format();
     const bool isFloat = encoding.kind == AudioSampleEncoding::Kind::floating;
-    return format.bits == encoding.bytes * 8 && format.isFloat == isFloat && hasFormat(format, contents) &&
-           sound.countFrames() == contents.buffer.frames();
+    return contents.wrapping->kind != SampleWrapping::Kind::rifx && format.bits == encoding.bytes * 8 &&
+           format.isFloat == isFloat && hasFormat(format, contents) && sound.countFrames() == contents.buffer.frames();
 }
 
 bool isDecodedAsWritten(DecodedReader &decoders, const ByteSource &written, const AudioFileContents &contents,

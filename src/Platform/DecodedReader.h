@@ -31,6 +31,7 @@ struct DecodedEnd {
     std::int64_t damagedFrames = 0;           // of those that were read: they could not be decoded and are silent
     std::optional<std::int64_t> offset = {};  // where in the source the sound ended, where that is known
     std::optional<std::int64_t> frame = {};   // the number of the frame behind the last, where the file numbers them
+    bool isCutOff = false;                    // its end is missing, and nobody knows how much: the missing frames are the least
 };
 
 struct DecodedPicture {
@@ -67,6 +68,14 @@ public:
     virtual std::optional<std::int64_t> countFrames() = 0;
     // To be asked when no more frames come.
     virtual DecodedEnd end() const { return {}; }
+
+    // So that several cores share a long sound: about how many frames come, 0 where that is unknown or where reading begins at
+    // the start alone.
+    virtual std::int64_t expectedFrames() const { return 0; }
+    // The same sound from a frame on, nothing where there is none such. While this one and others are read; the source must be
+    // of the same bytes. Some frames may pass until it finds what the others find there; it throws DecodeFault where anything
+    // is wrong with the sound, also what the one from the start could read on behind.
+    virtual std::unique_ptr<DecodedSound> from(const ByteSource &, std::int64_t) const { return nullptr; }
 };
 
 class DecodedReader {

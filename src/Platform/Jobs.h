@@ -16,6 +16,12 @@ public:
     // takes its input as values. Cancelling goes through the progress that both share.
     virtual void run(std::shared_ptr<Progress> progress, std::function<void(Progress &)> work,
                      std::function<void(std::exception_ptr)> done) = 0;
+    // The same for work that only looks at a disk, which may never answer: nothing is lost where the end of the program does
+    // not wait for it.
+    virtual void read(std::shared_ptr<Progress> progress, std::function<void(Progress &)> work,
+                      std::function<void(std::exception_ptr)> done) {
+        run(std::move(progress), std::move(work), std::move(done));
+    }
 };
 
 // Runs everything at once on the calling thread: for the command line and for tests.

@@ -7,8 +7,8 @@ namespace {
 
 TEST(LaunchOptions, FilesAndOptions) {
     const LaunchOptions options =
-        parseArguments({"a.wav", "--paint-report", "--state-report", "file:///music/b%20c.wav", "-", "--", "--help"});
-    EXPECT_EQ(options.files, (std::vector<std::string>{"a.wav", "/music/b c.wav", "-", "--help"}));
+        parseArguments({"a.wav", "--paint-report", "--state-report", "file:///music/b%20c%FF.wav", "-", "--", "--help"});
+    EXPECT_EQ(options.files, (std::vector<std::string>{"a.wav", "/music/b c\xFF.wav", "-", "--help"}));
     EXPECT_TRUE(options.reportsPainting && options.reportsState);
     EXPECT_FALSE(options.showsHelp);
     EXPECT_EQ(options.unknown, "");

@@ -102,8 +102,7 @@ TEST(CommandActions, WithoutAnOutputThereIsNothingToPlay) {
     DocumentWorld world;
     world.put(monoFile);
     AudioDocument silent({*world.files, world.jobs, world.settings, world.clipboard}, world.ui);
-    silent.open(world.path, [](const std::string &) {});
-    world.jobs.runAll();
+    world.read(silent);
     EXPECT_FALSE(isEnabled(EditorCommand::playStop, silent));
     perform(EditorCommand::goToEnd, silent);
     EXPECT_EQ(silent.model().state().cursorFrame, 1000);

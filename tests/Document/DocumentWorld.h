@@ -118,21 +118,25 @@ struct DocumentWorld {
 
     static constexpr const char *path = "/music/drum.wav";
 
-    void put(const std::string &bytes) {
+    void put(const std::string &bytes, const std::string &where = path) {
         const auto view = std::as_bytes(std::span(bytes));
-        disk.put(path, {view.begin(), view.end()});
+        disk.put(where, {view.begin(), view.end()});
     }
     std::string onDisk(const std::string &where = path) const {
         const auto bytes = disk.bytes(where);
         return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
     }
-    // Puts the file there and reads it; the error's text.
-    std::string open(const std::string &bytes) {
-        put(bytes);
+    // Reads a file to the end; the error's text.
+    std::string read(AudioDocument &into, const std::string &where = path) {
         std::string text = "never told";
-        document->open(path, [&](const std::string &error) { text = error; });
+        into.open(where, [&](const std::string &error) { text = error; });
         jobs.runAll();
         return text;
+    }
+    // The same of a file that it puts there.
+    std::string open(const std::string &bytes) {
+        put(bytes);
+        return read(*document);
     }
     // Saves to the end; whether it was told to have worked.
     bool save() {

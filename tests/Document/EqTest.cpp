@@ -54,7 +54,7 @@ TEST(DocumentEq, ASaveAsksAboutWhatIsHeardAndNotApplied) {
 
 TEST(DocumentEq, IsHeardFromTheFirstFrameGlidesAndIsAnalyzed) {
     EqWorld world;
-    world.document->player().play({0, 20000}, 0, true);
+    world.document->player().play({.range = {0, 20000}, .loop = true});
     const float full = 8000 / 32768.0f, low = lowered / 32768;
     EXPECT_THAT(world.output.render(100), testing::Each(testing::FloatNear(low, 1e-6f)));
     world.model.setEqEnabled(false);

@@ -27,7 +27,7 @@ TEST(FolderListingTest, HoldsFilesAndFoldersButNothingHidden) {
     EXPECT_TRUE(listing.entries[1].name == "b.wav" && listing.entries[1].size == 3);
     EXPECT_EQ(listFolder(*files, "/none", progress).access, Access::missing);
     EXPECT_EQ(listFolder(*files, "/m/b.wav", progress).access, Access::missing);
-    disk.setWritable("/m", false);
+    disk.protect("/m");
     EXPECT_EQ(listFolder(*files, "/m", progress).access, Access::readOnly);
     // Asking what it is works, reading it does not.
     for (int step = 1; step <= 4; ++step) {

@@ -109,6 +109,23 @@ TEST_F(LongEdit, ASaveWaitsForItAndIsCalledOffWithIt) {
     }
 }
 
+TEST_F(LongEdit, HasNothingToSayAboutASaveThatWaitsForSomethingElse) {
+    AudioEditorModel other(settings, clipboard);
+    other.load(model.state().buffer, {}, std::nullopt);
+    DocumentWork work(other, jobs);
+    work.onChanged = work.onEnded = [] {};
+    for (const bool editsLonger : {false, true}) {
+        std::vector<bool> told;
+        work.keep([&](bool go) { told.push_back(go); });
+        AudioEditorEdits::gain(other, -6);
+        if (editsLonger) work.goOn();
+        EXPECT_TRUE(told.empty() && !work.takesSave());
+        work.cancelEdit();
+        if (!editsLonger) work.goOn();
+        EXPECT_THAT(told, ElementsAre(true));
+    }
+}
+
 TEST_F(LongEdit, MayBeginWhileAnEarlierStateIsSaved) {
     jobs.runAll();
     document->save();

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "Document/DocumentWorld.h"
+#include "Platform/ForwardingFiles.h"
 #include "Platform/ThreadJobs.h"
 
 namespace kiv {
@@ -51,10 +52,7 @@ TEST(Opening, TellsWhatIsWrongWithAFile) {
         EXPECT_FALSE(world.document->isBusy());
     }
     DocumentWorld world;
-    std::string missing;
-    world.document->open("/nowhere/a.wav", [&](const std::string &error) { missing = error; });
-    world.jobs.runAll();
-    EXPECT_THAT(missing, HasSubstr("No such file"));
+    EXPECT_THAT(world.read(*world.document, "/nowhere/a.wav"), HasSubstr("No such file"));
 }
 
 TEST(Opening, KnowsTheChannelsBeforeItHasReadTheSamples) {
@@ -78,9 +76,13 @@ TEST(Opening, CanBeCancelledAndReportsToNobodyOnceTheDocumentIsGone) {
     world.document->open(world.path, told);
     EXPECT_EQ(world.document->work(), AudioDocument::Work::reading);
     world.document->cancelWork();
-    world.jobs.runAll();
-    EXPECT_EQ(std::exchange(text, "not told"), AudioDocument::cancelledText);
+    EXPECT_EQ(text, "not told") << "whoever cancels is not called back in the midst of it";
+    world.jobs.work(2);
+    world.jobs.report();
+    EXPECT_EQ(std::exchange(text, "not told"), AudioDocument::cancelledText) << "the disk has not answered yet";
     EXPECT_FALSE(world.document->isBusy());
+    world.jobs.runAll();
+    EXPECT_EQ(text, "not told") << "what it answers then is dropped";
     world.document->open(world.path, told);
     world.document.reset();
     world.jobs.runAll();
@@ -88,41 +90,31 @@ TEST(Opening, CanBeCancelledAndReportsToNobodyOnceTheDocumentIsGone) {
 }
 
 // Files of which one save was interrupted.
-class RestoringFiles : public Files {
+class RestoringFiles : public ForwardingFiles {
 public:
-    explicit RestoringFiles(Files &files) : files_(files) {}
-    std::unique_ptr<ByteSource> open(const std::string &path) override { return files_.open(path); }
-    std::optional<FileSystem::Identity> identity(const std::string &path) override { return files_.identity(path); }
-    void replace(const std::string &path, const std::function<void(ByteSink &)> &produce,
-                 const std::function<void(const ByteSource &)> &check) override {
-        files_.replace(path, produce, check);
-    }
-    std::vector<std::string> names(const std::string &folder) override { return files_.names(folder); }
-    bool isWritable(const std::string &folder) override { return files_.isWritable(folder); }
-    void createFolder(const std::string &path) override { files_.createFolder(path); }
-    void moveToTrash(const std::string &path) override { files_.moveToTrash(path); }
+    using ForwardingFiles::ForwardingFiles;
     Recovery recoverInterrupted(const std::string &) override { return Recovery::restored; }
-
-private:
-    Files &files_;
 };
 
-TEST(Opening, TellsOfAFileThatWasPutBack) {
-    DocumentWorld world;
-    RestoringFiles files(*world.files);
-    world.put(plainFile);
-    AudioDocument document({files, world.jobs, world.settings, world.clipboard}, world.ui);
-    document.open(world.path, [](const std::string &error) { EXPECT_EQ(error, ""); });
-    world.jobs.runAll();
-    EXPECT_THAT(world.ui.notices, ElementsAre("A save had been interrupted: “drum.wav” is as it was before."));
-}
-
-TEST(Opening, TellsOfAFileThatEndsEarly) {
-    DocumentWorld world;
-    std::string bytes = Wav::file(Wav::ramp(8000));
-    bytes.resize(bytes.size() - 8000);
-    EXPECT_EQ(world.open(bytes), "");
-    EXPECT_THAT(world.ui.notices, ElementsAre("“drum.wav” ends early: 0.500 s of 1.000 s are there."));
+TEST(Opening, TellsWhatHasBefallenAFileInOneNotice) {
+    const std::string whole = Wav::file(Wav::ramp(8000)), cut = whole.substr(0, whole.size() - 8000);
+    const std::string restored = "A save had been interrupted: “drum.wav” is as it was before.",
+                      endsEarly = "“drum.wav” ends early: 0.500 s of 1.000 s are there.";
+    const struct {
+        bool isRestored;
+        const std::string &bytes;
+        std::vector<std::string> notices;
+    } cases[] = {
+        {false, whole, {}}, {true, whole, {restored}}, {false, cut, {endsEarly}}, {true, cut, {restored + " " + endsEarly}}};
+    for (const auto &[isRestored, bytes, notices] : cases) {
+        DocumentWorld world;
+        RestoringFiles restoring(*world.files);
+        Files &files = isRestored ? restoring : *world.files;
+        AudioDocument document({files, world.jobs, world.settings, world.clipboard}, world.ui);
+        world.put(bytes);
+        EXPECT_EQ(world.read(document), "");
+        EXPECT_EQ(world.ui.notices, notices);
+    }
 }
 
 TEST(Saving, WritesSamplesAndPositionsAsEdited) {

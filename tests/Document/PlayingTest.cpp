@@ -151,8 +151,7 @@ TEST(Playing, AnOutputThatFailsEndsAtOnce) {
 TEST(Playing, AnotherDocumentTakesOver) {
     PlayingWorld world;
     AudioDocument other({*world.files, world.jobs, world.settings, world.clipboard, &world.playback}, world.ui);
-    other.open(world.path, [](const std::string &) {});
-    world.jobs.runAll();
+    world.read(other);
     world.document->player().togglePlay();
     other.player().togglePlay();
     EXPECT_FALSE(world.document->player().isPlaying());

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "Document/DocumentWorld.h"
+#include "Editor/AudioEditorModel/AudioEditorSlices.h"
 
 namespace kiv {
 namespace {
@@ -9,6 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 const std::string file = Wav::file(Wav::ramp(1000));
 
@@ -44,6 +46,29 @@ TEST(Revert, FailsWithAnErrorAndKeepsTheSound) {
     EXPECT_THAT(world.ui.errors, ElementsAre(HasSubstr("“drum.wav” could not be read: ")));
     EXPECT_EQ(world.model.state().buffer.frames(), 1000);
     EXPECT_TRUE(world.document->isEdited());
+}
+
+TEST(Revert, KeepsWhatIsEditedWhileItReads) {
+    DocumentWorld world;
+    world.open(file);
+    world.document->revert();
+    AudioEditorEdits::reverse(world.model);
+    world.jobs.runAll();
+    EXPECT_TRUE(world.document->isEdited() && world.model.canUndo() && !world.document->isBusy());
+    EXPECT_THAT(world.ui.notices, ElementsAre("“drum.wav” was edited meanwhile and not read again"));
+}
+
+TEST(Revert, LeavesNothingOfADragUnderWay) {
+    DocumentWorld world;
+    world.open(file);
+    world.model.commitSlices({{0, 500}, {500, 1000}});
+    EXPECT_TRUE(world.save());
+    world.put(Wav::file({7, 8}));
+    world.document->revert();
+    AudioEditorSlices::moveSliceEdge(world.model, {0, false}, 400);
+    world.jobs.runAll();
+    AudioEditorSlices::endSliceMove(world.model);
+    EXPECT_FALSE(world.document->isEdited() || world.model.canUndo());
 }
 
 TEST(Closing, AsksOnlyWhenThereAreEdits) {
@@ -158,6 +183,52 @@ TEST(Closing, AskedForTwiceIsOneQuestionForBoth) {
     world.ui.press("Save");
     world.jobs.runAll();
     EXPECT_EQ(closed, 2);
+}
+
+// With a journal, and an edit in it.
+struct JournalledWorld : DocumentWorld {
+    const JournalFolder journals{disk, "/home/journals"};
+
+    JournalledWorld() {
+        put(file);
+        begin();
+        AudioEditorEdits::reverse(document->model());
+        jobs.runAll();
+        EXPECT_THAT(disk.list(journals.path), Not(IsEmpty()));
+    }
+    void begin() {
+        document = std::make_unique<AudioDocument>(
+            DocumentServices{*files, jobs, settings, clipboard, nullptr, nullptr, Peaks::kept, &journals}, ui);
+        EXPECT_EQ(read(*document), "");
+    }
+};
+
+TEST(Closing, LeavesNothingBehindOfWhatWasGivenUp) {
+    JournalledWorld world;
+    world.document->letGo();
+    world.document->model().setVerticalZoomDb(3);
+    world.document->flushJournal([] {});
+    world.jobs.runAll();
+    EXPECT_THAT(world.disk.list(world.journals.path), IsEmpty());
+}
+
+TEST(Restoring, KeepsWhatIsEditedWhileItReadsAndIsQuietWhenCancelled) {
+    for (const bool edits : {true, false}) {
+        JournalledWorld world;
+        world.document.reset();
+        world.begin();
+        auto found = findAbandonedJournals(world.journals);
+        std::string told;
+        world.document->restore(std::make_shared<AbandonedJournal>(std::move(found.at(0))), [&](auto &error) { told = error; });
+        if (edits)
+            AudioEditorEdits::silence(world.document->model());
+        else
+            world.document->cancelWork();
+        world.jobs.runAll();
+        EXPECT_EQ(told, edits ? "It was edited meanwhile." : AudioDocument::cancelledText);
+        EXPECT_EQ(world.document->isEdited(), edits);
+        EXPECT_EQ(world.document->model().state().buffer.sample(0, 0), edits ? 0 : 1 / 32768.0f);
+    }
 }
 
 TEST(Closing, AnAnswerAfterTheDocumentIsGoneIsIgnored) {

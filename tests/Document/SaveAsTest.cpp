@@ -62,8 +62,7 @@ struct SaveAsWorld : DocumentWorld {
     // A fresh document on what was written.
     std::unique_ptr<AudioDocument> reopened(const std::string &where) {
         auto fresh = std::make_unique<AudioDocument>(DocumentServices{*files, jobs, settings, clipboard}, ui);
-        fresh->open(where, [](const std::string &error) { EXPECT_EQ(error, ""); });
-        jobs.runAll();
+        EXPECT_EQ(read(*fresh, where), "");
         return fresh;
     }
 };
@@ -94,19 +93,28 @@ TEST(SaveAs, MovesTheDocumentToTheNewFileAndFormatAndKeepsItsHistory) {
     EXPECT_EQ(fresh->model().state().buffer, world.model.state().buffer);
 }
 
+// Each once, and not all of very many; in no time.
+TEST(SaveAs, NamesWhatIsLeftInAFewWords) {
+    std::string chunks;
+    for (int i = 0; i < 60000; ++i) chunks += Wav::chunk("e" + std::to_string(100 + i % 899), "");
+    SaveAsWorld world(Wav::file(Wav::ramp(10), chunks));
+    world.saveAs({{"/music/drum.aiff", aiff16}});
+    EXPECT_THAT(world.ui.notices, ElementsAre("AIFF has no place for “e100”, “e101”, “e102”, “e103”, “e104”, “e105”, “e106”, "
+                                              "“e107”, “e108” and 890 other things: not saved"));
+}
+
 // FLAC stores neither; the editor goes on showing both, and a format that has a place for them gets them.
 TEST(SaveAs, KeepsMarkersAndLoopInTheEditorWhereTheFormatCannot) {
     SaveAsWorld world;
     SilentDecoder flac({.typeName = "FLAC", .identifier = "flac", .bits = 16, .sampleRate = 8000}, 1000, 0x1p-15f);
     AudioDocument document({*world.files, world.jobs, world.settings, world.clipboard, nullptr, &flac}, world.ui);
-    document.open(world.path, [](const std::string &error) { EXPECT_EQ(error, ""); });
+    EXPECT_EQ(world.read(document), "");
     const auto saveAs = [&](const std::string &path, const AudioSaveFormat &format) {
         document.saveAs(path, format, [](bool ok) { EXPECT_TRUE(ok); });
         world.jobs.runAll();
         EXPECT_THAT(document.model().state().markerFrames, ElementsAre(100, 900));
         EXPECT_EQ(document.model().state().loopPoints, (FrameRange{200, 300}));
     };
-    world.jobs.runAll();
     saveAs("/music/drum.flac", {Container::flac, 16});
     EXPECT_THAT(world.ui.notices, ElementsAre("FLAC has no place for markers, “abcd” and the loop: not saved"));
     EXPECT_FALSE(document.model().state().canStoreLoop);
@@ -134,10 +142,9 @@ TEST(SaveAs, AsksBeforeItReplacesAnotherFileAndComesBackWithWhatWasTyped) {
     };
     for (const auto &row : rows) {
         SaveAsWorld world;
-        world.disk.allow(false, true);
+        world.disk.setAbilities({.names = true});
         world.disk.addName(world.path, "/music/same.wav");
-        const auto other = std::as_bytes(std::span("other"));
-        world.disk.put("/music/other.wav", {other.begin(), other.end()});
+        world.put("other", "/music/other.wav");
         AudioEditorEdits::reverse(world.model);
         world.saveAs({{row.path, row.format}}, row.answers);
         EXPECT_EQ(world.document->name(), row.name);
@@ -145,7 +152,7 @@ TEST(SaveAs, AsksBeforeItReplacesAnotherFileAndComesBackWithWhatWasTyped) {
         ASSERT_EQ(world.ui.panels.size(), row.panels);
         const bool isSaved = row.panels == 1;
         EXPECT_EQ(world.document->isEdited(), !isSaved);
-        EXPECT_EQ(world.onDisk("/music/other.wav").size() != 6, row.name == "other.wav");
+        EXPECT_EQ(world.onDisk("/music/other.wav") != "other", row.name == "other.wav");
         if (row.asked == 1) {
             EXPECT_EQ(world.ui.asked[0].buttons.front(), "Cancel") << "Enter replaces nothing";
         }
@@ -199,10 +206,8 @@ TEST(SaveAs, IsNotForgottenWhenTheFileIsBeingReadAgainUnderThePanel) {
 struct DecodedWorld : SaveAsWorld {
     DecodedWorld() : SaveAsWorld("ID3") {
         document = std::make_unique<AudioDocument>(DocumentServices{*files, jobs, settings, clipboard, nullptr, &decoder}, ui);
-        const auto bytes = std::as_bytes(std::span("ID3"));
-        disk.put("/music/talk.mp3", {bytes.begin(), bytes.end()});
-        document->open("/music/talk.mp3", [](const std::string &error) { EXPECT_EQ(error, ""); });
-        jobs.runAll();
+        put("ID3", "/music/talk.mp3");
+        EXPECT_EQ(read(*document, "/music/talk.mp3"), "");
     }
     SilentDecoder decoder{{.typeName = "MP3", .identifier = ".mp3", .sampleRate = 8000}, 500};
 };

@@ -147,7 +147,7 @@ TEST(SavePanelModelTest, WhatSaveComesTo) {
     disk.put("/m/folder.wav/inside", {});
     disk.put("/m/old.wav", {});
     disk.makeFolder("/locked");
-    disk.setWritable("/locked", false);
+    disk.protect("/locked");
     const struct {
         const char *typed;
         PathCheck::Outcome outcome;

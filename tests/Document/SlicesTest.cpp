@@ -147,10 +147,9 @@ TEST(SavingSlices, AsksForAFolderThatMayNotBeWrittenAndRemembersIt) {
     ChoosingUi ui;
     AudioDocument document({*world.files, world.jobs, world.settings, world.clipboard}, ui);
     world.put(Wav::file(Wav::ramp(20)));
-    document.open(world.path, [](const std::string &) {});
-    world.jobs.runAll();
+    world.read(document);
     AudioEditorSlices::detect(document.model(), AudioEditorSlicer::Mode::grid);
-    world.disk.setWritable("/music", false);
+    world.disk.protect("/music");
     world.disk.makeFolder("/mine");
     const auto save = [&] {
         document.saveSlices("", AudioDocument::IfHeld::replace);
@@ -167,12 +166,22 @@ TEST(SavingSlices, AsksForAFolderThatMayNotBeWrittenAndRemembersIt) {
     save();
     EXPECT_EQ(world.disk.names("/mine/drum.slices").size(), 16u);
     ui.chosen = "/";
+    world.disk.heal();
+    document.saveSlices("", AudioDocument::IfHeld::replace);
+    EXPECT_EQ(world.disk.steps(), 0) << "the disk is asked off the main thread";
+    EXPECT_EQ(document.work(), AudioDocument::Work::looking);
+    document.cancelWork();
+    world.jobs.work(1);
+    world.jobs.report();
+    EXPECT_FALSE(document.isBusy()) << "cancelled, whenever it may answer";
+    world.jobs.runAll();
+    EXPECT_EQ(ui.choices.size(), 2u) << "it is too late to ask";
     save();
     EXPECT_EQ(ui.choices.size(), 3u) << "another folder does not cover this one";
     EXPECT_EQ(ui.errors.size(), 1u) << "what was allowed does not make it writable";
-    world.disk.setWritable("/music", true);
+    world.disk.unprotect("/music");
     save();
-    world.disk.setWritable("/music", false);
+    world.disk.protect("/music");
     save();
     EXPECT_EQ(ui.choices.size(), 3u) << "it is remembered";
     EXPECT_EQ(world.settings.get(Setting::folderBookmarks), "/mine\n/");

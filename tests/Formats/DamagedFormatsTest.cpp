@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Formats/Tools.h"
+#include "Platform/ForwardingFiles.h"
 
 // Files that are not what they say, are damaged or cut off, or turn out wrong while they are written.
 namespace kiv {
@@ -69,11 +70,12 @@ TEST(DamagedFormats, FlacThatIsNotWholeIsReadAsFarAsItGoesAndSaysSo) {
         const char *what;
         std::string bytes;
         std::int64_t frames, missing, damaged;
+        bool isCutOff = false;
     } rows[] = {
         {"whole", whole, 30000, 0, 0},
         {"cut off in its last block", whole.substr(0, last + 100), 28672, 1328, 0},
         {"cut off before its fourth block", whole.substr(0, fourth), 3 * 4096, 30000 - 3 * 4096, 0},
-        {"cut off without a length", noTotal.substr(0, last + 100), 28672, 4096, 0},
+        {"cut off without a length", noTotal.substr(0, last + 100), 28672, 0, 0, true},
         {"a damaged block", hit(third + 500), 30000, 0, 4096},
         {"a damaged block header", hit(third), 30000, 0, 4096},
         {"the first block damaged", hit(block(0) + 500), 30000, 0, 4096},
@@ -86,6 +88,7 @@ TEST(DamagedFormats, FlacThatIsNotWholeIsReadAsFarAsItGoesAndSaysSo) {
         const AudioFileContents contents = desk.read("x.flac");
         EXPECT_EQ(contents.missingFrames, row.missing) << row.what;
         EXPECT_EQ(contents.damagedFrames, row.damaged) << row.what;
+        EXPECT_EQ(contents.isCutOff, row.isCutOff) << row.what;
         const std::vector<std::int32_t> words = wordsOf(contents.buffer);
         ASSERT_EQ(words.size(), std::size_t(2 * row.frames)) << row.what;
         std::int64_t differences = 0;
@@ -141,6 +144,73 @@ TEST(DamagedFormats, Mp3ThatIsNotWholeIsReadAsFarAsItGoesAndSaysSo) {
     }
 }
 
+// How much of a sound of 200000 frames is told to be missing where its file ends in its last part, or in the middle of it.
+TEST(DamagedFormats, OfOtherKindsThatAreCutOffAreReadAsFarAsTheyGoAndSaySo) {
+    Desk desk;
+    desk.write("in.wav", ourWav(knownNoise(16, 2, 48000, 200000)));
+    enum class Known { always, inTheLastPart, never };
+    const struct {
+        const char *name, *command;
+        Known known;  // how much is missing
+    } rows[] = {
+        {"a.ogg", "ffmpeg -y -i in.wav -c:a libvorbis a.ogg", Known::inTheLastPart},
+        {"a.opus", "ffmpeg -y -i in.wav a.opus", Known::inTheLastPart},
+        {"f.ogg", "ffmpeg -y -i in.wav -c:a flac f.ogg", Known::inTheLastPart},
+        {"a.oga", "flac --silent --ogg -o a.oga in.wav", Known::always},
+        {"a.wv", "ffmpeg -y -i in.wav a.wv", Known::always},
+        {"a.tta", "ffmpeg -y -i in.wav a.tta", Known::always},
+        {"a.m4a", "ffmpeg -y -i in.wav -c:a alac -movflags faststart a.m4a", Known::always},
+        {"a.mka", "ffmpeg -y -i in.wav -c:a flac a.mka", Known::always},
+        {"b.m4a", "ffmpeg -y -i in.wav -c:a aac -movflags faststart b.m4a", Known::never},
+    };
+    for (const auto &row : rows) {
+        ASSERT_TRUE(desk.run(row.command)) << row.name;
+        const std::string whole = readText(desk.path(row.name)), name = std::string("x-") + row.name;
+        for (const std::size_t bytes : {whole.size(), whole.size() - 400, whole.size() / 2}) {
+            const bool isWhole = bytes == whole.size(), isLast = bytes == whole.size() - 400;
+            writeText(desk.path(name), whole.substr(0, bytes));
+            testing::internal::CaptureStderr();
+            const AudioFileContents contents = desk.read(name);
+            EXPECT_EQ(desk.framesTold(name), contents.buffer.frames()) << row.name << " " << bytes;
+            EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << row.name;
+            const std::int64_t all = contents.buffer.frames() + contents.missingFrames;
+            EXPECT_EQ(contents.missingFrames > 0 || contents.isCutOff, !isWhole) << row.name << " " << bytes;
+            EXPECT_EQ(contents.damagedFrames, 0) << row.name << " " << bytes;
+            if (row.known == Known::never) continue;
+            const bool isKnown = isWhole || isLast || row.known == Known::always;
+            EXPECT_TRUE(isKnown ? std::abs(all - 200000) <= 48 : all < 200000) << row.name << " " << bytes << ": " << all;
+            EXPECT_EQ(contents.isCutOff, !isKnown) << row.name << " " << bytes;
+        }
+    }
+    // What describes the sound stands at its end.
+    ASSERT_TRUE(desk.run("ffmpeg -y -i in.wav c.m4a && head -c 20000 c.m4a > x.m4a && head -c 2000 a.ogg > x.ogg"));
+    for (const char *name : {"x.m4a", "x.ogg"}) try {
+            desk.read(name);
+            ADD_FAILURE() << name;
+        } catch (const AudioFileError &error) {
+            EXPECT_STREQ(error.what(), "The file could not be read: the part that describes its sound is damaged or missing.");
+        }
+}
+
+// Long enough for several cores: with and without a length told, with bits that stand in frames before, and with faults.
+TEST(DamagedFormats, LongMpegIsWhatOneDecoderFindsInIt) {
+    Desk desk;
+    desk.write("in.wav", ourWav(knownTone(2, 44100, 2400000)));
+    ASSERT_TRUE(
+        desk.run("for a in 'cbr -b:a 128k' 'vbr -q:a 2' 'low -ac 1 -ar 22050 -b:a 8k' 'free -q:a 4 -write_xing 0'; do "
+                 "set -- $a; n=$1; shift; ffmpeg -y -i in.wav $@ $n.mp3 || exit 1; done && "
+                 "ffmpeg -y -i in.wav -b:a 192k a.mp2"));
+    const std::string whole = readText(desk.path("cbr.mp3")), low = readText(desk.path("low.mp3"));
+    const std::size_t middle = whole.size() / 2, late = middle + middle / 2;
+    writeText(desk.path("hole.mp3"), std::string(whole).erase(middle - 3000, 5000));
+    writeText(desk.path("late.mp3"), std::string(whole).replace(late, 5000, 5000, 'x'));
+    writeText(desk.path("foreign.mp3"), std::string(whole).insert(late, low.substr(low.size() / 2, 300)));
+    writeText(desk.path("cut.mp3"), whole.substr(0, late));
+    for (const char *name :
+         {"cbr.mp3", "vbr.mp3", "low.mp3", "free.mp3", "a.mp2", "hole.mp3", "late.mp3", "foreign.mp3", "cut.mp3"})
+        EXPECT_TRUE(desk.read(name).buffer.samples() == desk.decodedAtOnce(name)) << name;
+}
+
 std::string tag(const std::string &mark, const std::string &size, const std::string &text) { return mark + size + text; }
 
 // Tags of kinds that are not FLAC's own, with what looks like a block inside, which stand before and behind the sound.
@@ -171,11 +241,10 @@ TEST(DamagedFormats, FlacKeepsTheTagsAroundIt) {
 }
 
 // Writes with a fault in the file, as a worn disk or a mistake of ours would.
-class FaultyFiles : public Files {
+class FaultyFiles : public ForwardingFiles {
 public:
-    FaultyFiles(Files &files, std::function<void(std::string &)> damage) : files_(files), damage_(std::move(damage)) {}
-    void replace(const std::string &path, const std::function<void(ByteSink &)> &produce,
-                 const std::function<void(const ByteSource &)> &check) override {
+    FaultyFiles(Files &files, std::function<void(std::string &)> damage) : ForwardingFiles(files), damage_(std::move(damage)) {}
+    void replace(const std::string &path, const Produce &produce, const Check &check) override {
         const auto faulty = [&](ByteSink &sink) {
             MemorySink kept;
             produce(kept);
@@ -184,18 +253,10 @@ public:
             damage_(text);
             sink.write(std::as_bytes(std::span(text)));
         };
-        files_.replace(path, faulty, check);
+        ForwardingFiles::replace(path, faulty, check);
     }
-    std::unique_ptr<ByteSource> open(const std::string &path) override { return files_.open(path); }
-    std::optional<FileSystem::Identity> identity(const std::string &path) override { return files_.identity(path); }
-    std::vector<std::string> names(const std::string &folder) override { return files_.names(folder); }
-    bool isWritable(const std::string &folder) override { return files_.isWritable(folder); }
-    void createFolder(const std::string &path) override { files_.createFolder(path); }
-    void moveToTrash(const std::string &path) override { files_.moveToTrash(path); }
-    Recovery recoverInterrupted(const std::string &path) override { return files_.recoverInterrupted(path); }
 
 private:
-    Files &files_;
     std::function<void(std::string &)> damage_;
 };
 

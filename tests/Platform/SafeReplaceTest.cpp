@@ -54,7 +54,7 @@ struct World : FakeFileSystem {
     explicit World(const Case &c) {
         makeFolder(temporaryFolder());
         put(song, bytesOf(c.before), "mine");
-        if (c.way == Way::refused) setWritable("/music", false);
+        if (c.way == Way::refused) protect("/music");
         if (c.way == Way::sticky) setSticky("/music");
     }
     std::string text(const std::string &path = song) const { return textOf(bytes(path)); }
@@ -302,9 +302,9 @@ TEST(SafeReplace, follows_links_and_refuses_what_is_no_file_or_must_not_be_writt
     world.makeFolder("/music/folder");
     world.makeOther("/music/pipe");
     world.put("/music/protected", bytesOf("x"));
-    world.setWritable("/music/protected", false);
+    world.protect("/music/protected");
     world.put("/closed/other", bytesOf("x"));
-    world.setWritable("/closed", false);
+    world.protect("/closed");
     world.makeFolder("/real");
     world.link("/music/circle", "circle");
     world.link("/music/folder-link", "folder");

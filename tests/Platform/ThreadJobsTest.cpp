@@ -109,6 +109,30 @@ TEST(ThreadJobs, going_away_ends_what_runs_and_reports_nothing) {
     EXPECT_EQ(reports, 0);
 }
 
+TEST(ThreadJobs, at_the_end_wait_for_all_but_a_read_that_hangs) {
+    FakeMainLoop loop;
+    std::atomic<bool> answers = false, written = false;
+    int reports = 0;
+    ThreadJobs jobs(loop);
+    const auto told = [&](std::exception_ptr) { ++reports; };
+    jobs.read(
+        std::make_shared<Progress>(), [&](Progress &) { answers.wait(false); }, told);
+    jobs.run(
+        std::make_shared<Progress>(),
+        [&](Progress &) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            written = true;
+        },
+        told);
+    EXPECT_FALSE(jobs.end(std::chrono::milliseconds(1)));
+    EXPECT_TRUE(written) << "however long it takes";
+    answers = true;
+    answers.notify_all();
+    EXPECT_TRUE(jobs.end(std::chrono::seconds(20)));
+    loop.runPosts();
+    EXPECT_EQ(reports, 0);
+}
+
 TEST(ThreadJobs, may_go_away_in_a_report) {
     FakeMainLoop loop;
     auto jobs = std::make_unique<ThreadJobs>(loop);

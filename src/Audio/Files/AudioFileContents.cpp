@@ -65,7 +65,7 @@ bool AudioFileContents::canSaveInPlace() const {
 }
 
 bool AudioFileContents::canStoreLoop() const {
-    return format.container != AudioContainer::coreAudio || (wrapping && wrapping->isWavLike());
+    return format.container != AudioContainer::coreAudio || (wrapping && wrapping->isFormLike());
 }
 
 std::string AudioFileContents::decodedSetting(const char *key) const {

@@ -88,18 +88,11 @@ struct FlacMetadataBlock {
     friend bool operator==(const FlacMetadataBlock &, const FlacMetadataBlock &) = default;
 };
 
-// What a decoded file says besides the sound, for other formats.
-struct AudioFileTags {
-    std::vector<std::pair<std::string, std::string>> texts;  // "TITLE" and the like, in UTF-8
-    std::vector<FlacMetadataBlock> pictures;                 // as FLAC files hold them
-    Bytes id3;                        // the whole ID3 tag that stands in front, in which all this is said
-    std::vector<std::string> others;  // what else there is, as the user is told of it
-};
-
-// A file of a kind that is not our own whose samples stand in it uncompressed and in one piece: all that stands around them,
-// kept as it is, so that the file can be written back with other samples and nothing is lost.
+// All that stands around the samples of a file, where these are in one piece, kept as it is: of a file of a kind that is not
+// our own, so that it can be written back with other samples and nothing is lost, and of any whose samples are compressed for
+// what it says of them. riff and aifc are only of these.
 struct SampleWrapping {
-    enum class Kind : std::uint8_t { au, caf, w64, rf64, bw64, rifx };
+    enum class Kind : std::uint8_t { au, caf, w64, rf64, bw64, rifx, riff, aifc };
 
     // A number that says how much there is: of bytes of samples, of frames, of bytes of the whole file.
     struct Size {
@@ -133,14 +126,23 @@ struct SampleWrapping {
     std::vector<Part> parts;
     std::size_t samplesBefore = 0;  // index of the part behind the samples; the number of parts when none is
 
-    // Whether the chunks are those of a WAV file, with cue points and loops among them.
-    bool isWavLike() const { return kind == Kind::rf64 || kind == Kind::bw64 || kind == Kind::rifx; }
+    // Whether the chunks are those of a WAV or an AIFF file, with positions and loops among them.
+    bool isFormLike() const { return kind != Kind::au && kind != Kind::caf; }
     std::endian order() const;  // of the numbers in it
     // Whether a sound can take the place of the file's own.
     bool fits(const AudioEditorBuffer &sound) const {
         return (!namesChannels || sound.channels() == channels) && (!countsFrames || sound.frames() == frames);
     }
     friend bool operator==(const SampleWrapping &, const SampleWrapping &) = default;
+};
+
+// What a decoded file says besides the sound, for other formats.
+struct AudioFileTags {
+    std::vector<std::pair<std::string, std::string>> texts;  // "TITLE" and the like, in UTF-8
+    std::vector<FlacMetadataBlock> pictures;                 // as FLAC files hold them
+    Bytes id3;                             // the whole ID3 tag that stands in front, in which all this is said
+    std::vector<std::string> others;       // what else there is, as the user is told of it
+    std::optional<SampleWrapping> around;  // of compressed samples; the positions of the contents stand in its chunks
 };
 
 // The entry of coreAudioSettings that says what the file is, as four characters: ".mp3", "flac".
@@ -160,6 +162,7 @@ struct AudioFileContents {
     AudioFileTags tags;                      // of a decoded file
     std::optional<SampleWrapping> wrapping;  // decoded files that can be written back all the same
     std::int64_t missingFrames = 0;          // that the file says it has, and does not hold: it has been cut off
+    bool isCutOff = false;                   // its end is missing, and nobody knows how much: the missing frames are the least
     std::int64_t damagedFrames = 0;          // that could not be decoded, and are silent
     Bytes leading;                           // ID3 tags before the start of a FLAC file; written back as they are
     Bytes trailing;                          // what stands behind the last chunk, or the last frame of a FLAC file; the same

@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cctype>
+#include <set>
 #include <tuple>
 
 #include "Audio/Files/AudioFileCodec.h"
@@ -121,11 +122,21 @@ void forgetLoop(AudioFileContents &contents) {
         contents.positions.erase(contents.positions.begin() + index);
 }
 
+// What a decoder has found in an ID3 tag that FLAC has no place for as a whole.
+void addDecodedTags(SoundNotes &notes, const AudioFileTags &tags) {
+    notes.pictures = tags.pictures;
+    for (const auto &text : tags.texts) {
+        const auto isIt = [&](const auto &each) { return each.first == text.first; };
+        if (std::ranges::none_of(notes.texts, isIt)) notes.texts.push_back(text);
+    }
+}
+
 Conversion toFlac(AudioFileContents contents, int bits) {
     Conversion result{std::move(contents), {}};
     AudioFileContents &flac = result.contents;
     const bool wasFlac = flac.decodedSetting(formatIdentifierKey) == "flac", losesRate = !hasWholeRate(flac);
-    const SoundNotes notes = soundNotes(flac);
+    SoundNotes notes = soundNotes(flac);
+    if (flac.format.container != AudioContainer::coreAudio && !notes.id3.empty()) addDecodedTags(notes, flac.tags);
     const AudioFileContents was = flac;
     if (flac.loop) forgetLoop(flac);
     flac.format = {.container = AudioContainer::coreAudio,
@@ -175,22 +186,45 @@ int atLeast(int bits, std::initializer_list<int> offered) {
     return found == offered.end() ? *(offered.end() - 1) : *found;
 }
 
-// What is put together as a WAV file is goes on as one.
-Conversion unwrapped(const AudioFileContents &contents, const AudioSaveFormat &format) {
-    AudioFileContents view = wavView(contents);
+// The chunks that only such a file has, and that say more than its sizes.
+void nameUnshown(const SampleWrapping &wrapping, std::vector<std::string> &left) {
+    const auto isPlain = [](unsigned char c) { return c >= ' ' && c < 0x7F; };
+    for (const SampleWrapping::Part &part : wrapping.parts) {
+        const std::string &id = part.chunk.id;
+        if (id.empty() || id == "ds64" || isInFormView(wrapping, part)) continue;
+        left.push_back(std::ranges::all_of(id, isPlain) ? quotedId(id) : "further chunks");
+    }
+}
+
+// What is put together as a WAV or AIFF file is goes on as one.
+Conversion unwrapped(const AudioFileContents &contents, const SampleWrapping &wrapping, const AudioSaveFormat &format) {
+    AudioFileContents view = formView(contents, wrapping);
     std::vector<std::string> gone;
-    if (contents.wrapping->order() == std::endian::big) gone = eraseUnswapped(view);
+    if (wrapping.kind == SampleWrapping::Kind::rifx) gone = eraseUnswapped(view);
+    for (AudioFileChunk &chunk : view.chunks)
+        if (chunk.id == "fact" && wrapping.kind == SampleWrapping::Kind::w64) chunk.data.resize(4);
+    if (format.container == Container::flac) view.tags = {contents.tags.texts, contents.tags.pictures, {}, {}, {}};
     Conversion result = converted(std::move(view), format);
     for (const std::string &id : gone) result.left.push_back(quotedId(id));
+    nameUnshown(wrapping, result.left);
     return result;
+}
+
+Conversion convertedByKind(AudioFileContents contents, const AudioSaveFormat &format) {
+    const auto &wrapping = contents.wrapping ? contents.wrapping : contents.tags.around;
+    if (wrapping && wrapping->isFormLike()) return unwrapped(contents, *wrapping, format);
+    return format.container == Container::flac ? toFlac(std::move(contents), format.bits) : toForm(std::move(contents), format);
 }
 
 }  // namespace
 
+// A file may have the same several times.
 Conversion converted(AudioFileContents contents, const AudioSaveFormat &format) {
     if (format.matches(contents.format)) return {std::move(contents), {}};
-    if (contents.wrapping && contents.wrapping->isWavLike()) return unwrapped(contents, format);
-    return format.container == Container::flac ? toFlac(std::move(contents), format.bits) : toForm(std::move(contents), format);
+    Conversion result = convertedByKind(std::move(contents), format);
+    std::set<std::string> named;
+    std::erase_if(result.left, [&](const std::string &what) { return !named.insert(what).second; });
+    return result;
 }
 
 // What comes of a decoder that loses something has no depth of its own; 24 bits hold more of it than anybody hears.

@@ -24,9 +24,10 @@ Conversion converted(AudioFileContents contents, const AudioSaveFormat &format);
 // least of the samples.
 AudioSaveFormat nearestSaveFormat(const AudioFileContents &contents);
 
-// Contents for a new file made from part of the audio: bare, in the file's own format where that can be written, else as WAV
-// of 16 bits, or 24 where the file has more.
+// Whether a new file made from part of the audio can be written in the file's own format.
 bool isPartWritable(const AudioEditorBuffer &part, const AudioFileContents &contents);
+// Contents for such a file: bare, in the file's own format where that can be written, else as WAV of 16 bits, or 24 where the
+// file has more.
 AudioFileContents partContents(AudioEditorBuffer part, const AudioFileContents &contents);
 // The extension of a file made from part of one of this format, in the same: that one's own, or what says the format where it
 // has none.

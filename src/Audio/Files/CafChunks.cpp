@@ -22,8 +22,8 @@ constexpr std::size_t framePosition = 4, markerId = 12;  // inside a marker: a 6
 
 class CafPositions {
 public:
-    explicit CafPositions(AudioFileContents &contents)
-        : wrapping_(*contents.wrapping), table_(contents, wrapping_.frames), frames_(double(wrapping_.frames)) {}
+    CafPositions(AudioFileContents &contents, SampleWrapping &wrapping)
+        : wrapping_(wrapping), table_(contents, wrapping_.frames), frames_(double(wrapping_.frames)) {}
 
     void collect() {
         for (SampleWrapping::Part &part : wrapping_.parts) {
@@ -69,8 +69,9 @@ std::string_view textAt(std::span<const std::byte> bytes, std::size_t at) {
     return rest.substr(0, rest.find('\0'));
 }
 
-// The texts of a "strg" chunk by their number: a table of places, then the texts.
-void readNames(const Bytes &strg, std::map<std::uint32_t, std::string> &names) {
+// The texts of a "strg" chunk by their number: a table of places, then the texts. Many may stand at one place.
+using Names = std::map<std::uint32_t, std::string_view>;
+void readNames(const Bytes &strg, Names &names) {
     constexpr std::size_t header = 4, entry = 12;
     if (strg.size() < header) return;
     const std::size_t fitting = (strg.size() - header) / entry, count = u32At(strg, 0, order);
@@ -78,7 +79,9 @@ void readNames(const Bytes &strg, std::map<std::uint32_t, std::string> &names) {
     const auto texts = std::span<const std::byte>(strg).subspan(header + count * entry);
     for (std::size_t i = 0; i < count; ++i) {
         const auto place = wordAt<std::uint64_t>(strg, header + i * entry + 4, order);
-        if (place < texts.size()) names[u32At(strg, header + i * entry, order)] = textAt(texts, std::size_t(place));
+        if (place >= texts.size()) continue;
+        const auto text = texts.subspan(std::size_t(place));
+        names[u32At(strg, header + i * entry, order)] = textAt(text.first(std::min(text.size(), longestCafName)), 0);
     }
 }
 
@@ -106,14 +109,14 @@ void readTexts(const Bytes &info, std::vector<std::pair<std::string, std::string
 
 }  // namespace
 
-void collectCafPositions(AudioFileContents &contents) { CafPositions(contents).collect(); }
+void collectCafPositions(AudioFileContents &contents, SampleWrapping &wrapping) { CafPositions(contents, wrapping).collect(); }
 
-std::vector<std::string> cafNames(const AudioFileContents &contents) {
+std::vector<std::string> cafNames(const AudioFileContents &contents, const SampleWrapping &wrapping) {
     std::vector<std::string> names(contents.positions.size());
-    std::map<std::uint32_t, std::string> texts;
-    for (const SampleWrapping::Part &part : contents.wrapping->parts)
+    Names texts;
+    for (const SampleWrapping::Part &part : wrapping.parts)
         if (part.chunk.id == "strg") readNames(part.chunk.data, texts);
-    for (const SampleWrapping::Part &part : contents.wrapping->parts)
+    for (const SampleWrapping::Part &part : wrapping.parts)
         for (const AudioFilePositionField &field : part.chunk.fields) {
             const auto text = texts.find(u32At(part.chunk.data, field.offset - framePosition + markerId, order));
             if (text != texts.end()) names[field.index] = text->second;

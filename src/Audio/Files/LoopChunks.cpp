@@ -56,11 +56,6 @@ void cutOut(AudioFileChunk &chunk, std::size_t offset, std::size_t size) {
 
 namespace AudioFileCodec {
 
-static AudioFileContents inWavView(AudioFileContents contents, auto change) {
-    takeWavView(contents, change(wavView(contents)));
-    return contents;
-}
-
 AudioFileContents addingLoop(AudioFileContents contents, std::int64_t start, std::int64_t end) {
     if (contents.loop) {
         contents.positions.at(std::size_t(contents.loop->start)) = start;
@@ -68,8 +63,11 @@ AudioFileContents addingLoop(AudioFileContents contents, std::int64_t start, std
         return contents;
     }
     if (!contents.canStoreLoop()) return contents;
-    if (contents.wrapping)
-        return inWavView(std::move(contents), [&](auto view) { return addingLoop(std::move(view), start, end); });
+    if (contents.wrapping) {
+        const auto add = [&](auto view) { return addingLoop(std::move(view), start, end); };
+        takeFormView(contents, *contents.wrapping, add(formView(contents, *contents.wrapping)));
+        return contents;
+    }
     const auto index = std::int64_t(contents.positions.size());
     const AudioFileLoop loop{index, index + 1};
     const bool isWav = contents.format.container == AudioContainer::wav;
@@ -82,7 +80,10 @@ AudioFileContents addingLoop(AudioFileContents contents, std::int64_t start, std
 // The one loop that the editor shows: others that the file holds besides it are not the user's to lose here.
 AudioFileContents removingLoop(AudioFileContents contents) {
     if (!contents.loop) return contents;
-    if (contents.wrapping) return inWavView(std::move(contents), removingLoop);
+    if (auto &wrapping = contents.wrapping ? contents.wrapping : contents.tags.around) {
+        takeFormView(contents, *wrapping, removingLoop(formView(contents, *wrapping)));
+        return contents;
+    }
     const bool isWav = contents.format.container == AudioContainer::wav;
     removePositions(contents, isWav ? removeWavLoop(contents) : removeAiffLoop(contents));
     contents.loop.reset();

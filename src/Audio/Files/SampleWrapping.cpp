@@ -16,12 +16,16 @@ using Part = SampleWrapping::Part;
 using Size = SampleWrapping::Size;
 
 // W64 names chunks by sixteen bytes, the first four of which are the WAV name.
+constexpr std::string_view w64Rest("\xF3\xAC\xD3\x11\x8C\xD1\x00\xC0\x4F\x8E\xDB\x8A", 12);
+
 constexpr std::array dialects{
     WrappingDialect{Kind::rf64, "RF64", "RF64", std::endian::little, 4, 4, 12, 0, 2, 4, 8},
     WrappingDialect{Kind::bw64, "BW64", "BW64", std::endian::little, 4, 4, 12, 0, 2, 4, 8},
     WrappingDialect{Kind::rifx, "RIFX", "RIFX", std::endian::big, 4, 4, 12, 0, 2, 4, 8},
-    WrappingDialect{Kind::w64, "riff", "W64", std::endian::little, 16, 8, 40, 24, 8, 16, 0},
+    WrappingDialect{Kind::w64, "riff", "W64", std::endian::little, 16, 8, 40, 24, 8, 16, 0, "data", w64Rest},
     WrappingDialect{Kind::caf, "caff", "CAF", std::endian::big, 4, 8, 8, 0, 1, 0, 0},
+    WrappingDialect{Kind::riff, "RIFF", "WAV", std::endian::little, 4, 4, 12, 0, 2, 4, 8},
+    WrappingDialect{Kind::aifc, "FORM", "AIFC", std::endian::big, 4, 4, 12, 0, 2, 4, 8, "SSND"},
 };
 
 struct Amounts {
@@ -69,6 +73,13 @@ void putChannels(Bytes &data, const SampleWrapping &wrapping, std::int64_t sampl
         putWord(fields, FmtChunk::channelMask, order, std::uint32_t(0));
 }
 
+// The part that says what the samples are: the first of its name that is long enough.
+Part *describing(SampleWrapping &wrapping, std::string_view id, std::size_t least) {
+    const auto found = std::ranges::find_if(
+        wrapping.parts, [&](const Part &part) { return part.chunk.id == id && part.chunk.data.size() >= least; });
+    return found == wrapping.parts.end() ? nullptr : &*found;
+}
+
 // What says how many channels there are says it of so many.
 void takeChannels(SampleWrapping &wrapping, const AudioEditorBuffer &sound) {
     if (wrapping.channels == sound.channels()) return;
@@ -77,13 +88,14 @@ void takeChannels(SampleWrapping &wrapping, const AudioEditorBuffer &sound) {
     wrapping.channels = sound.channels();
     const auto count = std::uint32_t(sound.channels());
     if (wrapping.kind == Kind::au) putWord(std::span(wrapping.parts.at(0).header), auChannels, order, count);
-    for (Part &part : wrapping.parts) {
-        if (part.chunk.id == "fmt ") putChannels(part.chunk.data, wrapping, sound.sampleRate());
-        if (part.chunk.id != "desc") continue;
-        putWord(std::span(part.chunk.data), cafPacketBytes, order, std::uint32_t(count * unsigned(wrapping.encoding.bytes)));
-        putWord(std::span(part.chunk.data), cafChannels, order, count);
+    if (wrapping.isFormLike()) {
+        if (Part *fmt = describing(wrapping, "fmt ", FmtChunk::plainSize))
+            putChannels(fmt->chunk.data, wrapping, sound.sampleRate());
+    } else if (Part *desc = describing(wrapping, "desc", cafDescription)) {
+        putWord(std::span(desc->chunk.data), cafPacketBytes, order, count * std::uint32_t(wrapping.encoding.bytes));
+        putWord(std::span(desc->chunk.data), cafChannels, order, count);
     }
-    eraseParts(wrapping, [](const Part &part) { return part.chunk.id == "chan"; });
+    if (wrapping.kind == Kind::caf) eraseParts(wrapping, [](const Part &part) { return part.chunk.id == "chan"; });
 }
 
 }  // namespace

@@ -13,6 +13,11 @@ namespace kiv {
 // that are compressed or of an encoding that is not ours. Throws AudioFileError `unreadable`.
 std::optional<NativeFile> findWrapping(const SourceReader &reader);
 
+// Of a file of these kinds, or a WAV or AIFC file, whose samples others decode: what stands around them goes into the tags of
+// the contents that were decoded, with positions and the loop. What the user is told of the file names the encoding. Nothing
+// happens to contents of other files.
+void keepAroundPacked(AudioFileContents &contents, std::int64_t frames, const ByteSource &source);
+
 // Only what says what the samples are.
 SampleWrapping bareWrapping(SampleWrapping wrapping);
 

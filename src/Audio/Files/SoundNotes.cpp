@@ -1,6 +1,7 @@
 #include "Audio/Files/SoundNotes.h"
 
 #include <array>
+#include <set>
 
 namespace kiv {
 namespace {
@@ -26,7 +27,8 @@ std::string fromLatin1(std::string_view text) {
 std::span<const TextKey> textKeys() { return keys; }
 
 SoundNotes soundNotes(const AudioFileContents &contents) {
-    if (contents.wrapping) return wrappedNotes(contents);
+    if (contents.wrapping) return wrappedNotes(contents, *contents.wrapping);
+    if (contents.tags.around) return wrappedNotes(contents, *contents.tags.around);
     if (contents.format.container == AudioContainer::wav) return wavNotes(contents);
     return contents.format.container == AudioContainer::coreAudio ? flacNotes(contents) : aiffNotes(contents);
 }
@@ -35,8 +37,15 @@ std::vector<std::string> leftOfNotes(const SoundNotes &notes) {
     std::vector<std::string> left;
     if (notes.isAllInId3) return left;
     if (!notes.pictures.empty()) left.push_back("pictures");
-    left.insert(left.end(), notes.others.begin(), notes.others.end());
+    const std::vector<std::string> others = eachOnce(notes.others);
+    left.insert(left.end(), others.begin(), others.end());
     return left;
+}
+
+std::vector<std::string> eachOnce(std::vector<std::string> names) {
+    std::set<std::string> seen;
+    std::erase_if(names, [&](const std::string &name) { return !seen.insert(name).second; });
+    return names;
 }
 
 std::string noteText(std::span<const std::byte> bytes) {

@@ -36,7 +36,7 @@ struct SoundNotes {
     std::vector<FlacMetadataBlock> pictures;
     Bytes id3;                        // a whole ID3 tag
     bool isAllInId3 = false;          // texts, pictures and others are what that says
-    std::vector<std::string> others;  // what else there is, as the user is told of it: “bext”, pictures
+    std::vector<std::string> others;  // what else there is, as the user is told of it, once or more: “bext”
 };
 
 // A key of texts, and what WAV and AIFF call it; empty where they have no place for it.
@@ -48,7 +48,7 @@ std::span<const TextKey> textKeys();
 SoundNotes wavNotes(const AudioFileContents &contents);
 SoundNotes aiffNotes(const AudioFileContents &contents);
 SoundNotes flacNotes(const AudioFileContents &contents);
-SoundNotes wrappedNotes(const AudioFileContents &contents);
+SoundNotes wrappedNotes(const AudioFileContents &contents, const SampleWrapping &wrapping);
 SoundNotes soundNotes(const AudioFileContents &contents);  // by container; a decoded file's are FLAC's or none
 
 // Append notes to contents as the format writes them, and return what it has no place for, as the user is told of it. The loop
@@ -62,6 +62,8 @@ std::vector<std::string> leftOfNotes(const SoundNotes &notes);
 
 // Bytes of a file as UTF-8 without zeros at the end: those that are no UTF-8 are taken for Latin-1.
 std::string noteText(std::span<const std::byte> bytes);
+// In the order in which each comes first.
+std::vector<std::string> eachOnce(std::vector<std::string> names);
 // A chunk's name for the user.
 std::string quotedId(const std::string &id);
 

@@ -15,6 +15,13 @@ std::int32_t rounded(float sample, double fullScale) {
     return std::int32_t(std::clamp(std::round(double(sample) * fullScale), -fullScale, fullScale - 1));
 }
 
+// The top bits of a 32-bit word.
+std::int32_t rounded(std::int32_t word, int bits) {
+    if (bits == 32) return word;
+    const std::int64_t step = std::int64_t(1) << (32 - bits), half = word < 0 ? -step / 2 : step / 2;
+    return std::int32_t(std::min((word + half) / step, (std::int64_t(1) << (bits - 1)) - 1));
+}
+
 }  // namespace
 
 std::vector<std::int32_t> integersOf(const AudioEditorBuffer &buffer, FrameRange part, int bits) {
@@ -26,7 +33,7 @@ std::vector<std::int32_t> integersOf(const AudioEditorBuffer &buffer, FrameRange
         const auto now = out.first(samples.size());
         if (bits > 24 && buffer.hasOriginals(here)) {
             AudioFileCodec::encodeSamples(buffer, here, wide, std::as_writable_bytes(now));
-            for (std::int32_t &integer : now) integer >>= 32 - bits;
+            for (std::int32_t &integer : now) integer = rounded(integer, bits);
         } else {
             std::transform(samples.begin(), samples.end(), now.begin(), [=](float s) { return rounded(s, fullScale); });
         }

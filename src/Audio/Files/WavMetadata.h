@@ -16,7 +16,8 @@ inline constexpr std::size_t header = 4;
 inline constexpr std::size_t record = 24;
 // Inside a record two places for the position, each u32; 0 in the second means that the first holds it.
 inline constexpr std::size_t position = 4, sampleOffset = 20;
-inline constexpr std::size_t chunkId = 8;  // inside a record: of the chunk that the position is counted in
+inline constexpr std::size_t chunkId = 8;      // inside a record: of the chunk that the position is counted in
+inline constexpr std::size_t blockStart = 16;  // u32 inside a record: the byte at which the samples' block begins
 }  // namespace CueChunk
 
 // The layout of a "smpl" chunk: a header, then loop records, then whatever the sampler keeps there.

@@ -1,13 +1,13 @@
 #include "Audio/Files/WavReader.h"
 
 #include <algorithm>
-#include <map>
 #include <string>
 
 #include "Audio/Files/AudioFileError.h"
 #include "Audio/Files/ByteFields.h"
 #include "Audio/Files/ChunkScan.h"
 #include "Audio/Files/FileFormats.h"
+#include "Audio/Files/PackedNames.h"
 #include "Audio/Files/SampleDecoding.h"
 #include "Audio/Files/WavMetadata.h"
 
@@ -24,33 +24,14 @@ int bytesPerSample(unsigned blockAlign, unsigned channels, unsigned bits) {
     return int(blockAlign != 0 && blockAlign % channels == 0 ? blockAlign / channels : (bits + 7) / 8);
 }
 
-// What people call the kinds of samples that are not ours.
-std::string nameOf(unsigned tag) {
-    static const std::map<unsigned, const char *> names{
-        {0x02, "Microsoft ADPCM"},
-        {0x06, "A-law"},
-        {0x07, "\u00B5-law"},
-        {0x11, "IMA ADPCM"},
-        {0x14, "G.723"},
-        {0x31, "GSM 6.10"},
-        {0x40, "G.721"},
-        {0x50, "MPEG"},
-        {0x55, "MP3"},
-        {0xFF, "AAC"},
-        {0x161, "WMA"},
-        {0x2000, "AC-3"},
-    };
-    const auto name = names.find(tag);
-    return name == names.end() ? "" : std::string(" (") + name->second + ")";
-}
-
 AudioSampleEncoding encodingOf(unsigned tag, int bytes, unsigned bits, unsigned validBits) {
     using Kind = AudioSampleEncoding::Kind;
     if (tag == floatTag && (bytes == 4 || bytes == 8)) return {.kind = Kind::floating, .bytes = bytes, .validBits = bytes * 8};
     if (tag == integerTag && bytes >= 1 && bytes <= 4)
         return {.bytes = bytes, .validBits = std::min(bytes * 8, int(validBits)), .unsigned8 = bytes == 1};
-    throw AudioFileError::unsupported("WAV format " + std::to_string(tag) + nameOf(tag) + ", " + std::to_string(bits) +
-                                      " bits");
+    const std::string name = packedWavName(tag);
+    throw AudioFileError::unsupported("WAV format " + std::to_string(tag) + (name.empty() ? "" : " (" + name + ")") + ", " +
+                                      std::to_string(bits) + " bits");
 }
 
 // The tag in front of a sub-format's GUID. In big-endian files some programs swap the whole first number of it, and some
@@ -61,8 +42,9 @@ unsigned subFormatTag(std::span<const std::byte> fmt, std::endian order) {
     return tag == 0 ? u16At(fmt, subFormat + 2, order) : u16At(fmt, subFormat, std::endian::little);
 }
 
-WavFormat readFormat(const SourceReader &reader, const RawChunk *fmt) {
+WavFormat readFormat(const SourceReader &reader, const RawChunk *fmt, const RawChunk *audio) {
     if (!fmt || fmt->size < std::int64_t(plainSize)) throw AudioFileError::unreadable("no format chunk");
+    if (!audio) throw AudioFileError::unreadable("no audio data");
     return wavFormat(reader.bytes(fmt->start, std::min<std::int64_t>(fmt->size, extensibleSize)), fileOrder);
 }
 
@@ -75,17 +57,21 @@ AudioFileFormat described(const WavFormat &format) {
             .fileExtension = "wav"};
 }
 
+bool isExtensible(std::span<const std::byte> fmt, std::endian order) {
+    return u16At(fmt, formatTag, order) == extensibleTag && fmt.size() >= extensibleSize;
+}
+
 }  // namespace
+
+unsigned wavFormatTag(std::span<const std::byte> fmt, std::endian order) {
+    return isExtensible(fmt, order) ? subFormatTag(fmt, order) : u16At(fmt, formatTag, order);
+}
 
 WavFormat wavFormat(std::span<const std::byte> fmt, std::endian order) {
     const unsigned count = u16At(fmt, channels, order), bits = u16At(fmt, bitsPerSample, order);
     const std::uint32_t rate = u32At(fmt, sampleRate, order);
-    unsigned tag = u16At(fmt, formatTag, order), meaningful = bits;
-    if (tag == extensibleTag && fmt.size() >= extensibleSize) {
-        const unsigned stated = u16At(fmt, validBits, order);
-        meaningful = stated != 0 ? stated : bits;
-        tag = subFormatTag(fmt, order);
-    }
+    const unsigned tag = wavFormatTag(fmt, order), stated = isExtensible(fmt, order) ? u16At(fmt, validBits, order) : 0;
+    const unsigned meaningful = stated != 0 ? stated : bits;
     if (count == 0 || rate == 0) throw AudioFileError::unreadable("bad format chunk");
     const int bytes = bytesPerSample(u16At(fmt, blockAlign, order), count, bits);
     return {count, rate, encodingOf(tag, bytes, bits, meaningful)};
@@ -93,9 +79,8 @@ WavFormat wavFormat(std::span<const std::byte> fmt, std::endian order) {
 
 NativeFile readWav(const SourceReader &reader) {
     const ChunkScan scan = scanChunks(reader, fileOrder, "fmt ", "data");
-    const WavFormat format = readFormat(reader, scan.first("fmt "));
-    const RawChunk *audio = scan.audioChunk();
-    if (!audio) throw AudioFileError::unreadable("no audio data");
+    const RawChunk *const audio = scan.audioChunk();
+    const WavFormat format = readFormat(reader, scan.first("fmt "), audio);
     const std::int64_t frameSize = format.encoding.bytes * format.channels, frames = audio->size / frameSize;
 
     AudioFileContents contents;

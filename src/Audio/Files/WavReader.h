@@ -17,6 +17,8 @@ struct WavFormat {
 
 // What a "fmt " payload of at least its plain size says. Throws as readWav does.
 WavFormat wavFormat(std::span<const std::byte> fmt, std::endian order);
+// The number that it has for the kind of samples.
+unsigned wavFormatTag(std::span<const std::byte> fmt, std::endian order);
 
 // Reads a RIFF file of form WAVE. Throws AudioFileError `unreadable`, and `unsupported` for sample encodings that are not ours.
 NativeFile readWav(const SourceReader &reader);

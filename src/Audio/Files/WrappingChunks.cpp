@@ -65,75 +65,96 @@ void swap(AudioFileChunk &chunk, std::endian from) {
     for (AudioFilePositionField &field : chunk.fields) field.bigEndian = from == std::endian::little;
 }
 
-// Parts that a WAV file would have too.
-bool isShown(const Part &part) { return !part.chunk.id.empty() && part.chunk.id != "ds64"; }
+bool isSwappedWav(const SampleWrapping &wrapping) { return wrapping.kind == SampleWrapping::Kind::rifx; }
 
-Part newPart(AudioFileChunk chunk) {
+Part newPart(AudioFileChunk chunk, const WrappingDialect &dialect) {
     Part part;
     append(part.header, chunk.id);
+    append(part.header, dialect.idRest);
     part.isBare = false;
     part.chunk = std::move(chunk);
     return part;
 }
 
-// A chunk whose payload has another size says so, and ends at an even place.
-void setSize(Part &part, std::endian order) {
-    part.header.resize(8);
-    putWord(std::span(part.header), 4, order, std::uint32_t(part.chunk.data.size()));
-    part.pad.assign(part.chunk.data.size() % 2, std::byte{0});
+void pad(Part &part, const WrappingDialect &dialect) {
+    const auto size = std::int64_t(part.chunk.data.size());
+    part.pad.assign(std::size_t((dialect.alignment - size % dialect.alignment) % dialect.alignment), std::byte{0});
 }
 
-// Some writers leave it out at the end.
-void padLast(Part &part) {
-    if (isShown(part) && part.chunk.id != "data") part.pad.assign(part.chunk.data.size() % 2, std::byte{0});
+// A chunk whose payload has another size says so, and ends where another can begin.
+void setSize(Part &part, const WrappingDialect &dialect) {
+    const std::int64_t size = std::int64_t(part.chunk.data.size()) + dialect.countedHeader;
+    part.header.resize(std::size_t(dialect.header()));
+    if (dialect.sizeBytes == 8)
+        putWord(std::span(part.header), dialect.idBytes, dialect.order, std::uint64_t(size));
+    else
+        putWord(std::span(part.header), dialect.idBytes, dialect.order, std::uint32_t(size));
+    pad(part, dialect);
 }
 
 void takeChunk(Part &part, AudioFileChunk chunk, const SampleWrapping &wrapping) {
-    if (wrapping.order() == std::endian::big) swap(chunk, std::endian::little);
+    if (isSwappedWav(wrapping)) swap(chunk, std::endian::little);
     const bool isResized = chunk.data.size() != part.chunk.data.size();
     part.chunk = std::move(chunk);
-    if (isResized) setSize(part, wrapping.order());
+    if (isResized) setSize(part, *dialectOf(wrapping.kind));
+}
+
+AudioFileFormat viewFormat(const AudioFileContents &contents, const SampleWrapping &wrapping) {
+    const bool isAifc = wrapping.kind == SampleWrapping::Kind::aifc;
+    AudioFileFormat seen{.container = isAifc ? AudioContainer::aifc : AudioContainer::wav,
+                         .encoding = std::nullopt,
+                         .sampleRate = contents.format.sampleRate,
+                         .typeName = isAifc ? "AIFC" : "WAV",
+                         .bitsDescription = "",
+                         .fileExtension = isAifc ? "aifc" : "wav"};
+    if (!contents.wrapping) return seen;
+    seen.encoding = wrapping.encoding;
+    seen.encoding->bigEndian = false;
+    seen.bitsDescription = seen.encoding->description();
+    return seen;
 }
 
 }  // namespace
 
-AudioFileContents wavView(const AudioFileContents &contents) {
-    const SampleWrapping &wrapping = *contents.wrapping;
+// W64 has chunks of its own, which go by other numbers than those of a WAV file.
+bool isInFormView(const SampleWrapping &wrapping, const Part &part) {
+    const std::string_view rest = dialectOf(wrapping.kind)->idRest;
+    const auto *const header = reinterpret_cast<const char *>(part.header.data());
+    const bool isKnown = part.header.size() >= 4 + rest.size() && std::string_view(header + 4, rest.size()) == rest;
+    return isKnown && !part.chunk.id.empty() && part.chunk.id != "ds64";
+}
+
+AudioFileContents formView(const AudioFileContents &contents, const SampleWrapping &wrapping) {
     AudioFileContents view;
-    AudioSampleEncoding encoding = wrapping.encoding;
-    encoding.bigEndian = false;
-    view.format = {.container = AudioContainer::wav,
-                   .encoding = encoding,
-                   .sampleRate = contents.format.sampleRate,
-                   .typeName = "WAV",
-                   .bitsDescription = encoding.description(),
-                   .fileExtension = "wav"};
+    view.format = viewFormat(contents, wrapping);
     view.buffer = contents.buffer;
     view.positions = contents.positions;
     view.loop = contents.loop;
     for (const Part &part : wrapping.parts) {
         if (part.chunk.id.empty() && !part.chunk.data.empty()) view.trailing = part.chunk.data;
-        if (!isShown(part)) continue;
+        if (!isInFormView(wrapping, part)) continue;
         view.chunks.push_back(part.chunk);
-        if (wrapping.order() == std::endian::big) swap(view.chunks.back(), std::endian::big);
+        if (isSwappedWav(wrapping)) swap(view.chunks.back(), std::endian::big);
     }
     return view;
 }
 
-void takeWavView(AudioFileContents &contents, AudioFileContents view) {
-    SampleWrapping &wrapping = *contents.wrapping;
+void takeFormView(AudioFileContents &contents, SampleWrapping &wrapping, AudioFileContents view) {
+    const WrappingDialect &dialect = *dialectOf(wrapping.kind);
     auto chunk = view.chunks.begin();
     for (Part &part : wrapping.parts)
-        if (isShown(part)) takeChunk(part, std::move(*chunk++), wrapping);
+        if (isInFormView(wrapping, part)) takeChunk(part, std::move(*chunk++), wrapping);
     const bool endsOpen = !wrapping.parts.empty() && wrapping.parts.back().chunk.id.empty();
-    if (chunk != view.chunks.end() && !endsOpen) padLast(wrapping.parts.back());
+    // Some writers leave out the zeros at the end.
+    const bool isLastPadded = endsOpen || wrapping.parts.size() == wrapping.samplesBefore;
+    if (chunk != view.chunks.end() && !isLastPadded) pad(wrapping.parts.back(), dialect);
     for (; chunk != view.chunks.end(); ++chunk) {
-        Part part = newPart(std::move(*chunk));
-        setSize(part, wrapping.order());
-        if (wrapping.order() == std::endian::big) swap(part.chunk, std::endian::little);
+        Part part = newPart(std::move(*chunk), dialect);
+        setSize(part, dialect);
+        if (isSwappedWav(wrapping)) swap(part.chunk, std::endian::little);
         const auto end = wrapping.parts.end() - (endsOpen && wrapping.parts.size() > wrapping.samplesBefore);
         wrapping.parts.insert(end, std::move(part));
-        wrapping.alignment = dialectOf(wrapping.kind)->alignment;
+        wrapping.alignment = dialect.alignment;
     }
     contents.positions = std::move(view.positions);
     contents.loop = view.loop;

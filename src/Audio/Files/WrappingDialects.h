@@ -21,9 +21,13 @@ struct WrappingDialect {
     std::int64_t alignment;          // of chunks
     std::size_t formSize;            // where the whole file's size stands; 0: nowhere
     std::int64_t formLess;           // what that leaves out
+    std::string_view audioId = "data";
+    std::string_view idRest = "";  // what stands behind the four characters in the ids of chunks that a WAV file would have too
 
     std::int64_t header() const { return std::int64_t(idBytes + sizeBytes); }
 };
+
+inline constexpr std::size_t cafDescription = 32;  // bytes of a "desc" chunk
 
 // By the first four bytes, or by kind; null for those that have no chunks.
 const WrappingDialect *dialectOf(std::string_view magic);

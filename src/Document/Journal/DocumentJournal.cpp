@@ -155,11 +155,10 @@ DocumentJournal::SaveNote DocumentJournal::noteFor(const AudioEditorBuffer &buff
     };
 }
 
-void NotedFiles::replace(const std::string &path, const std::function<void(ByteSink &)> &produce,
-                         const std::function<void(const ByteSource &)> &check) {
-    if (!note_) return files_.replace(path, produce, check);
+void NotedFiles::replace(const std::string &path, const Produce &produce, const Check &check) {
+    if (!note_) return ForwardingFiles::replace(path, produce, check);
     std::uint64_t digest = 0;
-    files_.replace(
+    ForwardingFiles::replace(
         path,
         [&](ByteSink &sink) {
             DigestSink counting(sink);

@@ -9,6 +9,7 @@
 
 #include "Document/Journal/JournalRecovery.h"
 #include "Editor/AudioEditorModel/AudioEditorModel.h"
+#include "Platform/ForwardingFiles.h"
 #include "Platform/Jobs.h"
 
 namespace kiv {
@@ -73,22 +74,13 @@ private:
 };
 
 // Files through which one file is saved, and the journal told of it.
-class NotedFiles : public Files {
+class NotedFiles : public ForwardingFiles {
 public:
-    NotedFiles(Files &files, DocumentJournal::SaveNote note) : files_(files), note_(std::move(note)) {}
+    NotedFiles(Files &files, DocumentJournal::SaveNote note) : ForwardingFiles(files), note_(std::move(note)) {}
 
-    std::unique_ptr<ByteSource> open(const std::string &path) override { return files_.open(path); }
-    std::optional<FileSystem::Identity> identity(const std::string &path) override { return files_.identity(path); }
-    void replace(const std::string &path, const std::function<void(ByteSink &)> &produce,
-                 const std::function<void(const ByteSource &)> &check) override;
-    std::vector<std::string> names(const std::string &folder) override { return files_.names(folder); }
-    bool isWritable(const std::string &folder) override { return files_.isWritable(folder); }
-    void createFolder(const std::string &path) override { files_.createFolder(path); }
-    void moveToTrash(const std::string &path) override { files_.moveToTrash(path); }
-    Recovery recoverInterrupted(const std::string &path) override { return files_.recoverInterrupted(path); }
+    void replace(const std::string &path, const Produce &produce, const Check &check) override;
 
 private:
-    Files &files_;
     DocumentJournal::SaveNote note_;
 };
 

@@ -16,8 +16,9 @@ std::size_t metadataBytes(const AudioFileContents &contents) {
     for (const AudioFileChunk &chunk : contents.chunks) bytes += chunk.data.size();
     for (const auto *blocks : {&contents.flacMetadata, &contents.tags.pictures})
         for (const FlacMetadataBlock &block : *blocks) bytes += block.data.size();
-    if (contents.wrapping)
-        for (const SampleWrapping::Part &part : contents.wrapping->parts) bytes += part.size();
+    for (const auto *wrapping : {&contents.wrapping, &contents.tags.around})
+        if (*wrapping)
+            for (const SampleWrapping::Part &part : (*wrapping)->parts) bytes += part.size();
     return bytes;
 }
 

@@ -184,8 +184,8 @@ void fields(auto &a, Is<FlacMetadataBlock> auto &v) {
     a.all(type, data);
 }
 void fields(auto &a, Is<AudioFileTags> auto &v) {
-    auto &[texts, pictures, id3, others] = v;
-    a.all(texts, pictures, id3, others);
+    auto &[texts, pictures, id3, others, around] = v;
+    a.all(texts, pictures, id3, others, around);
 }
 void fields(auto &a, Is<SampleWrapping::Size> auto &v) {
     auto &[offset, bytes, of, more] = v;
@@ -201,8 +201,9 @@ void fields(auto &a, Is<SampleWrapping> auto &v) {
 }
 // The samples are no part of it.
 void fields(auto &a, Is<AudioFileContents> auto &v) {
-    auto &[format, samples, chunks, positions, loop, settings, flac, tags, wrapping, missing, damaged, leading, trailing] = v;
-    a.all(format, chunks, positions, loop, settings, flac, tags, wrapping, missing, damaged, leading, trailing);
+    auto &[format, samples, chunks, positions, loop, settings, flac, tags, wrapping, missing, cutOff, damaged, leading,
+           trailing] = v;
+    a.all(format, chunks, positions, loop, settings, flac, tags, wrapping, missing, cutOff, damaged, leading, trailing);
 }
 void fields(auto &a, Is<JournalBase> auto &v) { a.all(v.path, v.identity, v.print, v.kept, v.keptIsLink, v.contents); }
 void fields(auto &a, Is<JournalState> auto &v) {

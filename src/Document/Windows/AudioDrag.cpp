@@ -1,6 +1,5 @@
 #include "Document/Windows/AudioDrag.h"
 
-#include <QFileInfo>
 #include <QMimeData>
 #include <QUrl>
 
@@ -17,12 +16,17 @@ const QStringList &audioExtensions() {
     return extensions;
 }
 
+std::string localPath(const QUrl &url) {
+    if (!url.isLocalFile()) return {};
+    return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
+}
+
 std::vector<std::string> audioURLs(const QMimeData &data) {
     std::vector<std::string> paths;
     for (const QUrl &url : data.urls()) {
-        const QFileInfo file(url.toLocalFile());
-        if (url.isLocalFile() && audioExtensions().contains(file.suffix().toLower()) && !file.isDir())
-            paths.push_back(file.filePath().toStdString());
+        const QString name = url.fileName(QUrl::FullyDecoded);
+        const bool isAudio = audioExtensions().contains(name.mid(name.lastIndexOf('.') + 1).toLower());
+        if (std::string path = localPath(url); isAudio && !path.empty()) paths.push_back(std::move(path));
     }
     return paths;
 }

@@ -128,7 +128,7 @@ void BrowsingPanel::confirm() {
     if (checking_ || !verdict().canConfirm) return;
     const auto asked = checking_ = std::make_shared<Progress>();
     const auto outcome = std::make_shared<PathCheck>();
-    services_.jobs.run(
+    services_.jobs.read(
         asked, [outcome, &files = services_.files, ask = check()](Progress &) { *outcome = ask(files); },
         [self = QPointer(this), outcome, asked](std::exception_ptr) {
             if (self && self->checking_ == asked) self->checked(*outcome);

@@ -61,8 +61,15 @@ DocumentWindowController::DocumentWindowController(const WindowServices &service
 
 DocumentWindowController::~DocumentWindowController() = default;
 
-void DocumentWindowController::open(const std::string &path, std::function<void(const std::string &)> failed) {
+void DocumentWindowController::open(const std::string &path, std::function<void(const std::string &)> failed,
+                                    const DocumentFile::Identity &there) {
+    opened_ = there;
     begin(std::move(failed), [&](auto opened) { document_->open(path, opened); });
+}
+
+bool DocumentWindowController::isAt(const std::string &path, const DocumentFile::Identity &there) const {
+    const bool isBeingRead = !document_->contents();
+    return document_->isAt(path, there) || (isBeingRead && there && there == opened_);
 }
 
 void DocumentWindowController::restore(std::shared_ptr<const AbandonedJournal> journal,

@@ -32,8 +32,11 @@ public:
     DocumentHostingView &view() { return *view_; }
 
     // Reads the file and shows the window: when it is read, or a moment later when that takes longer. `failed` is told when it
-    // cannot be opened; there is no window then.
-    void open(const std::string &path, std::function<void(const std::string &error)> failed);
+    // cannot be opened; there is no window then. `there` is what the disk says of it, if it has answered.
+    void open(const std::string &path, std::function<void(const std::string &error)> failed,
+              const DocumentFile::Identity &there = {});
+    // Whether this is a file's window, also by another path.
+    bool isAt(const std::string &path, const DocumentFile::Identity &there) const;
     // The same with a document that was not closed properly. Where it cannot be brought back, a window with a sound keeps it.
     void restore(std::shared_ptr<const AbandonedJournal> journal, std::function<void(const std::string &error)> failed);
     // Where the window opens if there is no remembered place, or other windows stand at it.
@@ -83,6 +86,7 @@ private:
     WindowServices services_;
     std::unique_ptr<AudioDocument> document_;
     std::unique_ptr<DocumentHostingView> view_;
+    DocumentFile::Identity opened_;
     std::optional<Dialog> shownDialog_;
     int questionsOpen_ = 0;
     // Where the last panel began and where it ended: the next one that would begin there begins where that one ended.

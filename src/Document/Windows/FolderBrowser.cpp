@@ -31,7 +31,7 @@ FolderBrowser::FolderBrowser(ViewStyle &style, Files &files, Jobs &jobs, Shows s
     : style_(style), disk_(files), jobs_(jobs), shows_(shows), panel_(panel), home_(homeFolder()) {
     makeWay();
     makeLists();
-    readPlaces();
+    readPlaces({userPlaces, mountedPlaces});
 }
 
 FolderBrowser::~FolderBrowser() {
@@ -53,7 +53,7 @@ void FolderBrowser::makeWay() {
 }
 
 void FolderBrowser::makeLists() {
-    placeRows_.setPlaces(userPlaces());
+    placeRows_.setPlaces({{"Home", home_}});
     places_ = new RowList(style_, panel_);
     places_->setAccessibleName(onScreen("Places"));
     places_->setMarksCurrent(false);
@@ -96,7 +96,7 @@ void FolderBrowser::read() {
     if (reading_) reading_->cancel();
     const auto progress = reading_ = std::make_shared<Progress>();
     const auto read = std::make_shared<Read>();
-    jobs_.run(
+    jobs_.read(
         progress,
         [read, &files = disk_, folder = folder_, now = std::time(nullptr), isFolders = showsFolders()](Progress &job) {
             FolderListing listing = listFolder(files, folder, job);
@@ -124,15 +124,14 @@ void FolderBrowser::showRows(FolderListing::Access access, std::vector<FolderRow
     onRead(access);
 }
 
-void FolderBrowser::readPlaces() {
-    const auto mounted = std::make_shared<std::vector<Place>>();
-    jobs_.run(
-        std::make_shared<Progress>(), [mounted](Progress &) { *mounted = mountedPlaces(); },
-        [self = QPointer(this), mounted](std::exception_ptr) {
-            if (!self || mounted->empty()) return;
-            std::vector<Place> places = self->placeRows_.places();
-            places.insert(places.end(), mounted->begin(), mounted->end());
-            self->placeRows_.setPlaces(std::move(places));
+void FolderBrowser::readPlaces(std::vector<ReadPlaces> from) {
+    const auto found = std::make_shared<std::vector<Place>>();
+    jobs_.read(
+        std::make_shared<Progress>(), [found, read = from.front()](Progress &) { *found = read(); },
+        [self = QPointer(this), found, rest = std::vector(from.begin() + 1, from.end())](std::exception_ptr) {
+            if (!self) return;
+            if (!found->empty()) self->placeRows_.addPlaces(*found);
+            if (!rest.empty()) self->readPlaces(rest);
         });
 }
 

@@ -54,7 +54,9 @@ private:
     bool showsFolders() const { return shows_ == Shows::folders; }
     void makeWay();
     void makeLists();
-    void readPlaces();
+    // One after the other: what hangs at the medium that is asked last holds up nothing else.
+    using ReadPlaces = std::vector<Place> (*)();
+    void readPlaces(std::vector<ReadPlaces> from);
     void showWaiting();
     void showRows(FolderListing::Access access, std::vector<FolderRow> rows);
     void rowPressed(int row);

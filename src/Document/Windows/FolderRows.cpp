@@ -74,6 +74,13 @@ void PlaceRows::setPlaces(std::vector<Place> places) {
     setFolder(folder_);
 }
 
+void PlaceRows::addPlaces(const std::vector<Place> &places) {
+    beginInsertRows({}, rowCount(), rowCount() + int(places.size()) - 1);
+    places_.insert(places_.end(), places.begin(), places.end());
+    endInsertRows();
+    setFolder(folder_);
+}
+
 void PlaceRows::setFolder(const std::string &folder) {
     folder_ = folder;
     chosen_ = -1;

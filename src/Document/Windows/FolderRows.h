@@ -39,6 +39,7 @@ public:
     using QAbstractListModel::QAbstractListModel;
 
     void setPlaces(std::vector<Place> places);
+    void addPlaces(const std::vector<Place> &places);  // behind the others, which stay what they are
     void setFolder(const std::string &folder);
     const std::vector<Place> &places() const { return places_; }
     int rowCount(const QModelIndex &parent = {}) const override { return parent.isValid() ? 0 : int(places_.size()); }

@@ -19,16 +19,20 @@ void PathCompletion::complete(const std::optional<BegunPath> &begun) {
     read();
 }
 
+// A disk that takes its time is asked once, not at every letter.
 void PathCompletion::read() {
+    if (readingFolder_ == begun_->folder) return;
+    readingFolder_ = begun_->folder;
     auto listing = std::make_shared<FolderListing>();
     const auto progress = std::make_shared<Progress>();
-    jobs_.run(
+    jobs_.read(
         progress, [listing, &files = files_, folder = begun_->folder](Progress &p) { *listing = listFolder(files, folder, p); },
         [self = QPointer(this), listing, folder = begun_->folder](std::exception_ptr) {
-            if (!self || !self->begun_ || self->begun_->folder != folder) return;
+            if (!self || self->readingFolder_ != folder) return;
+            self->readingFolder_.clear();
             self->readFolder_ = folder;
             self->entries_ = std::move(listing->entries);
-            if (self->field_.text() == self->typed_) self->match();
+            if (self->begun_ && self->begun_->folder == folder && self->field_.text() == self->typed_) self->match();
         });
 }
 

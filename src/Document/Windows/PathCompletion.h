@@ -35,7 +35,7 @@ private:
     Files &files_;
     Jobs &jobs_;
     std::optional<BegunPath> begun_;
-    std::string readFolder_;
+    std::string readFolder_, readingFolder_;  // whose entries these are · which are being read
     std::vector<FolderEntry> entries_;
     std::vector<std::string> matches_;
     std::size_t offered_ = 0;

@@ -10,7 +10,7 @@ std::string homeFolder() { return QDir::homePath().toStdString(); }
 
 std::vector<Place> userPlaces() {
     using enum QStandardPaths::StandardLocation;
-    std::vector<Place> places{{"Home", homeFolder()}};
+    std::vector<Place> places;
     for (const auto &[label, location] : {std::pair{"Desktop", DesktopLocation}, std::pair{"Documents", DocumentsLocation},
                                           std::pair{"Music", MusicLocation}, std::pair{"Downloads", DownloadLocation}}) {
         const QDir folder(QStandardPaths::writableLocation(location));

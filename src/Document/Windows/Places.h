@@ -12,9 +12,9 @@ struct Place {
 };
 
 std::string homeFolder();
-// The home and those of the user's own folders that are there.
+// Both may block while a disk does not answer; any thread. Those of the user's own folders that are there:
 std::vector<Place> userPlaces();
-// Media that are plugged in and can be written. May block while one of them does not answer; any thread.
+// Media that are plugged in and can be written.
 std::vector<Place> mountedPlaces();
 
 }  // namespace kiv

@@ -65,6 +65,7 @@ void AudioEditorModel::reload(AudioEditorBuffer buffer, std::vector<std::int64_t
                               std::optional<AudioEditorPeaks> peaks) {
     const Batch batch(*this);
     state_.pressLoop.reset();
+    state_.pressSlices.reset();
     history_.clear();
     tell(Change::history);
     set(&AudioEditorState::markerFrames, std::move(markers), Change::markers);

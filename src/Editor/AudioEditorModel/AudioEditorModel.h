@@ -204,7 +204,8 @@ private:
     void flush();
     void install(Content content);
     void takePeaks(Content &content);
-    Snapshot currentSnapshot(bool withBuffer) const;
+    enum class Keep { sound, marksOnly };
+    Snapshot currentSnapshot(Keep keep) const;
     void pushHistory(Snapshot snapshot);
     Snapshot counterpart(const Snapshot &taken);
     void commitOutcome(EditOutcome outcome);

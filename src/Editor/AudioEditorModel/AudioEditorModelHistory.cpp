@@ -17,10 +17,10 @@ bool leavesMuchOut(const AudioEditorBuffer &before, const AudioEditorBuffer &aft
 
 }  // namespace
 
-Snapshot AudioEditorModel::currentSnapshot(bool withBuffer) const {
+Snapshot AudioEditorModel::currentSnapshot(Keep keep) const {
     Snapshot snapshot;
-    if (withBuffer) snapshot.buffer = state_.buffer;
-    if (withBuffer) snapshot.spectral = state_.spectral;
+    if (keep == Keep::sound) snapshot.buffer = state_.buffer;
+    if (keep == Keep::sound) snapshot.spectral = state_.spectral;
     snapshot.cursor = state_.cursorFrame;
     snapshot.selection = state_.selection;
     snapshot.version = state_.contentVersion;
@@ -55,7 +55,7 @@ void AudioEditorModel::apply(EditPlan plan) {
 void AudioEditorModel::commitOutcome(EditOutcome outcome) {
     const Batch batch(*this);
     endMoves();
-    Snapshot before = currentSnapshot(true);
+    Snapshot before = currentSnapshot(Keep::sound);
     if (outcome.peaks)
         before.peaks = std::move(state_.peaks);
     else if (leavesMuchOut(state_.buffer, outcome.buffer))
@@ -86,7 +86,7 @@ void AudioEditorModel::commitLoop(std::optional<FrameRange> loop) {
     endMoves();
     const auto clamped = clampedLoop(loop);
     if (clamped == state_.loopPoints || clamped.has_value() != loop.has_value()) return;
-    pushHistory(currentSnapshot(false));
+    pushHistory(currentSnapshot(Keep::marksOnly));
     set(&AudioEditorState::loopPoints, clamped, Change::loopPoints);
     state_.contentVersion = nextVersion_++;
 }
@@ -94,7 +94,7 @@ void AudioEditorModel::commitLoop(std::optional<FrameRange> loop) {
 void AudioEditorModel::commitSlices(std::vector<FrameRange> slices) {
     if (slices == state_.slices) return;
     const Batch batch(*this);
-    pushHistory(currentSnapshot(false));
+    pushHistory(currentSnapshot(Keep::marksOnly));
     setSlices(std::move(slices));
     state_.contentVersion = nextVersion_++;
 }
@@ -146,14 +146,14 @@ void AudioEditorModel::redo() {
 
 void AudioEditorModel::recover(Snapshot edited) {
     const Batch batch(*this);
-    pushHistory(currentSnapshot(true));
+    pushHistory(currentSnapshot(Keep::sound));
     edited.version = nextVersion_++;
     restore(std::move(edited));
 }
 
 // Where the peaks come back with a sound, those of the present one go with it.
 Snapshot AudioEditorModel::counterpart(const Snapshot &taken) {
-    Snapshot snapshot = currentSnapshot(taken.buffer.has_value());
+    Snapshot snapshot = currentSnapshot(taken.buffer ? Keep::sound : Keep::marksOnly);
     if (taken.peaks) snapshot.peaks = std::move(state_.peaks);
     return snapshot;
 }

@@ -41,9 +41,14 @@ void FakeFileSystem::link(const std::string &path, const std::string &target) {
 
 void FakeFileSystem::makeOther(const std::string &path) { make(path, Kind::other); }
 
-void FakeFileSystem::setWritable(const std::string &path, bool writable) {
+void FakeFileSystem::protect(const std::string &path) {
     const std::lock_guard lock(mutex_);
-    demand(path)->writable = writable;
+    demand(path)->writable = false;
+}
+
+void FakeFileSystem::unprotect(const std::string &path) {
+    const std::lock_guard lock(mutex_);
+    demand(path)->writable = true;
 }
 
 void FakeFileSystem::setSticky(const std::string &folder) {
@@ -186,7 +191,7 @@ public:
         if (node_->dirty) node_->onDevice = node_->now;
         node_->unsynced.clear();
     }
-    bool isHeld() const override { return world_.knowsLocks_; }
+    bool isHeld() const override { return world_.can_.locks; }
 
 private:
     void put(std::span<const std::byte> bytes) {
@@ -323,14 +328,14 @@ std::unique_ptr<FileSystem::File> FakeFileSystem::holdAbandoned(const std::strin
 
 bool FakeFileSystem::share(const std::string &path, const std::string &as) {
     const Lock lock = step();
-    if (canShare_) put(as, find(target(path))->now.bytes);
-    return canShare_;
+    if (can_.sharing) put(as, demand(target(path))->now.bytes);
+    return can_.sharing;
 }
 
 bool FakeFileSystem::addName(const std::string &path, const std::string &name) {
     const Lock lock = step();
-    if (canAddNames_) change({parentOf(name), {{name, find(target(path))}}});
-    return canAddNames_;
+    if (can_.names) change({parentOf(name), {{name, demand(target(path))}}});
+    return can_.names;
 }
 
 std::unique_ptr<FileSystem::File> FakeFileSystem::overwrite(const std::string &path) {

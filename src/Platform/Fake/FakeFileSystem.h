@@ -31,14 +31,18 @@ public:
     void makeFolder(const std::string &path);
     void put(const std::string &path, Bytes bytes, const std::string &attributes = "usual");
     void link(const std::string &path, const std::string &target);
-    void makeOther(const std::string &path);                   // neither file nor folder nor link
-    void setWritable(const std::string &path, bool writable);  // of a folder: whether names in it may be changed
-    void setSticky(const std::string &folder);                 // names may be added, but not put in the place of others
-    void allow(bool sharing, bool names) { canShare_ = sharing, canAddNames_ = names; }  // neither at first
+    void makeOther(const std::string &path);  // neither file nor folder nor link
+    void protect(const std::string &path);    // from being written; a folder from changes of the names in it
+    void unprotect(const std::string &path);
+    void setSticky(const std::string &folder);  // names may be added, but not put in the place of others
+    // What not every file system can do: share(), addName(), hold files.
+    struct Abilities {
+        bool sharing = false, names = false, locks = true;
+    };
+    void setAbilities(Abilities abilities) { can_ = abilities; }
     void setFree(std::int64_t bytes) { free_ = bytes; }  // what freeBytes() says, whatever is written
     void passTime(std::int64_t ns) { clock_ += ns; }     // which else goes on by a nanosecond with each change
-    void setLocks(bool areKnown) { knowsLocks_ = areKnown; }
-    void vanish(const std::string &path);  // with all that is below it
+    void vanish(const std::string &path);                // with all that is below it
 
     bool exists(const std::string &path) const;
     Bytes bytes(const std::string &path) const;
@@ -129,7 +133,7 @@ private:
     std::vector<NameChange> unsynced_;
     std::uint64_t lastInode_ = 0;
     std::int64_t clock_ = 0;
-    bool canShare_ = false, canAddNames_ = false, knowsLocks_ = true;
+    Abilities can_;
     std::int64_t free_ = std::numeric_limits<std::int64_t>::max();
 
     int steps_ = 0;

@@ -11,13 +11,15 @@
 namespace kiv {
 
 // Settings in a text file, read once. Changes are written by a thread of its own, soon, since bringing a file safely to a disk
-// takes longer than a slider may stand still; the destructor waits for them. Two programs may run on one file: each writes
-// only what it has changed itself into what it finds there, one after the other, and sees the other's changes when it is
-// started anew.
+// takes longer than a slider may stand still. Two programs may run on one file: each writes only what it has changed itself
+// into what it finds there, one after the other, and sees the other's changes when it is started anew.
 class FileDefaults : public Defaults {
 public:
     explicit FileDefaults(std::string path);
     ~FileDefaults() override;
+
+    // Waits until all changes are written, or cannot be; also what the destructor does.
+    void finish() { writer_ = {}; }
 
     static std::string usualPath();  // settings in the user's configuration folder; throws std::system_error without a home
 

@@ -3,6 +3,7 @@
 
 #include "Audio/Files/AudioFileConversion.h"
 #include "Audio/Files/FileBytes.h"
+#include "Audio/Files/SampleWrapping.h"
 
 // Saving in another format: what goes along, what is said to be left, and that the editor finds its positions again.
 namespace kiv {
@@ -66,7 +67,7 @@ TEST(Conversion, CarriesOrNamesWhatADecodedFileSays) {
     decoded.format.container = AudioContainer::coreAudio;
     decoded.buffer = AudioEditorBuffer(std::vector<float>{0}, 1, 44100);
     const FlacMetadataBlock picture{FlacMetadataBlock::picture, text("picture")};
-    decoded.tags = {{{"TITLE", "Song"}, {"COMPOSER", "Bach"}}, {picture}, {}, {"chapters"}};
+    decoded.tags = {{{"TITLE", "Song"}, {"COMPOSER", "Bach"}}, {picture}, {}, {"chapters"}, {}};
     for (const auto container : {Container::wav, Container::aiff}) {
         EXPECT_THAT(converted(decoded, {container, 16}).left, ElementsAre("pictures", "chapters", "COMPOSER"));
         AudioFileContents tagged = decoded;
@@ -110,6 +111,52 @@ TEST(Conversion, OfFilesOfOtherKindsKeepsWhatTheySay) {
     EXPECT_THAT(aiff.left, ElementsAre("“uuid”"));
     EXPECT_EQ(show(written(aiff.contents)),
               show(aiffOf(2, beChunk("MARK", be16(1) + marker(1, 1, "verse")) + beChunk("NAME", text("Song")))));
+}
+
+// As another program decodes them: two frames, and what stands around them.
+AudioFileCodec::Conversion ofPacked(const Bytes &file, const AudioSaveFormat &format, const char *typeName) {
+    AudioFileContents contents;
+    contents.format.container = AudioContainer::coreAudio;
+    if (file[0] == std::byte('F')) contents.format.typeName = "AIFC";
+    contents.coreAudioSettings.emplace();
+    contents.buffer = AudioEditorBuffer(std::vector<float>{0, 0}, 1, 44100);
+    contents.format.typeName = std::string_view(typeName).ends_with("AIFC") ? "AIFC" : "WAV";
+    keepAroundPacked(contents, 2, MemorySource(file));
+    EXPECT_EQ(contents.format.typeName, typeName);
+    EXPECT_FALSE(contents.canSaveInPlace());
+    return converted(std::move(contents), format);
+}
+
+TEST(Conversion, OfCompressedSamplesKeepsWhatStandsAroundThem) {
+    const Bytes around = chunk("cue ", cues({{1, 1, 1}})) + chunk("bext", text("all!")) + chunk("smpl", smpl({{0, 1}}));
+    const auto fmtOf = [](unsigned tag, unsigned align) { return fmt({.tag = tag, .blockAlign = int(align)}); };
+    const auto wav = [](const Bytes &format, const Bytes &rest) {
+        return riff("WAVE", chunk("fmt ", format) + chunk("data", zeros(2)) + rest);
+    };
+    const auto cueIn = [](unsigned block, unsigned offset) {
+        return chunk("cue ", le32(1) + le32(1) + le32(0) + text("data") + le32(0) + le32(block) + le32(offset));
+    };
+    const Bytes names = beChunk("MARK", be16(1) + marker(1, 1, "verse")) + beChunk("NAME", text("Song"));
+    const std::tuple<Bytes, AudioSaveFormat, const char *, Bytes> rows[] = {
+        {wav(fmtOf(7, 1), around), {Container::wav, 16}, "\u00B5-law WAV", wavOf(2, around)},
+        {wav(fmtOf(99, 1), around), {Container::wav, 16}, "WAV format 99", wavOf(2, around)},
+        {wav(fmtOf(2, 256) + le16(2) + le16(500), cueIn(0, 1)),
+         {Container::wav, 16},
+         "Microsoft ADPCM WAV",
+         wavOf(2, cueIn(0, 1))},
+        {wav(fmtOf(6, 1), cueIn(1, 0)), {Container::wav, 16}, "A-law WAV", wavOf(2, cueIn(0, 1))},
+        {form("AIFC", beChunk("COMM", compressed({.frames = 2}, "ulaw")) + ssnd(zeros(2)) + names),
+         {Container::aiff, 16},
+         "\u00B5-law AIFC",
+         aiffOf(2, names)},
+    };
+    for (const auto &[file, format, typeName, saved] : rows) {
+        const auto conversion = ofPacked(file, format, typeName);
+        EXPECT_THAT(conversion.left, IsEmpty());
+        EXPECT_EQ(show(written(conversion.contents)), show(saved));
+    }
+    EXPECT_THAT(ofPacked(wav(fmtOf(7, 1), around), {Container::flac, 16}, "\u00B5-law WAV").left,
+                ElementsAre("markers", "“bext”", "the instrument’s settings"));
 }
 
 TEST(Conversion, TakesAPitchFurtherOffThanHalfAKeyForHalfAKey) {

@@ -73,6 +73,7 @@ TEST(WavReader, SaysWhatItCannotRead) {
         {wave({}), unreadable("no format chunk")},
         {wave(chunk("fmt ", zeros(15)) + data), unreadable("no format chunk")},
         {wave(chunk("fmt ", fmt({}))), unreadable("no audio data")},
+        {wave(chunk("fmt ", fmt({.tag = 2}))), unreadable("no audio data")},
         {wave(chunk("fmt ", fmt({.channels = 0})) + data), unreadable("bad format chunk")},
         {wave(chunk("fmt ", fmt({.rate = 0})) + data), unreadable("bad format chunk")},
         {wave(chunk("fmt ", fmt({.tag = 2, .bits = 4})) + data), "not ours"},

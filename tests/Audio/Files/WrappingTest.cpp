@@ -89,7 +89,13 @@ Bytes monoFmt(bool isBig) {
 
 TEST(Wrapping, FollowsTheSoundToOtherChannels) {
     const Bytes samples = hex("0001 0003"), little = hex("0100 0300");
+    // A second description, and a chunk that only another kind has, are nothing that a reader looks at.
+    const Bytes second = beChunk("fmt ", be16(1));
+    const Bytes other = cafChunk("fmt ", be16(1)) + cafChunk("fact", be32(9)) + cafChunk("desc", be32(1));
     const std::pair<Bytes, Bytes> rows[] = {
+        {rifx(beChunk("fmt ", beFmt()) + second + beChunk("data", four)),
+         rifx(beChunk("fmt ", monoFmt(true)) + second + beChunk("data", samples))},
+        {caf("lpcm", 0, other + cafData(four)), mono(other + cafData(samples))},
         {au(8, {}, four), text(".snd") + be32(24) + be32(4) + be32(3) + be32(44100) + be32(1) + samples},
         {caf("lpcm", 0, cafChunk("chan", zeros(12)) + cafData(four)), mono(cafData(samples))},
         {rf64(8, chunk("fmt ", fmt(stereo)) + open("data", fourLittle)),
@@ -133,6 +139,11 @@ TEST(Wrapping, HoldsPositionsThatFollowEdits) {
          rifx(fmtBe + beChunk("LIST", text("adtl") + label(1)) + beChunk("cue ", beCue(2)) +
               beChunk("smpl", beSmpl(1, zeros(8) + be32(1) + be32(2) + zeros(8))) + beChunk("data", zeros(4) + four)),
          {1, 0, 2, 2}},
+        {w64(w64Chunk("fmt ", fmt(stereo)) + w64Chunk("data", fourLittle) + w64Chunk("cue ", cues({{3, 1, 1}})) +
+             w64Chunk("smpl", smpl({{0, 1}}))),
+         w64(w64Chunk("fmt ", fmt(stereo)) + w64Chunk("data", zeros(4) + fourLittle) + w64Chunk("cue ", cues({{3, 2, 2}})) +
+             w64Chunk("smpl", smpl({{1, 2}}))),
+         {1, 0, 2}},
         {caf("lpcm", 0,
              cafChunk("mark", be32(0) + be32(2) + cafMarker(one, 1) + cafMarker(oneAndABit, 2)) +
                  cafChunk("regn", be32(0) + be32(1) + zeros(8) + be32(1) + cafMarker(0, 3)) + cafData(four)),
@@ -153,16 +164,22 @@ TEST(Wrapping, HoldsPositionsThatFollowEdits) {
 }
 
 TEST(Wrapping, OfAWavFileTakesALoopAndGivesItBack) {
-    const Bytes plain = rifx(beChunk("fmt ", beFmt()) + beChunk("data", four));
-    AudioFileContents contents = AudioFileCodec::addingLoop(found(plain), 0, 2);
-    const Bytes looped = AudioFileCodec::wrappedImage(contents).bytes();
-    EXPECT_EQ(show(looped), show(rifx(beChunk("fmt ", beFmt()) + beChunk("data", four) +
-                                      beChunk("smpl", beSmpl(1, zeros(8) + be32(0) + be32(1) + zeros(8))))));
-    contents = found(looped);
-    ASSERT_TRUE(contents.loop);
-    contents = AudioFileCodec::removingLoop(std::move(contents));
-    EXPECT_EQ(show(AudioFileCodec::wrappedImage(contents).bytes()),
-              show(rifx(beChunk("fmt ", beFmt()) + beChunk("data", four) + beChunk("smpl", beSmpl(0, {})))));
+    const Bytes big = beChunk("fmt ", beFmt()) + beChunk("data", four);
+    const Bytes wide = w64Chunk("fmt ", fmt(stereo)) + w64Chunk("data", fourLittle);
+    const Bytes loop = zeros(28) + le32(1) + zeros(4) + zeros(8) + le32(0) + le32(1) + zeros(8);
+    const std::tuple<Bytes, Bytes, Bytes> rows[] = {
+        {rifx(big), rifx(big + beChunk("smpl", beSmpl(1, zeros(8) + be32(0) + be32(1) + zeros(8)))),
+         rifx(big + beChunk("smpl", beSmpl(0, {})))},
+        {w64(wide), w64(wide + w64Chunk("smpl", loop)), w64(wide + w64Chunk("smpl", zeros(36)))},
+    };
+    for (const auto &[plain, looped, emptied] : rows) {
+        AudioFileContents contents = AudioFileCodec::addingLoop(found(plain), 0, 2);
+        EXPECT_EQ(show(AudioFileCodec::wrappedImage(contents).bytes()), show(looped));
+        contents = found(looped);
+        ASSERT_TRUE(contents.loop);
+        contents = AudioFileCodec::removingLoop(std::move(contents));
+        EXPECT_EQ(show(AudioFileCodec::wrappedImage(contents).bytes()), show(emptied));
+    }
     EXPECT_FALSE(found(caf("lpcm", 0, cafData(four))).canStoreLoop());
 }
 
@@ -189,6 +206,12 @@ TEST(Wrapping, OfWhatIsNotWholeIsSetRight) {
         {caf("lpcm", 0, text("data") + be64(99) + be32(7) + four), caf("lpcm", 0, cafData(four))},
         {rf64(9, format + open("data", fourLittle)), rf64(8, format + open("data", fourLittle))},
         {rifx(beChunk("fmt ", beFmt()) + beChunk("data", four) + hex("00")), {}},
+        {rifx(beChunk("fmt ", beFmt()) + text("data") + be32(0) + four),
+         rifx(beChunk("fmt ", beFmt()) + beChunk("data", four))},
+        {rifx(beChunk("fmt ", beFmt()) + text("data") + be32(0) + beChunk("INFO", four)), {}},
+        {rf64(0, format + chunk("data", {}) + fourLittle), rf64(8, format + chunk("data", fourLittle))},
+        {w64(w64Chunk("fmt ", fmt(stereo)) + w64Chunk("data", {}) + fourLittle),
+         w64(w64Chunk("fmt ", fmt(stereo)) + w64Chunk("data", fourLittle))},
     };
     for (const auto &[before, after] : rows) {
         const AudioFileContents contents = found(before);
@@ -201,6 +224,7 @@ TEST(Wrapping, OfWhatIsNotWholeIsSetRight) {
 
 TEST(Wrapping, OfWhatIsCompressedIsNotKept) {
     const Bytes rows[] = {
+        text(".snd") + be32(24) + be32(0) + be32(2) + be32(44100) + be32(0x10000),
         caf("alac", 0, cafData(four)),
         caf("lpcm", 0, cafData(four) + cafData(four)),
         rf64(8, chunk("fmt ", fmt({.tag = 2, .channels = 2})) + open("data", fourLittle)),

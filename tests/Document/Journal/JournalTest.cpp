@@ -362,7 +362,7 @@ TEST(Journal, BringsBackWhatOtherProgramsHaveDoneAwayWith) {
         for (const char *how : {"removed", "folder removed", "replaced", "written over", "left alone"}) {
             MortalWorld world;
             if (!copies) world.journals.longestCopy = 0;
-            world.disk.allow(shares, links);
+            world.disk.setAbilities({.sharing = shares, .names = links});
             world.open(file);
             const Done done = world.reverse({5, 500});
             if (how == std::string("removed")) world.disk.remove(path);
@@ -535,9 +535,9 @@ TEST(Journal, KnowsTheFileThatWasPutBack) {
     for (int step = 1, isOver = 0; !isOver; ++step) {
         MortalWorld world;
         world.journals.longestCopy = 0;
-        world.disk.allow(false, true);
+        world.disk.setAbilities({.names = true});
         world.open(file);
-        world.disk.setWritable("/music", false);
+        world.disk.protect("/music");
         const Done done = world.reverse({5, 500});
         world.disk.passTime(10'000'000'000);
         world.disk.losePowerAt(step);
@@ -606,7 +606,7 @@ TEST(Journal, ThatCannotBeWrittenIsTold) {
         {failing(std::errc::read_only_file_system), "Read-only file system"},
         {[](auto &world) { world.journals.mostBytes = 5000; }, "The changes are too large"},
         {[](auto &world) { world.disk.setFree(10'000); }, "The disk is nearly full"},
-        {[](auto &world) { world.disk.setLocks(false); }, "cannot lock files", true},
+        {[](auto &world) { world.disk.setAbilities({.locks = false}); }, "cannot lock files", true},
         {[](auto &world) { world.journals.whyNone = "The user has no home folder"; }, "no home folder", true}};
     for (const auto &[breakIt, text, isFromTheStart] : cases) {
         MortalWorld world;

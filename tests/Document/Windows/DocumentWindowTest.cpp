@@ -250,7 +250,7 @@ TEST_F(DocumentWindowTest, ClosesAtOnceWithoutChangesAndGivesUpAnOpenDialog) {
 TEST_F(DocumentWindowTest, AFailedSaveIsShownAndKeepsTheWindow) {
     open();
     controller->perform(reverse);
-    world.disk.setWritable("/music", false);
+    world.disk.protect("/music");
     world.disk.failAt(1, std::errc::no_space_on_device, FakeFileSystem::Lasting::on);
     controller->requestClose();
     press("Save");

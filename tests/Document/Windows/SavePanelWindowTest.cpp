@@ -190,13 +190,13 @@ TEST_F(SavePanelWindowTest, ListsAreWalkedByKeys) {
 }
 
 TEST_F(SavePanelWindowTest, WhatCannotBeIsSaidAndNotSaved) {
-    world.disk.setWritable("/music", false);
+    world.disk.protect("/music");
     ask();
     EXPECT_FALSE(button("Save").isEnabled());
     EXPECT_EQ(words(), "This folder cannot be written to");
     key(Qt::Key_Return);
     EXPECT_EQ(answers, 0);
-    world.disk.setWritable("/music", true);
+    world.disk.unprotect("/music");
     key(Qt::Key_F5);
     EXPECT_TRUE(button("Save").isEnabled());
     name().selectAll();
@@ -267,7 +267,7 @@ TEST_F(SavePanelWindowTest, AssistiveToolsHearAllOfIt) {
 TEST_F(SavePanelWindowTest, AFolderIsTakenTypedMadeOrRefused) {
     world.disk.makeFolder("/music/Album/Inner");
     world.disk.makeFolder("/locked");
-    world.disk.setWritable("/locked", false);
+    world.disk.protect("/locked");
     const auto path = [&] { return part<Field>("Path").text(); };
     askForFolder("/locked");
     EXPECT_EQ(words(), "Click Allow.");

@@ -1,6 +1,8 @@
 #include "Platform/Linux/Decoders/DecoderModule.h"
 #include "Platform/Linux/Decoders/FlacSound.h"
 #include "Platform/Linux/Decoders/MpegSound.h"
+#include "Platform/Linux/Decoders/OggPages.h"
+#include "Platform/Linux/Decoders/OggSound.h"
 #include "Platform/Linux/Decoders/SndfileSound.h"
 
 namespace kiv {
@@ -10,8 +12,8 @@ class DecodersReader : public DecodedReader {
 public:
     std::unique_ptr<DecodedSound> open(const ByteSource &source) override {
         if (auto sound = openFlac(source)) return sound;
-        // libsndfile reads MPEG audio too, but says on standard error what it finds wrong with it.
-        return startsAsMpeg(source) ? openMpeg(source) : openWithSndfile(source);
+        if (startsAsMpeg(source)) return openMpeg(source);
+        return startsAsOgg(source) ? openOgg(source) : openWithSndfile(source);
     }
     std::optional<DecodedTags> tags(const ByteSource &source) override {
         return startsAsMpeg(source) ? tagsOfMpeg(source) : tagsWithSndfile(source);

@@ -65,9 +65,8 @@ public:
     DecodedEnd end() const override {
         // A stream that does not tell its length, and whose last block was cut off.
         const bool isCutOff = total_ == 0 && place_.end < start_ + source_.size() && isBlockAt(place_.end);
-        const std::int64_t missing = isCutOff ? longestBlock_ : total_ - std::max<std::int64_t>(place_.nextFrame, 0);
-        return {std::max<std::int64_t>(missing, 0), place_.damagedFrames, place_.end,
-                std::max<std::int64_t>(place_.nextFrame, 0)};
+        const std::int64_t next = std::max<std::int64_t>(place_.nextFrame, 0);
+        return {std::max<std::int64_t>(total_ - next, 0), place_.damagedFrames, place_.end, next, isCutOff};
     }
 
 private:

@@ -11,6 +11,7 @@ extern "C" {
 #include <array>
 #include <cstring>
 #include <map>
+#include <utility>
 #include <vector>
 
 #include "Platform/Linux/Ffmpeg/FfmpegInput.h"
@@ -19,6 +20,7 @@ namespace kiv {
 namespace {
 
 constexpr const char *damaged = "its audio data is damaged";
+constexpr const char *nothingKnown = "the part that describes its sound is damaged or missing";
 
 struct FreeDecoder {
     void operator()(AVCodecContext *context) const { avcodec_free_context(&context); }
@@ -135,7 +137,10 @@ public:
 
     // False when there is no sound in it that can be decoded.
     bool open(const AVInputFormat *kind) {
-        return input_.open(kind) && avformat_find_stream_info(input_.file(), nullptr) >= 0 && openDecoder();
+        const bool isThere = input_.open(kind);
+        input_.rethrow();
+        if (!isThere) throw DecodeFault(nothingKnown);
+        return avformat_find_stream_info(input_.file(), nullptr) >= 0 && openDecoder();
     }
     void rethrow() const { input_.rethrow(); }
 
@@ -143,22 +148,40 @@ public:
     std::int64_t read(std::span<float> out) override { return readAs(out); }
     std::int64_t read(std::span<std::int32_t> out) override { return readAs(out); }
     std::optional<std::int64_t> countFrames() override { return std::nullopt; }
-    DecodedEnd end() const override { return {.missingFrames = missingFrames(), .damagedFrames = damagedFrames_}; }
+    DecodedEnd end() const override {
+        const bool isKnown = statedFrames() && (format_.bits > 0 || missingFrames() > 0);
+        return {.missingFrames = missingFrames(), .damagedFrames = damagedFrames_, .isCutOff = isBroken_ && !isKnown};
+    }
 
 private:
     bool openDecoder() {
         const AVCodec *codec = nullptr;
         stream_ = av_find_best_stream(input_.file(), AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
-        if (stream_ < 0 || !codec) return false;
+        if (stream_ < 0 || !codec) return isUnknown();
         for (unsigned i = 0; i < input_.file()->nb_streams; ++i)
             if (int(i) != stream_) input_.file()->streams[i]->discard = AVDISCARD_ALL;
         decoder_.reset(avcodec_alloc_context3(codec));
         AVStream *stream = input_.file()->streams[stream_];
         if (!decoder_ || avcodec_parameters_to_context(decoder_.get(), stream->codecpar) < 0) return false;
         decoder_->pkt_timebase = stream->time_base;
-        if (avcodec_open2(decoder_.get(), codec, nullptr) < 0) return false;
+        decoder_->err_recognition |= AV_EF_CRCCHECK;
+        const bool isOpen = avcodec_open2(decoder_.get(), codec, nullptr) >= 0;
         format_ = described(*input_.file(), *decoder_);
-        return format_.channels > 0 && format_.sampleRate > 0 && decoder_->sample_fmt != AV_SAMPLE_FMT_NONE;
+        if (!isOpen || format_.channels <= 0 || format_.sampleRate <= 0 || decoder_->sample_fmt == AV_SAMPLE_FMT_NONE)
+            throw DecodeFault(nothingKnown);
+        return true;
+    }
+
+    // Sound of which a file does not get to say what it is.
+    bool isUnknown() const {
+        const std::span streams(input_.file()->streams, input_.file()->nb_streams);
+        const bool isSound = std::ranges::any_of(streams, [](const AVStream *stream) {
+            const AVCodecParameters &told = *stream->codecpar;
+            return told.codec_type == AVMEDIA_TYPE_AUDIO && avcodec_find_decoder(told.codec_id) &&
+                   (told.sample_rate <= 0 || told.ch_layout.nb_channels <= 0);
+        });
+        if (isSound) throw DecodeFault(nothingKnown);
+        return false;
     }
 
     template <class Sample>
@@ -180,12 +203,12 @@ private:
         return std::int64_t(done);
     }
 
-    // The next frame that holds anything, or silence in the place of some; false at the end.
+    // The next frame that holds anything, with silence before it in the place of others; false at the end.
     bool advance() {
         used_ = 0;
         for (;;) {
             const int got = avcodec_receive_frame(decoder_.get(), frame_.get());
-            if (got == AVERROR_EOF) return endsWell();
+            if (got == AVERROR_EOF) return endsWell(), false;
             if (got == AVERROR(EAGAIN)) {
                 feed();
                 continue;
@@ -198,22 +221,23 @@ private:
                 throw DecodeFault("its channels or sample rate change on the way");
             if (frame_->nb_samples <= 0) continue;
             frameLength_ = frame_->nb_samples;
+            silent_ = std::exchange(lost_, 0);
+            damagedFrames_ += std::int64_t(silent_);
             return true;
         }
     }
 
-    // Silence at the end goes on; a file of which nothing could be decoded is no sound.
-    bool endsWell() const {
-        if (damagedFrames_ > 0 && frameLength_ == 0) throw DecodeFault(damaged);
-        return silent_ > 0;
+    // What is lost at the end is missing. A file of which nothing could be decoded is no sound.
+    void endsWell() {
+        isBroken_ = isBroken_ || lost_ > 0;
+        if (isBroken_ && frameLength_ == 0) throw DecodeFault(damaged);
     }
 
-    // Puts silence in the place of a packet that cannot be decoded, as long as the frame before it.
+    // Silence will stand in the place of a packet that cannot be decoded, as long as the frame before it, once another comes.
     void lose() {
         const int length = frameLength_ > 0 ? frameLength_ : decoder_->frame_size;
         if (length <= 0) throw DecodeFault(damaged);
-        silent_ += std::size_t(length);
-        damagedFrames_ += length;
+        lost_ += std::size_t(length);
     }
 
     // Gives the decoder the next packet, or the end. A packet that it cannot take is one that is damaged.
@@ -222,25 +246,32 @@ private:
             av_packet_unref(packet_.get());
             const int got = av_read_frame(input_.file(), packet_.get());
             input_.rethrow();
-            if (got == AVERROR_EOF) {
+            if (got < 0) {
+                isBroken_ = got != AVERROR_EOF;
                 avcodec_send_packet(decoder_.get(), nullptr);
                 return;
             }
-            if (got < 0) throw DecodeFault(damaged);
             if (packet_->stream_index != stream_) continue;
             if (avcodec_send_packet(decoder_.get(), packet_.get()) < 0) lose();
             return;
         }
     }
 
-    // Of a length that the file states; it need not be exact where frames are dropped at its ends.
+    // The length that the file states.
+    std::optional<std::int64_t> statedFrames() const {
+        const AVFormatContext &file = *input_.file();
+        const AVStream &stream = *file.streams[stream_];
+        const bool isAlone = file.nb_streams == 1, isOwn = stream.duration > 0;
+        const std::int64_t stated = isOwn ? stream.duration : isAlone ? file.duration : 0;
+        if (stated <= 0 || file.duration_estimation_method != AVFMT_DURATION_FROM_STREAM) return std::nullopt;
+        return av_rescale_q(stated, isOwn ? stream.time_base : AV_TIME_BASE_Q, {1, int(format_.sampleRate)});
+    }
+
+    // It may be told in milliseconds, and need not be exact where frames are dropped at the ends.
     std::int64_t missingFrames() const {
-        const AVStream &stream = *input_.file()->streams[stream_];
-        const bool isStated = input_.file()->duration_estimation_method == AVFMT_DURATION_FROM_STREAM && stream.duration > 0;
-        if (!isStated) return 0;
-        const std::int64_t inexact = format_.sampleRate / 10;
-        const std::int64_t missing = av_rescale_q(stream.duration, stream.time_base, {1, int(format_.sampleRate)}) - frames_;
-        return missing > inexact ? missing : 0;
+        const std::int64_t inexact = format_.sampleRate / (format_.bits > 0 ? 500 : 10);
+        const std::int64_t missing = statedFrames().value_or(0) - frames_;
+        return missing > (isBroken_ ? 0 : inexact) ? missing : 0;
     }
 
     FfmpegInput input_;
@@ -249,8 +280,10 @@ private:
     std::unique_ptr<AVFrame, FreeFrame> frame_{av_frame_alloc()};
     int stream_ = -1;
     std::size_t used_ = 0, silent_ = 0;
-    int frameLength_ = 0;  // of the last one that was decoded
+    std::size_t lost_ = 0;  // since the last one
+    int frameLength_ = 0;   // of the last one that was decoded
     std::int64_t frames_ = 0, damagedFrames_ = 0;
+    bool isBroken_ = false;  // the file could not be read on
     DecodedFormat format_;
 };
 
