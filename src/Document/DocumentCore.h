@@ -45,7 +45,7 @@ struct DocumentCore {
     void followByJournal() { journal.follow(model.state(), needsJournal()); }
     // Calls back when all edits that are finished would survive the end of the program, and a sound whose file has gone.
     void flushJournal(std::function<void()> done) {
-        journal.flush(model.state(), needsJournal() || isEdited(), std::move(done));
+        journal.flush(model.state(), needsJournal() || (!isGivenUp && isEdited()), std::move(done));
     }
 };
 
