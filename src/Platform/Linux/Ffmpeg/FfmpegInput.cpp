@@ -25,6 +25,13 @@ std::int64_t seekTo(void *data, std::int64_t offset, int whence) {
 // A file is to be read alone: it may not lead to others, let alone over a network.
 int refuseToOpen(AVFormatContext *, AVIOContext **, const char *, int, AVDictionary **) { return AVERROR(EPERM); }
 
+// The library prints nothing, and asks for no more memory at once than this, whatever a damaged file says.
+void restrain() {
+    constexpr std::size_t mostBytesAtOnce = std::size_t(256) << 20;
+    av_max_alloc(mostBytesAtOnce);
+    av_log_set_level(AV_LOG_QUIET);
+}
+
 }  // namespace
 
 void FfmpegInput::FreeIo::operator()(AVIOContext *io) const {
@@ -34,9 +41,6 @@ void FfmpegInput::FreeIo::operator()(AVIOContext *io) const {
 
 bool FfmpegInput::open(const AVInputFormat *kind) {
     constexpr int bufferSize = 1 << 16;
-    constexpr std::size_t mostBytesAtOnce = std::size_t(256) << 20;  // whatever a damaged file asks for
-    av_max_alloc(mostBytesAtOnce);
-    av_log_set_level(AV_LOG_QUIET);
     auto *buffer = static_cast<std::uint8_t *>(av_malloc(bufferSize));
     if (!buffer) throw std::bad_alloc();
     io_.reset(avio_alloc_context(buffer, bufferSize, 0, &source_, readPacket, nullptr, seekTo));
@@ -51,8 +55,9 @@ bool FfmpegInput::open(const AVInputFormat *kind) {
 }
 
 // Below the score at which the library itself would look for more, any text might be one. Tags in front may be longer than what
-// is looked at.
+// is looked at. Comes before anything else that is asked of the library.
 const AVInputFormat *inputFormatOf(const ByteSource &source) {
+    restrain();
     std::vector<std::uint8_t> head(65536 + AVPROBE_PADDING_SIZE);
     const std::size_t count = source.read(0, std::as_writable_bytes(std::span(head)).first(65536));
     std::memset(head.data() + count, 0, head.size() - count);
