@@ -121,6 +121,7 @@ def sndfile_files():
     yield "opus", made_by("ffmpeg -y -i IN OUT", "a.opus", wave(1, 16, 700, 48000))
     yield "rf64", made_by("ffmpeg -y -i IN -rf64 always OUT", "a.wav", wave(2, 16))
     yield "adpcm", made_by("ffmpeg -y -i IN -c:a adpcm_ms OUT", "a.wav", wave(2, 16))
+    yield "layer3", made_by("ffmpeg -y -i IN -c:a libmp3lame OUT", "a.wav", wave(1, 16, 700, 44100))
     yield "alaw", made_by("ffmpeg -y -i IN -c:a pcm_alaw OUT", "a.aiff", wave(2, 16))
     yield "double", made_by("ffmpeg -y -i IN -c:a pcm_f64be OUT", "a.caf", wave(2, 16))
 

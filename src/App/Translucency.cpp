@@ -31,7 +31,9 @@ bool hasCompositor(xcb_connection_t *connection) {
 }  // namespace
 
 bool windowsMayBeTranslucent() {
-    if (auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()) return hasCompositor(x11->connection());
+    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    // A platform without a server has the interface, but no connection.
+    if (x11 && x11->connection()) return hasCompositor(x11->connection());
     return QGuiApplication::platformName().startsWith("wayland");
 }
 

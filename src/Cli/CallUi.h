@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Document/DocumentUi.h"
@@ -17,8 +18,10 @@ public:
         const auto indexOf = [&](const char *button) {
             return std::size_t(std::ranges::find(question.buttons, button) - question.buttons.begin());
         };
-        leavesEqOut = indexOf("Save Without EQ") < question.buttons.size();
-        if (leavesEqOut) return answer(indexOf("Save Without EQ"));
+        if (const std::size_t withoutEq = indexOf("Save Without EQ"); withoutEq < question.buttons.size()) {
+            leavesEqOut = true;
+            return answer(withoutEq);
+        }
         error = question.message + ".";
         answer(indexOf("Cancel"));
     }
@@ -35,19 +38,23 @@ public:
         if (kind == NoticeKind::warning) warnings.push_back(text);
     }
 
-    // Says on standard error that a file was saved without what the equalizer does.
-    void tellIfEqIsLeftOut(const std::string &file) const {
-        if (leavesEqOut) std::fprintf(stderr, "%s: the equalizer is not applied, so it was not saved\n", file.c_str());
+    // Says on standard error that this file was saved without what the equalizer does, if it was.
+    void tellIfEqIsLeftOut(const std::string &file) {
+        if (std::exchange(leavesEqOut, false))
+            std::fprintf(stderr, "%s: the equalizer is not applied, so it was not saved\n", file.c_str());
     }
 
-    // Says there what a file could not take, to those who do not get the notices.
-    void tellWarnings(const std::string &file) const {
-        for (const std::string &text : warnings) std::fprintf(stderr, "%s: %s\n", file.c_str(), text.c_str());
+    // Says there what is wrong with a file that was read, or could not be put into one that was written, to those who do not
+    // get the notices.
+    void tellWarnings(const std::string &file) {
+        for (const std::string &text : std::exchange(warnings, {}))
+            std::fprintf(stderr, "%s: %s\n", file.c_str(), text.c_str());
     }
 
     std::string error;
-    std::vector<std::string> notices, warnings;  // the warnings are among the notices
-    bool leavesEqOut = false;                    // what was saved was saved without the equalizer
+    std::vector<std::string> notices;
+    std::vector<std::string> warnings;  // those of the notices that have not been told yet
+    bool leavesEqOut = false;           // what was saved last was saved without the equalizer, which has not been told yet
 };
 
 }  // namespace kiv::Cli

@@ -128,6 +128,7 @@ std::string edit(const EditCall &call, const DocumentServices &services) {
     CallUi ui;
     AudioDocument document(services, ui);
     openNow(document, call.file);
+    if (!call.json) ui.tellWarnings(call.file);
     StepContext context{document, services, ui};
     runSteps(context, steps);
     Outcome outcome{document, document.isEdited(), {}, std::nullopt, context.cycle};

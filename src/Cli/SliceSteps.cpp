@@ -8,6 +8,8 @@ namespace kiv::Cli {
 
 namespace {
 
+using IfHeld = AudioDocument::IfHeld;
+
 void checkSlicer(const Arguments &arguments) {
     for (std::size_t i = 1; i < arguments.size(); ++i) parseSliceSetting(arguments[i].text);
 }
@@ -31,19 +33,19 @@ void checkSaveSlices(const Arguments &arguments) {
 void saveSlices(StepContext &context, const Arguments &arguments) {
     const bool replaces = !arguments.empty() && isReplace(arguments.back());
     const bool isNamed = arguments.size() > (replaces ? 1u : 0u);
-    saveSlicesNow(context, isNamed ? arguments[0].text : "", replaces);
+    saveSlicesNow(context, isNamed ? arguments[0].text : "", replaces ? IfHeld::replace : IfHeld::refuse);
 }
 
 }  // namespace
 
-void saveSlicesNow(StepContext &context, const std::string &name, bool replaces) {
+void saveSlicesNow(StepContext &context, const std::string &name, IfHeld ifHeld) {
     AudioDocument &document = context.document;
     if (document.model().state().slices.empty()) return;
     bool saved = false;
-    document.saveSlices(name, replaces ? AudioDocument::IfHeld::replace : AudioDocument::IfHeld::refuse,
-                        [&](bool ok) { saved = ok; });
+    document.saveSlices(name, ifHeld, [&](bool ok) { saved = ok; });
     Interrupt::throwIfRequested();
     if (!saved) throw FileFailure(document.slicesFolder(), context.ui.error);
+    context.ui.tellIfEqIsLeftOut(document.slicesFolder());
 }
 
 std::vector<StepForm> sliceSteps() {

@@ -33,11 +33,13 @@ std::string slices(const SlicesCall &call, const DocumentServices &services) {
     CallUi ui;
     AudioDocument document(services, ui);
     openNow(document, call.file);
+    ui.tellWarnings(call.file);
     for (const auto &[setting, value] : settings) AudioEditorSlices::setSetting(document.model(), setting, value);
     AudioEditorSlices::detect(document.model(), mode);
     Interrupt::throwIfRequested();
     StepContext context{document, services, ui};
-    if (call.saves) saveSlicesNow(context, call.name, call.replaces);
+    const auto ifHeld = call.replaces ? AudioDocument::IfHeld::replace : AudioDocument::IfHeld::refuse;
+    if (call.saves) saveSlicesNow(context, call.name, ifHeld);
     const std::vector<FrameRange> &found = document.model().state().slices;
     return call.json ? asJson(found, *call.json) : asText(found);
 }

@@ -28,7 +28,6 @@ void saveSelectionNow(StepContext &context, const Arguments &arguments) {
     if (!document.model().state().selection) return;
     const std::string &out = arguments[0].text;
     bool saved = false;
-    context.ui.leavesEqOut = false;
     document.saveSelection(out, [&](bool ok) { saved = ok; });
     Interrupt::throwIfRequested();
     if (!saved) throw FileFailure(out, context.ui.error);

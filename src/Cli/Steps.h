@@ -24,9 +24,9 @@ using Step = std::function<void(StepContext &)>;
 // Throws WrongWords.
 Step parseStep(const Words &words);
 
-// Saves the slices that there are. Throws FileFailure, also for a folder that holds audio files unless they are to be replaced,
-// and Cancelled.
-void saveSlicesNow(StepContext &context, const std::string &name, bool replaces);
+// Saves the slices that there are. Throws FileFailure, also for a folder that holds audio files which may not be replaced, and
+// Cancelled.
+void saveSlicesNow(StepContext &context, const std::string &name, AudioDocument::IfHeld ifHeld);
 
 // All forms of all steps for the help text, one a line.
 std::string stepsHelp();

@@ -8,33 +8,10 @@
 
 #include "Audio/Files/ByteFields.h"
 #include "Audio/Files/FlacMetadata.h"
-#include "Audio/Files/SampleDecoding.h"
-#include "Audio/Files/SampleResidue.h"
+#include "Document/DecodedSamples.h"
 
 namespace kiv {
 namespace {
-
-// What is decoded at a time, and becomes a block of the sound: nobody knows beforehand how much will come.
-constexpr std::int64_t blockSamples = std::int64_t(1) << 20;
-constexpr AudioSampleEncoding wide{.bytes = 4, .validBits = 32, .bigEndian = std::endian::native == std::endian::big};
-
-// Counts what is read of a source; a decoder hears of a wish to cancel as of a failure.
-class CountedSource : public ByteSource {
-public:
-    CountedSource(const ByteSource &source, Progress &progress) : source_(source), progress_(progress) {
-        progress.start(source.size());
-    }
-    std::int64_t size() const override { return source_.size(); }
-    std::size_t read(std::int64_t offset, std::span<std::byte> out) const override {
-        const std::size_t count = source_.read(offset, out);
-        progress_.add(std::int64_t(count));
-        return count;
-    }
-
-private:
-    const ByteSource &source_;
-    Progress &progress_;
-};
 
 // Only what comes back exactly has a depth worth telling.
 std::string bitsDescription(const DecodedFormat &format) {
@@ -122,44 +99,6 @@ void takeTags(AudioFileContents &contents, const std::optional<DecodedTags> &tag
     for (const DecodedPicture &picture : tags->pictures) contents.tags.pictures.push_back(blockOf(picture));
 }
 
-class BlockReader {
-public:
-    explicit BlockReader(DecodedSound &sound)
-        : sound_(sound),
-          channels_(sound.format().channels),
-          samples_(std::max<std::int64_t>(blockSamples / channels_, 1) * channels_) {}
-
-    // Without frames at the end.
-    AudioEditorBuffer next() { return sound_.format().isWide() ? nextWide() : nextFloats(); }
-
-private:
-    AudioEditorBuffer nextFloats() {
-        SampleMemory memory{std::size_t(samples_)};
-        const std::int64_t frames = sound_.read(std::span(memory.data(), memory.size()));
-        return cut({std::move(memory), channels_, rate()}, frames);
-    }
-
-    AudioEditorBuffer nextWide() {
-        integers_.resize(std::size_t(samples_));
-        const std::int64_t frames = sound_.read(integers_);
-        const auto words = std::as_bytes(std::span(integers_).first(std::size_t(frames * channels_)));
-        SampleMemory memory{std::size_t(samples_)};
-        const std::span decoded(memory.data(), std::size_t(frames * channels_));
-        decodeSamples(words, wide, decoded);
-        auto residue = std::make_unique<SampleResidue>(wide, samples_);
-        residue->keep(0, words, wide, decoded);
-        if (residue->isEmpty()) residue.reset();
-        return cut({std::move(memory), channels_, rate(), std::move(residue)}, frames);
-    }
-
-    std::int64_t rate() const { return sound_.format().sampleRate; }
-    static AudioEditorBuffer cut(const AudioEditorBuffer &block, std::int64_t frames) { return block.part({0, frames}); }
-
-    DecodedSound &sound_;
-    const std::int64_t channels_, samples_;
-    std::vector<std::int32_t> integers_;
-};
-
 // Opens the file and reads of it what is wanted.
 template <class Result, class Read>
 std::optional<Result> withSound(DecodedReader &decoders, const ByteSource &source, Read read) {
@@ -187,9 +126,7 @@ void takeEnd(AudioFileContents &contents, const DecodedEnd &end, const ByteSourc
 // For a file that cannot tell.
 std::int64_t framesByReading(DecodedReader &decoders, const ByteSource &source, AudioFileContents &contents) {
     const auto sound = decoders.open(source);
-    BlockReader blocks(*sound);
-    std::int64_t frames = 0;
-    for (AudioEditorBuffer block = blocks.next(); !block.isEmpty(); block = blocks.next()) frames += block.frames();
+    const std::int64_t frames = countByReading(*sound);
     takeFaults(contents, sound->end());
     return frames;
 }
@@ -204,17 +141,13 @@ std::string pathExtension(const std::string &path) {
 
 std::optional<AudioFileContents> readDecoded(DecodedReader &decoders, const ByteSource &source, const std::string &path,
                                              Progress &progress) {
-    const CountedSource counted(source, progress);
+    CountedSource counted(source, progress);
     return withSound<AudioFileContents>(decoders, counted, [&](DecodedSound &sound) {
         AudioFileContents contents = described(sound.format(), path);
         auto tags = tagsMeanwhile(contents, decoders, source);
-        AudioEditorBuffer &buffer = contents.buffer;
-        BlockReader blocks(sound);
-        for (AudioEditorBuffer block = blocks.next(); !block.isEmpty(); block = blocks.next()) {
-            buffer = buffer.replacing({buffer.frames(), buffer.frames()}, block);
-            progress.throwIfCancelled();
-        }
-        takeEnd(contents, sound.end(), source);
+        DecodedSamples samples = readAllSamples(sound, counted);
+        contents.buffer = std::move(samples.buffer);
+        takeEnd(contents, samples.end, source);
         if (tags.valid()) takeTags(contents, tags.get(), source);
         return contents;
     });

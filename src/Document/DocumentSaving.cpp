@@ -42,7 +42,13 @@ Done orNobody(Done done) {
     return done ? std::move(done) : [](bool) {};
 }
 
-std::string listed(const std::vector<std::string> &things) {
+// A file may hold thousands.
+std::string listed(std::vector<std::string> things) {
+    constexpr std::size_t most = 10;
+    if (things.size() > most) {
+        things[most - 1] = std::to_string(things.size() - most + 1) + " other things";
+        things.resize(most);
+    }
     std::string text;
     for (std::size_t i = 0; i < things.size(); ++i) text += (i == 0 ? "" : i + 1 == things.size() ? " and " : ", ") + things[i];
     return text;

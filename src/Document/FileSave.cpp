@@ -7,6 +7,7 @@
 #include "Audio/Files/SampleWrapping.h"
 #include "Document/AudioFileReading.h"
 #include "Document/AudioFileWriting.h"
+#include "Document/FileNames.h"
 
 namespace kiv {
 namespace {
@@ -35,8 +36,9 @@ AudioFileContents asWritten(AudioFileContents contents) {
 void requireAsExpected(Files &files, DecodedReader *decoders, const std::string &path, const DocumentFile::Identity &expected,
                        const AudioFileContents &onDisk, Progress &progress) {
     const auto now = files.identity(path);
-    if (expected && !now) throw GoneFromDisk();
-    if (expected && now != expected && !holdsStill(files, decoders, path, onDisk, progress)) throw ChangedOnDisk();
+    // Without its folder it cannot be written anew either, which is said then.
+    if (expected && !now && files.identity(parentFolder(path))) throw GoneFromDisk();
+    if (expected && now && now != expected && !holdsStill(files, decoders, path, onDisk, progress)) throw ChangedOnDisk();
 }
 
 // After a save has succeeded its success is not to be lost again.

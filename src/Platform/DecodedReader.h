@@ -67,6 +67,14 @@ public:
     virtual std::optional<std::int64_t> countFrames() = 0;
     // To be asked when no more frames come.
     virtual DecodedEnd end() const { return {}; }
+
+    // So that several cores share a long sound: about how many frames come, 0 where that is unknown or where reading begins at
+    // the start alone.
+    virtual std::int64_t expectedFrames() const { return 0; }
+    // The same sound from a frame on, nothing where there is none such. While this one and others are read; the source must be
+    // of the same bytes. Some frames may pass until it finds what the others find there; it throws DecodeFault where anything
+    // is wrong with the sound, also what the one from the start could read on behind.
+    virtual std::unique_ptr<DecodedSound> from(const ByteSource &, std::int64_t) const { return nullptr; }
 };
 
 class DecodedReader {

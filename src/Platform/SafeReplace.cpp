@@ -88,6 +88,20 @@ bool putInPlace(Beside &beside, const std::string &target, const std::optional<I
     }
 }
 
+// The system's own words for a folder that is not there speak of the file, which need not be there.
+std::string resolved(FileSystem &fileSystem, const std::string &path) {
+    try {
+        return fileSystem.resolve(path);
+    } catch (const std::system_error &error) {
+        const bool hasFolder = path.find('/') != path.npos;
+        if (!hasFolder || error.code() != std::errc::no_such_file_or_directory) throw;
+        const std::string folder = "“" + folderOf(path) + "”";
+        throw FileFault(error.code(), fileSystem.identity(folderOf(path))
+                                          ? "This is a link into a folder that is not there: choose another place"
+                                          : "The folder " + folder + " is not there: choose another one");
+    }
+}
+
 void syncFolderAfterwards(FileSystem &fileSystem, const std::string &folder) {
     try {
         fileSystem.syncFolder(folder);
@@ -102,7 +116,7 @@ void syncFolderAfterwards(FileSystem &fileSystem, const std::string &folder) {
 
 void replaceSafely(FileSystem &fileSystem, const std::string &path, const Produce &produce, std::size_t blockBytes,
                    const Check &check) {
-    const std::string target = fileSystem.resolve(path);
+    const std::string target = resolved(fileSystem, path);
     const auto before = fileSystem.identity(target);
     requirePlainFile(fileSystem, target, before);
     const auto beside = makeBeside(fileSystem, target, before);

@@ -272,6 +272,18 @@ TEST(Saving, AsksBeforeItReplacesWhatAnotherProgramHasWrittenOrBringsBackWhatItH
     }
 }
 
+TEST(Saving, SaysThatTheFolderIsGoneAndAsksNothingThatCannotBeDone) {
+    DocumentWorld world;
+    world.open(plainFile);
+    AudioEditorEdits::reverse(world.model);
+    world.disk.vanish("/music");
+    EXPECT_FALSE(world.save());
+    EXPECT_THAT(world.ui.asked, IsEmpty());
+    EXPECT_THAT(world.ui.errors,
+                ElementsAre("“drum.wav” could not be saved: The folder “/music” is not there: choose another one"));
+    EXPECT_TRUE(world.document->isEdited());
+}
+
 TEST(Saving, RunsOnAThreadWhileEditsGoOn) {
     DocumentWorld world;
     world.put(plainFile);

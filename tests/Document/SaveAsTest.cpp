@@ -94,6 +94,16 @@ TEST(SaveAs, MovesTheDocumentToTheNewFileAndFormatAndKeepsItsHistory) {
     EXPECT_EQ(fresh->model().state().buffer, world.model.state().buffer);
 }
 
+// Each once, and not all of very many; in no time.
+TEST(SaveAs, NamesWhatIsLeftInAFewWords) {
+    std::string chunks;
+    for (int i = 0; i < 60000; ++i) chunks += Wav::chunk("e" + std::to_string(100 + i % 899), "");
+    SaveAsWorld world(Wav::file(Wav::ramp(10), chunks));
+    world.saveAs({{"/music/drum.aiff", aiff16}});
+    EXPECT_THAT(world.ui.notices, ElementsAre("AIFF has no place for “e100”, “e101”, “e102”, “e103”, “e104”, “e105”, “e106”, "
+                                              "“e107”, “e108” and 890 other things: not saved"));
+}
+
 // FLAC stores neither; the editor goes on showing both, and a format that has a place for them gets them.
 TEST(SaveAs, KeepsMarkersAndLoopInTheEditorWhereTheFormatCannot) {
     SaveAsWorld world;

@@ -141,6 +141,25 @@ TEST(DamagedFormats, Mp3ThatIsNotWholeIsReadAsFarAsItGoesAndSaysSo) {
     }
 }
 
+// Long enough for several cores: with and without a length told, with bits that stand in frames before, and with faults.
+TEST(DamagedFormats, LongMpegIsWhatOneDecoderFindsInIt) {
+    Desk desk;
+    desk.write("in.wav", ourWav(knownTone(2, 44100, 2400000)));
+    ASSERT_TRUE(
+        desk.run("for a in 'cbr -b:a 128k' 'vbr -q:a 2' 'low -ac 1 -ar 22050 -b:a 8k' 'free -q:a 4 -write_xing 0'; do "
+                 "set -- $a; n=$1; shift; ffmpeg -y -i in.wav $@ $n.mp3 || exit 1; done && "
+                 "ffmpeg -y -i in.wav -b:a 192k a.mp2"));
+    const std::string whole = readText(desk.path("cbr.mp3")), low = readText(desk.path("low.mp3"));
+    const std::size_t middle = whole.size() / 2, late = middle + middle / 2;
+    writeText(desk.path("hole.mp3"), std::string(whole).erase(middle - 3000, 5000));
+    writeText(desk.path("late.mp3"), std::string(whole).replace(late, 5000, 5000, 'x'));
+    writeText(desk.path("foreign.mp3"), std::string(whole).insert(late, low.substr(low.size() / 2, 300)));
+    writeText(desk.path("cut.mp3"), whole.substr(0, late));
+    for (const char *name :
+         {"cbr.mp3", "vbr.mp3", "low.mp3", "free.mp3", "a.mp2", "hole.mp3", "late.mp3", "foreign.mp3", "cut.mp3"})
+        EXPECT_TRUE(desk.read(name).buffer.samples() == desk.decodedAtOnce(name)) << name;
+}
+
 std::string tag(const std::string &mark, const std::string &size, const std::string &text) { return mark + size + text; }
 
 // Tags of kinds that are not FLAC's own, with what looks like a block inside, which stand before and behind the sound.

@@ -138,6 +138,8 @@ const Lossy lossy[] = {
     {"a.opus", "ffmpeg -y -i in.wav -c:a libopus -b:a 160k a.opus", 48000, "Opus", 25},
     {"a.m4a", "ffmpeg -y -i in.wav -c:a aac -b:a 192k a.m4a", 44100, "AAC", 25, 2048},
     {"a.wma", "ffmpeg -y -i in.wav -c:a wmav2 -b:a 192k a.wma", 44100, "WMA", -100, 8192, 2048},
+    {"mpeg.wav", "ffmpeg -y -i in.wav -c:a libmp3lame -b:a 192k mpeg.wav", 44100, "MP3", -100, 3000},
+    {"mpeg.wav", "ffmpeg -y -i in.wav -c:a mp2 -b:a 192k mpeg.wav", 44100, "MP2", -100, 3000},
     {"ms.wav", "ffmpeg -y -i in.wav -c:a adpcm_ms ms.wav", 44100, "WAV", 30, 3000},
     {"ima.wav", "ffmpeg -y -i in.wav -c:a adpcm_ima_wav ima.wav", 44100, "WAV", 30, 3000},
     {"mu.wav", "sox in.wav -e mu-law mu.wav", 44100, "WAV", 30},

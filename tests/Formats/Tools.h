@@ -76,6 +76,14 @@ public:
         Progress progress;
         return readAudioFile(*files_, &decoders_, path(name), progress).contents;
     }
+    // From the start to the end by one decoder.
+    std::vector<float> decodedAtOnce(const std::string &name) {
+        const auto source = files_->open(path(name));
+        const auto sound = decoders_.open(*source);
+        std::vector<float> samples(std::size_t(sound->format().channels << 22));
+        samples.resize(std::size_t(sound->read(std::span(samples)) * sound->format().channels));
+        return samples;
+    }
     std::int64_t framesTold(const std::string &name) {
         Progress progress;
         return summarizeAudioFile(*files_, &decoders_, path(name), progress).frames;

@@ -86,7 +86,7 @@ SoundNotes flacNotes(const AudioFileContents &contents) {
 }
 
 std::vector<std::string> putFlacNotes(AudioFileContents &contents, const SoundNotes &notes) {
-    std::vector<std::string> left = notes.others;
+    std::vector<std::string> left = eachOnce(notes.others);
     if (!notes.markers.empty()) left.insert(left.begin(), "markers");
     if (notes.instrument) left.push_back("the instrument’s settings");
     if (!notes.id3.empty() && !notes.isAllInId3) left.push_back(quotedId("ID3 "));

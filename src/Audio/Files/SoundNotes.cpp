@@ -1,6 +1,7 @@
 #include "Audio/Files/SoundNotes.h"
 
 #include <array>
+#include <set>
 
 namespace kiv {
 namespace {
@@ -35,8 +36,15 @@ std::vector<std::string> leftOfNotes(const SoundNotes &notes) {
     std::vector<std::string> left;
     if (notes.isAllInId3) return left;
     if (!notes.pictures.empty()) left.push_back("pictures");
-    left.insert(left.end(), notes.others.begin(), notes.others.end());
+    const std::vector<std::string> others = eachOnce(notes.others);
+    left.insert(left.end(), others.begin(), others.end());
     return left;
+}
+
+std::vector<std::string> eachOnce(std::vector<std::string> names) {
+    std::set<std::string> seen;
+    std::erase_if(names, [&](const std::string &name) { return !seen.insert(name).second; });
+    return names;
 }
 
 std::string noteText(std::span<const std::byte> bytes) {

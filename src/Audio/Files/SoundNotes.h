@@ -36,7 +36,7 @@ struct SoundNotes {
     std::vector<FlacMetadataBlock> pictures;
     Bytes id3;                        // a whole ID3 tag
     bool isAllInId3 = false;          // texts, pictures and others are what that says
-    std::vector<std::string> others;  // what else there is, as the user is told of it: “bext”, pictures
+    std::vector<std::string> others;  // what else there is, as the user is told of it, once or more: “bext”
 };
 
 // A key of texts, and what WAV and AIFF call it; empty where they have no place for it.
@@ -62,6 +62,8 @@ std::vector<std::string> leftOfNotes(const SoundNotes &notes);
 
 // Bytes of a file as UTF-8 without zeros at the end: those that are no UTF-8 are taken for Latin-1.
 std::string noteText(std::span<const std::byte> bytes);
+// In the order in which each comes first.
+std::vector<std::string> eachOnce(std::vector<std::string> names);
 // A chunk's name for the user.
 std::string quotedId(const std::string &id);
 

@@ -129,9 +129,7 @@ private:
         }
     }
 
-    void addOther(const std::string &what) {
-        if (std::ranges::find(notes_.others, what) == notes_.others.end()) notes_.others.push_back(what);
-    }
+    void addOther(std::string what) { notes_.others.push_back(std::move(what)); }
 
     const AudioFileContents &contents_;
     std::map<std::uint32_t, std::string> labels_;  // by the cue's id

@@ -148,10 +148,10 @@ void DocumentJournal::flush(const AudioEditorState &state, bool isEdited, std::f
 }
 
 DocumentJournal::SaveNote DocumentJournal::noteFor(const AudioEditorBuffer &buffer) {
-    if (!folder_) return {};
+    if (!base_) return {};
     hasBegun_ = true;
-    return [file = file_, buffer, order = ++order_](const std::string &path, std::uint64_t digest) {
-        file->noteSave({.path = absolute(path), .digest = digest, .order = order, .pieces = {}}, buffer);
+    return [file = file_, base = base_, buffer, order = ++order_](const std::string &path, std::uint64_t digest) {
+        file->noteSave({absolute(path), digest, order, base->samples.find(buffer)});
     };
 }
 

@@ -120,10 +120,7 @@ void JournalFile::writeWhole(const Edited &edited, Progress &progress) {
     size_ = 0;
     stored_ = baseRecord_.identity ? base_->samples : StoredSamples();
     write(encoded(baseRecord_));
-    for (auto &[save, buffer] : noted_) {
-        save.pieces = stored_.find(buffer);
-        write(encoded(save));
-    }
+    for (const JournalSave &save : noted_) write(encoded(save));
     if (!append(edited, progress)) throw FileFault(std::errc::file_too_large, "The changes are too large");
 }
 
@@ -199,13 +196,13 @@ std::string JournalFile::freeNameFor(const Base &base) {
     return name;
 }
 
-void JournalFile::noteSave(JournalSave save, const AudioEditorBuffer &buffer) noexcept {
+void JournalFile::noteSave(const JournalSave &save) noexcept {
     try {
         const std::lock_guard lock(mutex_);
-        noted_.emplace_back(save, buffer);
+        std::erase_if(noted_, [&](const JournalSave &old) { return old.path == save.path && old.digest == save.digest; });
+        noted_.push_back(save);
         if (!file_ || !isWhole_) return;
         isWhole_ = false;
-        save.pieces = stored_.find(buffer);
         write(encoded(save));
         file_->sync();
         isWhole_ = true;
@@ -214,14 +211,19 @@ void JournalFile::noteSave(JournalSave save, const AudioEditorBuffer &buffer) no
     }
 }
 
+// One that cannot be removed stays ours, and the next one takes its place: left behind it would offer what is past.
 void JournalFile::remove(std::uint64_t order) noexcept {
     const std::lock_guard lock(mutex_);
     if (order < written_) return;
     removed_ = std::max(removed_, order);
-    if (!stem_.empty()) removeQuietly(folder_.fileSystem, path(journalEnding));
+    forgetSavesBefore(order);
+    try {
+        if (!stem_.empty()) folder_.fileSystem.remove(path(journalEnding));
+    } catch (...) {
+        return base_.reset();
+    }
     if (!baseRecord_.kept.empty()) removeQuietly(folder_.fileSystem, folder_.path + "/" + baseRecord_.kept);
     forget();
-    forgetSavesBefore(order);
 }
 
 void JournalFile::forget() {
@@ -235,7 +237,7 @@ void JournalFile::forget() {
 }
 
 void JournalFile::forgetSavesBefore(std::uint64_t order) {
-    std::erase_if(noted_, [=](const auto &noted) { return noted.first.order < order; });
+    std::erase_if(noted_, [=](const JournalSave &save) { return save.order < order; });
 }
 
 }  // namespace kiv

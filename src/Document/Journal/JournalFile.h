@@ -62,8 +62,8 @@ public:
     // written after it, and what was to be removed before a state was written is not removed after it. Throws
     // std::system_error, also when it would become too large, and Cancelled.
     void write(const std::shared_ptr<const Base> &base, const Edited &edited, Progress &progress);
-    // That a file with this digest is about to take its place, and holds this sound. Failures are silent.
-    void noteSave(JournalSave save, const AudioEditorBuffer &buffer) noexcept;
+    // That a file with this digest is about to take its place, and what stands in it. Failures are silent.
+    void noteSave(const JournalSave &save) noexcept;
     // The document has no edits any more, or is given up.
     void remove(std::uint64_t order) noexcept;
 
@@ -96,8 +96,9 @@ private:
     std::shared_ptr<const Base> base_;
     JournalBase baseRecord_;
     int keptCount_ = 0;
-    // The saves that are later than the base. The file may be that of any of them: the last may fail yet.
-    std::vector<std::pair<JournalSave, AudioEditorBuffer>> noted_;
+    // The saves that are later than the base, the last of each file that was to be. The file may be any of them: the last may
+    // fail yet, and one that was said to have failed may have taken its place.
+    std::vector<JournalSave> noted_;
 };
 
 // How the names in the folder end, or begin: N.journal, N.new, kept-N-….

@@ -360,6 +360,15 @@ TEST(Journal, TakesAllOfTheSoundWhenTheFileIsChangedWhileItIsEdited) {
     EXPECT_EQ(world.document->contents()->positions.size(), 4u);
 }
 
+// How many steps there were.
+int saveFailingAt(MortalWorld &world, int step) {
+    world.disk.failAt(step, std::errc::io_error);
+    world.save();
+    const int steps = world.disk.steps();
+    world.disk.heal();
+    return steps;
+}
+
 // Killed before any step of a save: either the file is as it was and the edit comes back, or the edit is in the file and
 // nothing is asked. What is edited while it is saved comes back once it has been journalled. Saving what has come back asks
 // nothing.
@@ -369,6 +378,7 @@ struct KilledSave {
     bool isEditedMeanwhile = false, isKept = false;
     const char *to = path;
     bool looksAlike = false;  // by size, by a coarse time and at the places that are looked at
+    bool failsBefore = false;
 
     struct Outcome {
         bool isOver, wasWritten;
@@ -390,12 +400,21 @@ struct KilledSave {
         for (int job = 0; job < 2; ++job) world.jobs.work();
         world.jobs.report();
     }
+    // At all steps once, with another sound each time.
+    static void saveInVain(MortalWorld &world) {
+        for (int step = 1, isOver = 0; !isOver; ++step) {
+            world.reverse({step, 600});
+            isOver = saveFailingAt(world, step) < step;
+        }
+        world.reverse({5, 700});
+    }
     Outcome at(int step) const {
         MortalWorld world;
         if (!isKept) world.journals.longestCopy = 0;
         world.open(looksAlike ? Wav::file(Wav::ramp(400'000)) : file);
         edit(world);
         if (isSavedBefore) saveAndEditMeanwhile(world);
+        if (failsBefore) saveInVain(world);
         const AudioEditorBuffer first = world.model().state().buffer;
         const AudioSaveFormat wav{AudioSaveFormat::Container::wav, 16};
         to == path ? world.document->save() : world.document->saveAs(to, wav, {});
@@ -424,7 +443,8 @@ TEST(Journal, KnowsASaveOfItsOwn) {
                                 {.name = "meanwhile and kept", .isEditedMeanwhile = true, .isKept = true},
                                 {.name = "elsewhere", .to = "/music/other.wav"},
                                 {.name = "elsewhere, meanwhile", .isEditedMeanwhile = true, .to = "/music/other.wav"},
-                                {.name = "alike", .looksAlike = true}};
+                                {.name = "alike", .looksAlike = true},
+                                {.name = "failed before", .failsBefore = true}};
     for (const KilledSave &killed : cases) {
         int restored = 0, saved = 0;
         for (int step = 1, isOver = 0; !isOver; ++step) {
@@ -441,6 +461,22 @@ TEST(Journal, KnowsASaveOfItsOwn) {
         }
         EXPECT_GT(restored, 2) << killed.name;
         EXPECT_GT(saved, 0) << killed.name;
+    }
+}
+
+// What has been undone for good goes from memory, at whatever step it could not be saved.
+TEST(Journal, KeepsNoSoundOfAFailedSave) {
+    for (int step = 1, isOver = 0; !isOver; ++step) {
+        MortalWorld world;
+        world.open(file);
+        world.reverse({0, 10});
+        world.reverse({0, 30'000});
+        std::weak_ptr<const void> reversed;
+        world.model().state().buffer.forEachBlock([&](const auto &block, auto, auto) { reversed = block; });
+        isOver = saveFailingAt(world, step) < step;
+        world.model().undo();
+        world.reverse({0, 20});
+        EXPECT_TRUE(reversed.expired()) << step;
     }
 }
 

@@ -99,17 +99,23 @@ TEST_F(RealFiles, follows_symbolic_links_of_every_kind) {
 TEST_F(RealFiles, refuses_what_is_no_file_without_waiting_for_it) {
     mkfifo((folder / "pipe").c_str(), 0666);
     writeText(folder / "file", "x");
-    const std::pair<std::string, const char *> rows[] = {
-        {folder.path(), "Is a directory"},     {folder.path() + "/", "Is a directory"},
-        {folder / ".", "Is a directory"},      {folder / "pipe", "Not a regular file"},
-        {"/dev/null", "Not a regular file"},   {folder / "gone/song.wav", "No such file or directory"},
-        {folder / "file/", "Not a directory"}, {"", "No such file or directory"},
+    std::filesystem::create_symlink(folder / "gone/song.wav", folder / "link");
+    const std::pair<std::string, std::string> rows[] = {
+        {folder.path(), "Is a directory"},
+        {folder.path() + "/", "Is a directory"},
+        {folder / ".", "Is a directory"},
+        {folder / "pipe", "Not a regular file"},
+        {"/dev/null", "Not a regular file"},
+        {folder / "gone/song.wav", "The folder “" + (folder / "gone") + "” is not there: choose another one"},
+        {folder / "link", "This is a link into a folder that is not there: choose another place"},
+        {folder / "file/", "Not a directory"},
+        {"", "No such file or directory"},
     };
     for (const auto &[path, error] : rows) {
         EXPECT_EQ(errorOf(path), error) << path;
         EXPECT_THROW(files->open(path), std::system_error) << path;
     }
-    EXPECT_THAT(namesIn(folder.path()), ElementsAre("file", "pipe"));
+    EXPECT_THAT(namesIn(folder.path()), ElementsAre("file", "link", "pipe"));
 }
 
 TEST_F(RealFiles, takes_names_of_any_bytes_and_length_and_no_folder) {

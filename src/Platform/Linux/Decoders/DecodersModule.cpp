@@ -10,7 +10,6 @@ class DecodersReader : public DecodedReader {
 public:
     std::unique_ptr<DecodedSound> open(const ByteSource &source) override {
         if (auto sound = openFlac(source)) return sound;
-        // libsndfile reads MPEG audio too, but says on standard error what it finds wrong with it.
         return startsAsMpeg(source) ? openMpeg(source) : openWithSndfile(source);
     }
     std::optional<DecodedTags> tags(const ByteSource &source) override {

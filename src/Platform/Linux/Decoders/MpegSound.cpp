@@ -90,6 +90,10 @@ Texts textsOf(mpg123_handle *handle) {
 // Damaged bytes may look like a frame or two of another rate, which are passed over; more of them are another sound.
 constexpr std::size_t mostForeign = 16 * 1152 * sizeof(float);
 
+// How many frames are decoded before the one that reading begins with: a frame of 32 kbit/s has some of its bits up to 8
+// before.
+constexpr long framesBefore = 16;
+
 class MpegSound : public DecodedSound {
 public:
     MpegSound(const ByteSource &source, std::int64_t start) : source_(source), handle_(mpg123_new(nullptr, nullptr)) {
@@ -97,10 +101,20 @@ public:
         mpg123_param(handle_.get(), MPG123_ADD_FLAGS, MPG123_FORCE_FLOAT | MPG123_QUIET | MPG123_GAPLESS, 0);
         mpg123_param(handle_.get(), MPG123_REMOVE_FLAGS, MPG123_AUTO_RESAMPLE, 0);
         mpg123_param(handle_.get(), MPG123_RESYNC_LIMIT, -1, 0);
+        mpg123_param(handle_.get(), MPG123_PREFRAMES, framesBefore, 0);
         mpg123_replace_reader_handle(handle_.get(), readFrom, seekIn, nullptr);
         isOpen_ = mpg123_open_handle(handle_.get(), &source_) == MPG123_OK && takeFormat();
         source_.rethrow();
-        if (isOpen_ && tellsLength(source, start)) expected_ = mpg123_length(handle_.get());
+        if (isOpen_) expected_ = std::max<off_t>(mpg123_length(handle_.get()), 0);
+        tellsLength_ = tellsLength(source, start);
+    }
+
+    bool goTo(std::int64_t frame) {
+        isPart_ = true;
+        const bool isThere = mpg123_seek(handle_.get(), off_t(frame), SEEK_SET) == off_t(frame);
+        source_.rethrow();
+        frames_ = frame;
+        return isThere;
     }
 
     bool isOpen() const { return isOpen_; }
@@ -117,7 +131,7 @@ public:
             const int result = mpg123_read(handle_.get(), bytes + done, wanted - done, &count);
             source_.rethrow();
             (isForeign_ ? foreignBytes_ : done) += count;
-            if (foreignBytes_ > mostForeign) throw DecodeFault("its channels or sample rate change on the way");
+            if (foreignBytes_ > (isPart_ ? 0 : mostForeign)) throw DecodeFault("its channels or sample rate change on the way");
             if (result == MPG123_NEW_FORMAT) isForeign_ = !isSameFormat();
             isAtEnd_ = result != MPG123_OK && result != MPG123_NEW_FORMAT;
         }
@@ -129,7 +143,11 @@ public:
 
     // What is damaged shows when it is decoded.
     std::optional<std::int64_t> countFrames() override { return std::nullopt; }
-    DecodedEnd end() const override { return {.missingFrames = std::max<std::int64_t>(expected_ - frames_, 0)}; }
+    DecodedEnd end() const override {
+        return {.missingFrames = tellsLength_ ? std::max<std::int64_t>(expected_ - frames_, 0) : 0};
+    }
+    std::int64_t expectedFrames() const override { return expected_; }
+    std::unique_ptr<DecodedSound> from(const ByteSource &source, std::int64_t frame) const override;
 
 private:
     struct Delete {
@@ -181,9 +199,11 @@ private:
     CallbackSource source_;
     std::unique_ptr<mpg123_handle, Delete> handle_;
     DecodedFormat format_;
-    std::int64_t expected_ = 0, frames_ = 0;
+    std::int64_t expected_ = 0;  // frames in all; a guess from the size where the file does not tell
+    std::int64_t frames_ = 0;    // before the next one
     std::size_t foreignBytes_ = 0;
-    bool isOpen_ = false, isAtEnd_ = false;
+    bool isOpen_ = false, isAtEnd_ = false, tellsLength_ = false;
+    bool isPart_ = false;     // does not begin at the start
     bool isForeign_ = false;  // what is being read has another rate
 };
 
@@ -193,6 +213,12 @@ std::unique_ptr<MpegSound> opened(const ByteSource &source) {
     auto sound = std::make_unique<MpegSound>(source, start);
     if (!sound->isOpen()) return nullptr;
     return sound;
+}
+
+std::unique_ptr<DecodedSound> MpegSound::from(const ByteSource &source, std::int64_t frame) const {
+    auto part = opened(source);
+    if (!part || !part->goTo(frame)) return nullptr;
+    return part;
 }
 
 }  // namespace

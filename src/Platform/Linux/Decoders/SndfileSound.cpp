@@ -4,13 +4,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <span>
-#include <string_view>
 #include <vector>
 
 #include "Platform/Linux/Decoders/CallbackSource.h"
 #include "Platform/Linux/Decoders/OggLinks.h"
+#include "Platform/Linux/Decoders/SndfileKinds.h"
 
 namespace kiv {
 namespace {
@@ -27,28 +26,24 @@ const char *nameOf(const std::array<Named, count> &names, int value, const char 
 }
 
 constexpr std::array majors{
-    Named{SF_FORMAT_WAV, "WAV"},        Named{SF_FORMAT_WAVEX, "WAV"},   Named{SF_FORMAT_AIFF, "AIFC"},
-    Named{SF_FORMAT_AU, "AU"},          Named{SF_FORMAT_CAF, "CAF"},     Named{SF_FORMAT_W64, "W64"},
-    Named{SF_FORMAT_RF64, "RF64"},      Named{SF_FORMAT_OGG, "Ogg"},     Named{SF_FORMAT_FLAC, "FLAC"},
-    Named{SF_FORMAT_MPEG, "MP3"},       Named{SF_FORMAT_VOC, "VOC"},     Named{SF_FORMAT_SVX, "8SVX"},
-    Named{SF_FORMAT_NIST, "NIST"},      Named{SF_FORMAT_IRCAM, "IRCAM"}, Named{SF_FORMAT_PAF, "PAF"},
-    Named{SF_FORMAT_MPC2K, "MPC 2000"},
+    Named{SF_FORMAT_WAV, "WAV"},     Named{SF_FORMAT_WAVEX, "WAV"}, Named{SF_FORMAT_AIFF, "AIFC"},
+    Named{SF_FORMAT_AU, "AU"},       Named{SF_FORMAT_CAF, "CAF"},   Named{SF_FORMAT_W64, "W64"},
+    Named{SF_FORMAT_RF64, "RF64"},   Named{SF_FORMAT_OGG, "Ogg"},   Named{SF_FORMAT_FLAC, "FLAC"},
+    Named{SF_FORMAT_VOC, "VOC"},     Named{SF_FORMAT_SVX, "8SVX"},  Named{SF_FORMAT_NIST, "NIST"},
+    Named{SF_FORMAT_IRCAM, "IRCAM"}, Named{SF_FORMAT_PAF, "PAF"},   Named{SF_FORMAT_MPC2K, "MPC 2000"},
 };
 
 // Where the kind of samples says more than the kind of file.
 constexpr std::array kinds{
     Named{SF_FORMAT_VORBIS, "Ogg Vorbis"},
     Named{SF_FORMAT_OPUS, "Opus"},
-    Named{SF_FORMAT_MPEG_LAYER_I, "MP1"},
-    Named{SF_FORMAT_MPEG_LAYER_II, "MP2"},
 };
 
 constexpr std::array identifiers{
-    Named{SF_FORMAT_MPEG_LAYER_I, ".mp1"}, Named{SF_FORMAT_MPEG_LAYER_II, ".mp2"}, Named{SF_FORMAT_MPEG_LAYER_III, ".mp3"},
-    Named{SF_FORMAT_VORBIS, "vorb"},       Named{SF_FORMAT_OPUS, "opus"},          Named{SF_FORMAT_ULAW, "ulaw"},
-    Named{SF_FORMAT_ALAW, "alaw"},         Named{SF_FORMAT_IMA_ADPCM, "ima4"},     Named{SF_FORMAT_MS_ADPCM, "msad"},
-    Named{SF_FORMAT_GSM610, "gsm "},       Named{SF_FORMAT_ALAC_16, "alac"},       Named{SF_FORMAT_ALAC_20, "alac"},
-    Named{SF_FORMAT_ALAC_24, "alac"},      Named{SF_FORMAT_ALAC_32, "alac"},
+    Named{SF_FORMAT_VORBIS, "vorb"},  Named{SF_FORMAT_OPUS, "opus"},      Named{SF_FORMAT_ULAW, "ulaw"},
+    Named{SF_FORMAT_ALAW, "alaw"},    Named{SF_FORMAT_IMA_ADPCM, "ima4"}, Named{SF_FORMAT_MS_ADPCM, "msad"},
+    Named{SF_FORMAT_GSM610, "gsm "},  Named{SF_FORMAT_ALAC_16, "alac"},   Named{SF_FORMAT_ALAC_20, "alac"},
+    Named{SF_FORMAT_ALAC_24, "alac"}, Named{SF_FORMAT_ALAC_32, "alac"},
 };
 
 int bitsOf(int kind) {
@@ -210,34 +205,18 @@ private:
     std::span<const int> order_;
 };
 
-// The library walks through all that a chunk says it holds, which takes it hours where the size is not true. Samples may be cut
-// off.
-bool hasTrueChunkSizes(const ByteSource &source) {
-    constexpr std::size_t header = 8;
-    std::array<std::byte, header> head{};
-    const auto startsWith = [&](std::string_view id) { return std::memcmp(head.data(), id.data(), id.size()) == 0; };
-    if (source.read(0, head) < header || !startsWith("RIFF")) return true;
-    for (std::int64_t at = 12; source.read(at, head) == header;) {
-        const auto byte = [&](std::size_t i) { return std::to_integer<std::int64_t>(head[4 + i]); };
-        const std::int64_t size = byte(0) | byte(1) << 8 | byte(2) << 16 | byte(3) << 24;
-        at += std::int64_t(header) + size + size % 2;
-        if (at > source.size() + 1) return startsWith("data");
-    }
-    return true;
-}
-
 }  // namespace
 
 // Of several Ogg streams, one behind the other, the library reads the first alone: they are left to who reads them all.
 std::unique_ptr<DecodedSound> openWithSndfile(const ByteSource &source) {
-    if (hasSeveralOggLinks(source) || !hasTrueChunkSizes(source)) return nullptr;
+    if (hasSeveralOggLinks(source) || !isForSndfile(source)) return nullptr;
     auto sound = std::make_unique<SndfileSound>(source);
     if (!sound->isOpen()) return nullptr;
     return sound;
 }
 
 std::optional<DecodedTags> tagsWithSndfile(const ByteSource &source) {
-    if (!hasTrueChunkSizes(source)) return std::nullopt;
+    if (!isForSndfile(source)) return std::nullopt;
     SndfileSound sound(source);
     if (!sound.isOpen()) return std::nullopt;
     return DecodedTags{sound.texts(), {}, {}};

@@ -4,7 +4,7 @@
 
 namespace kiv {
 
-// CAF, AU, MP3, Ogg Vorbis, Opus, W64, RF64, RIFX, compressed WAV and AIFC, and what else libsndfile knows. Nothing for others.
+// CAF, AU, Ogg Vorbis, Opus, W64, RF64, RIFX, compressed WAV and AIFC, and what else libsndfile knows. Nothing for others.
 std::unique_ptr<DecodedSound> openWithSndfile(const ByteSource &source);
 std::optional<DecodedTags> tagsWithSndfile(const ByteSource &source);
 
