@@ -4,12 +4,23 @@
 
 #include <cstdlib>
 
+#include "Document/FileNames.h"
 #include "Platform/Fake/FakeFileSystem.h"
 
 namespace kiv {
 namespace {
 
 using Access = FolderListing::Access;
+
+TEST(FileNames, AreShownWithoutWhatWouldTurnOrBreakTheTextAroundThem) {
+    const std::pair<const char *, const char *> rows[] = {
+        {"\u05E9\u05D9\u05E8 é \u2014.wav", "\u05E9\u05D9\u05E8 é \u2014.wav"},
+        {"a\nb\x1B\x7F\u0085", "a\uFFFDb\uFFFD\uFFFD\uFFFD"},
+        {"\u202Egnos\u2066\u2029.wav", "\uFFFDgnos\uFFFD\uFFFD.wav"},
+        {"cut \xE2\x80", "cut \xE2\x80"},
+    };
+    for (const auto &[name, shown] : rows) EXPECT_EQ(shownName(name), shown);
+}
 
 TEST(FolderListingTest, HoldsFilesAndFoldersButNothingHidden) {
     FakeFileSystem disk;

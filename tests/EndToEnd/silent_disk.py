@@ -19,8 +19,13 @@ def ends(process):
 
 def edit(editor):
     wait_for("a window for what is being read", lambda: windows(editor.desktop, "^there.wav"))
-    editor.desktop.do("windowactivate", "--sync", editor.window)
-    wait_for("the edit", lambda: "*" in editor.title() or editor.key("ctrl+a", "shift+r"))
+
+    def is_edited():
+        editor.desktop.do("windowactivate", "--sync", editor.window)  # another one may have come forward
+        editor.key("ctrl+a", "shift+r")
+        return "*" in editor.title()
+
+    wait_for("the edit", is_edited)
 
 
 def main(program, *_):

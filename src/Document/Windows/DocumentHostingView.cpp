@@ -56,6 +56,7 @@ void DocumentHostingView::connectParts() {
     waveform_->setValueText(infoLine_->spokenText());
     infoLine_->onLeft = topBar_->onLeft = [this] { returnFocus(); };
     sheets_->onWheel = [this](QWheelEvent *event) { zoomByWheel(event); };
+    sheets_->onFirst = [this] { beforeSheets_ = ring_->wearer(); };
     sheets_->onShown = [this](Sheet &sheet) {
         setViewOnly(true);
         ring_->followAll(&sheet);
@@ -65,6 +66,7 @@ void DocumentHostingView::connectParts() {
         setViewOnly(false);
         returnFocus();
         topBar_->refreshCommands();
+        if (beforeSheets_ && beforeSheets_->isEnabled()) beforeSheets_->setFocus(Qt::TabFocusReason);
     };
 }
 
@@ -171,7 +173,8 @@ void DocumentHostingView::setControlHeld(bool isHeld) {
     ruler_->setControlHeld(isHeld);
 }
 
-// To the waveform. What has closed may have passed the focus on there as the Tab key would, and no key did.
+// To the waveform, but for a control that a key had gone to before a sheet came. What has closed may have passed the focus on
+// there as the Tab key would, and no key did.
 void DocumentHostingView::returnFocus() {
     waveform_->clearFocus();
     waveform_->setFocus();

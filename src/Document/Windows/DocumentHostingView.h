@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 #include <memory>
 
@@ -81,6 +82,7 @@ private:
     BusyLine *busyLine_;
     Notice *notice_;
     FocusRing *ring_;
+    QPointer<QWidget> beforeSheets_;  // the control that a key had gone to
     std::unique_ptr<SheetHost> sheets_;
     Subscription styleChanges_;
 };

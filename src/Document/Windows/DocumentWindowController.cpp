@@ -5,6 +5,7 @@
 #include <chrono>
 #include <filesystem>
 
+#include "Document/FileNames.h"
 #include "Document/Windows/FolderPanelWindow.h"
 #include "Document/Windows/SavePanelWindow.h"
 #include "Editor/Views/AlertSheet.h"
@@ -109,7 +110,7 @@ void DocumentWindowController::saveFrame() {
 }
 
 void DocumentWindowController::documentChanged() {
-    view_->setWindowTitle(windowTitle(document_->name()));
+    view_->setWindowTitle(windowTitle(shownName(document_->name())));
     view_->setWindowModified(document_->isEdited());
     view_->infoLine().setFacts(factsOf(document_->format()));
     view_->busyLine().setBusy(document_->progress().has_value(), [this] { return document_->progress().value_or(0); });

@@ -5,6 +5,7 @@
 #include <QPointer>
 #include <QTimer>
 
+#include "Document/FileNames.h"
 #include "Document/PanelPaths.h"
 #include "Editor/Views/CommandTarget.h"
 #include "Editor/Views/CrispPainting.h"
@@ -76,7 +77,9 @@ QList<QWidget *> FolderBrowser::stops() const {
 void FolderBrowser::goTo(const std::string &folder) {
     folder_ = folder;
     endNewFolder();
-    path_->setCrumbs(folderCrumbs(folder_, home_));
+    std::vector<FolderCrumb> crumbs = folderCrumbs(folder_, home_);
+    for (FolderCrumb &crumb : crumbs) crumb.label = shownName(crumb.label);
+    path_->setCrumbs(std::move(crumbs));
     placeRows_.setFolder(folder_);
     onFolder(folder_);
     read();

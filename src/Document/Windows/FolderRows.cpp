@@ -3,6 +3,7 @@
 #include <QCollator>
 #include <algorithm>
 
+#include "Document/FileNames.h"
 #include "Document/SaveFormats.h"
 #include "Editor/Surfaces/FolderCrumbs.h"
 #include "Editor/Views/RowList.h"
@@ -13,7 +14,7 @@ namespace {
 
 FolderRow rowOf(const FolderEntry &entry, std::time_t now) {
     return {.name = entry.name,
-            .text = QString::fromStdString(entry.name),
+            .text = QString::fromStdString(shownName(entry.name)),
             .size = entry.isFolder ? QString() : QString::fromStdString(sizeText(entry.size)),
             .changed = QString::fromStdString(dateText(entry.modifiedNs, now)),
             .isFolder = entry.isFolder,

@@ -3,6 +3,7 @@
 #include <QAbstractButton>
 #include <QFocusEvent>
 #include <QPainter>
+#include <utility>
 
 #include "Editor/Views/CrispPainting.h"
 #include "Editor/Views/EventTools.h"
@@ -43,11 +44,11 @@ bool FocusRing::eventFilter(QObject *watched, QEvent *event) {
     auto *control = static_cast<QWidget *>(watched);
     switch (event->type()) {
         case QEvent::FocusIn:
-            control_ = isMovedByKey(*static_cast<QFocusEvent *>(event)) ? control : nullptr;
+            control_ = wears(*control, *static_cast<QFocusEvent *>(event)) ? control : nullptr;
             place();
             break;
         case QEvent::FocusOut:
-            if (control_ == control) control_ = nullptr;
+            if (control_ == control) left_ = std::exchange(control_, nullptr);
             place();
             break;
         case QEvent::DynamicPropertyChange:
@@ -61,6 +62,14 @@ bool FocusRing::eventFilter(QObject *watched, QEvent *event) {
             break;
     }
     return false;
+}
+
+// What wore it before a menu opened, or another window was active, still does.
+bool FocusRing::wears(const QWidget &control, const QFocusEvent &event) const {
+    const Qt::FocusReason reason = event.reason();
+    const bool comesBack =
+        reason == Qt::ActiveWindowFocusReason || reason == Qt::MenuBarFocusReason || reason == Qt::PopupFocusReason;
+    return isMovedByKey(event) || (comesBack && left_ == &control);
 }
 
 void FocusRing::setPlace(QWidget &control, const QRect &place) { control.setProperty(placeProperty, place); }

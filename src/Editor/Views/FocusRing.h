@@ -24,6 +24,7 @@ public:
     // it has the focus.
     static void setPlace(QWidget &control, const QRect &place);
 
+    QWidget *wearer() const { return control_; }
     // The window has been laid out anew.
     void refresh() { place(); }
 
@@ -33,10 +34,12 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    bool wears(const QWidget &control, const QFocusEvent &event) const;
     void place();
 
     ViewStyle &style_;
     QPointer<QWidget> control_;  // the one that wears the ring
+    QPointer<QWidget> left_;     // the one that wore it last
     Subscription styleChanges_;
 };
 

@@ -29,7 +29,9 @@ SheetHost::~SheetHost() = default;
 
 void SheetHost::show(std::unique_ptr<Sheet> sheet) {
     waiting_.push_back(std::move(sheet));
-    if (!sheet_) showNext();
+    if (sheet_) return;
+    if (onFirst) onFirst();
+    showNext();
 }
 
 void SheetHost::showNext() {

@@ -26,6 +26,7 @@ public:
     // The room for sheets: they hang from its upper edge.
     void setRoom(const QRect &room);
 
+    std::function<void()> onFirst;  // before one is shown where none was
     std::function<void(Sheet &)> onShown;
     std::function<void()> onGone;  // the last one has left
     std::function<void(QWheelEvent *)> onWheel;

@@ -295,6 +295,10 @@ TEST_F(DocumentWindowTest, F6GoesFromPartToPart) {
     EXPECT_EQ(view().focusWidget(), &view().waveform());
     key(Qt::Key_F6, Qt::ShiftModifier);
     EXPECT_EQ(view().focusWidget(), view().infoLine().value(InfoField::cursor));
+    controller->perform(gain);
+    EXPECT_TRUE(view().openSheet()->isAncestorOf(view().focusWidget()));
+    press("Cancel");
+    EXPECT_EQ(view().focusWidget(), view().infoLine().value(InfoField::cursor)) << "where a key had gone before the sheet";
 }
 
 // Nor does what gives the focus back when it closes.
