@@ -87,12 +87,21 @@ FlacMetadataBlock blockOf(const DecodedPicture &picture) {
     return {FlacMetadataBlock::picture, std::move(block)};
 }
 
-// Who knows most of tags takes as long to be loaded as a minute of sound to be decoded: both are done at once. What a FLAC file
-// says stays in its own blocks.
+// A sound is not lost to what is said of it.
+std::optional<DecodedTags> tagsOrWord(DecodedReader &decoders, const ByteSource &source) {
+    try {
+        return decoders.tags(source);
+    } catch (const DecodeFault &) {
+        return DecodedTags{{}, {}, {"damaged tags"}};
+    }
+}
+
+// Who knows most of tags takes as long to be loaded as a minute of sound to be decoded: both are done at once where a thread is
+// to be had. What a FLAC file says stays in its own blocks.
 std::future<std::optional<DecodedTags>> tagsMeanwhile(const AudioFileContents &contents, DecodedReader &decoders,
                                                       const ByteSource &source) {
     if (contents.decodedSetting(formatIdentifierKey) == "flac") return {};
-    return std::async(std::launch::async, [&decoders, &source] { return decoders.tags(source); });
+    return std::async([&decoders, &source] { return tagsOrWord(decoders, source); });
 }
 
 void takeTags(AudioFileContents &contents, const std::optional<DecodedTags> &tags, const ByteSource &source) {

@@ -41,7 +41,7 @@ void DocumentClosing::lookForFile() {
     if (!core_.file.contents || !core_.file.identity) return tell(true);
     isLooking_ = true;
     const auto isGone = std::make_shared<bool>(false);
-    core_.services.jobs.run(
+    core_.services.jobs.read(
         std::make_shared<Progress>(),
         [&files = core_.services.files, path = core_.file.path, isGone](Progress &) { *isGone = !files.identity(path); },
         core_.lifetime.guard([this, isGone](std::exception_ptr) {

@@ -103,6 +103,20 @@ TEST(SaveAs, NamesWhatIsLeftInAFewWords) {
                                               "“e107”, “e108” and 890 other things: not saved"));
 }
 
+TEST(SaveAs, NamesTagsThatCouldNotBeRead) {
+    struct : SilentDecoder {
+        using SilentDecoder::SilentDecoder;
+        std::optional<DecodedTags> tags(const ByteSource &) override { throw DecodeFault("the tag is damaged"); }
+    } decoder({.typeName = "MP3", .identifier = ".mp3", .sampleRate = 8000}, 1000);
+    SaveAsWorld world("no file of ours");
+    AudioDocument document({*world.files, world.jobs, world.settings, world.clipboard, nullptr, &decoder}, world.ui);
+    document.open(world.path, [](const std::string &error) { EXPECT_EQ(error, ""); });
+    world.jobs.runAll();
+    document.saveAs("/music/drum.wav", wav24, [](bool ok) { EXPECT_TRUE(ok); });
+    world.jobs.runAll();
+    EXPECT_THAT(world.ui.notices, ElementsAre("WAV has no place for damaged tags: not saved"));
+}
+
 // FLAC stores neither; the editor goes on showing both, and a format that has a place for them gets them.
 TEST(SaveAs, KeepsMarkersAndLoopInTheEditorWhereTheFormatCannot) {
     SaveAsWorld world;
