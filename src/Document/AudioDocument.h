@@ -32,7 +32,8 @@ public:
     std::string name() const;  // the path's last part
     // What is read or written there is this document's file, also by another path.
     bool isAt(const std::string &where, const DocumentFile::Identity &there) const { return core_.file.isAt(where, there); }
-    const std::optional<AudioFileContents> &contents() const { return core_.file.contents; }  // the buffer is the model's
+    // None before it is read; the buffer is the model's.
+    const std::shared_ptr<const AudioFileContents> &contents() const { return core_.file.contents; }
     const AudioFileFormat *format() const { return contents() ? &contents()->format : nullptr; }
     bool isEdited() const { return core_.isEdited(); }
     // Another one as soon as anything has been edited, or a long edit has been begun.

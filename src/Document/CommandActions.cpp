@@ -15,7 +15,7 @@ using Document = const AudioDocument &;
 
 const AudioEditorState &state(Document document) { return document.model().state(); }
 
-bool isOpen(Document document) { return document.contents().has_value(); }
+bool isOpen(Document document) { return document.contents() != nullptr; }
 bool hasSound(Document document) { return isOpen(document) && !state(document).buffer.isEmpty(); }
 
 // Nothing else is going on that would have to end first: no reading, and no dialog waiting for its answer.

@@ -8,10 +8,8 @@
 
 namespace kiv {
 
-AudioFileContents DiskWatch::contentsOnDisk(const DocumentCore &core) {
-    AudioFileContents contents = *core.file.contents;
-    if (auto sound = core.model.soundOfVersion(core.file.savedVersion)) contents.buffer = std::move(*sound);
-    return contents;
+SoundFile DiskWatch::onDisk(const DocumentCore &core) {
+    return {core.file.contents, core.model.soundOfVersion(core.file.savedVersion)};
 }
 
 void DiskWatch::check() {
@@ -47,13 +45,12 @@ void DiskWatch::compare(const FileSystem::Identity &now) {
     looks_ = true;
     core_.services.jobs.read(
         comparing_,
-        [&files = core_.services.files, decoders = core_.services.decoders, path = core_.file.path,
-         contents = contentsOnDisk(core_),
-         isSame](Progress &progress) { *isSame = holdsStill(files, decoders, path, contents, progress); },
+        [&files = core_.services.files, decoders = core_.services.decoders, path = core_.file.path, file = onDisk(core_),
+         isSame](Progress &progress) { *isSame = holdsStill(files, decoders, path, file.whole(), progress); },
         core_.lifetime.guard([this, isSame, now, expected = core_.file.identity](std::exception_ptr) {
             looks_ = false;
             if (core_.file.identity != expected) return;
-            *isSame ? void(core_.file.identity = now) : changed();
+            *isSame ? core_.setIdentity(now) : changed();
         }));
 }
 

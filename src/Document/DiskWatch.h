@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "Document/DocumentCore.h"
+#include "Document/FileSave.h"
 
 namespace kiv {
 
@@ -19,7 +20,7 @@ public:
     void check();
 
     // The sound as it was read or written last, if an undo still holds it.
-    static AudioFileContents contentsOnDisk(const DocumentCore &core);
+    static SoundFile onDisk(const DocumentCore &core);
 
 private:
     void found(const DocumentFile::Identity &now);

@@ -24,7 +24,13 @@ bool DocumentCore::needsJournal() const {
 
 void DocumentCore::setFile(DocumentFile newFile, const AudioEditorBuffer &sound) {
     file = std::move(newFile);
-    journal.setBase(file.path, file.identity, *file.contents, sound);
+    journal.setBase(file.path, file.identity, file.contents, sound);
+}
+
+void DocumentCore::setIdentity(const FileSystem::Identity &identity) {
+    file.identity = identity;
+    journal.setIdentity(identity);
+    followByJournal();
 }
 
 }  // namespace kiv

@@ -39,6 +39,8 @@ struct DocumentCore {
     bool canStoreLoop() const { return file.contents->canStoreLoop(); }
     // The file of the sound that has just been read or written.
     void setFile(DocumentFile newFile, const AudioEditorBuffer &sound);
+    // The same file, whose time has changed.
+    void setIdentity(const FileSystem::Identity &identity);
     // Unlike the file as it is, or as a save under way is about to make it: what is undone while it is saved would be lost
     // else.
     bool needsJournal() const;

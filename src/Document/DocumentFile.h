@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -14,9 +15,10 @@ struct DocumentFile {
     using Identity = std::optional<FileSystem::Identity>;
 
     std::string path;
-    std::optional<AudioFileContents> contents;  // without the samples, which are the model's; none before it is read
-    Identity identity;                          // none: whatever is there
-    std::int64_t savedVersion = 0;              // of the model's content, which the file holds
+    // Without the samples, which are the model's; none before it is read. They may hold very much: jobs share them.
+    std::shared_ptr<const AudioFileContents> contents;
+    Identity identity;              // none: whatever is there
+    std::int64_t savedVersion = 0;  // of the model's content, which the file holds
     // What was found in its place since, and told of: another file, or that there is nothing.
     std::optional<Identity> found = {};
 

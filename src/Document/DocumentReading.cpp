@@ -46,6 +46,10 @@ void tellOf(DocumentCore &core, Files::Recovery recovery, std::string news) {
     if (!news.empty()) core.ui.showNotice(faults.empty() ? NoticeKind::information : NoticeKind::warning, news);
 }
 
+std::shared_ptr<const AudioFileContents> shared(AudioFileContents contents) {
+    return std::make_shared<const AudioFileContents>(std::move(contents));
+}
+
 enum class Install { fresh, again };
 
 void install(DocumentCore &core, Loaded loaded, Install how, const std::string &news = {}) {
@@ -58,7 +62,7 @@ void install(DocumentCore &core, Loaded loaded, Install how, const std::string &
     {
         const AudioEditorModel::Batch batch(model);
         const auto give = how == Install::fresh ? &AudioEditorModel::load : &AudioEditorModel::reload;
-        core.setFile({core.file.path, std::move(contents), loaded.file.identity}, buffer);
+        core.setFile({core.file.path, shared(std::move(contents)), loaded.file.identity}, buffer);
         (model.*give)(std::move(buffer), positions.markers, positions.loop, std::move(loaded.peaks));
         AudioEditorLoops::setCanStoreLoop(model, core.canStoreLoop());
         core.file.savedVersion = model.state().contentVersion;
@@ -94,7 +98,7 @@ void installRecovered(DocumentCore &core, RecoveredDocument recovered, std::shar
     AudioEditorModel &model = core.model;
     Snapshot &edited = recovered.edited;
     const AudioFileEditorPositions positions = editorPositions(recovered.contents);
-    DocumentFile file{recovered.path, std::move(recovered.contents), recovered.identity};
+    DocumentFile file{recovered.path, shared(std::move(recovered.contents)), recovered.identity};
     const AudioEditorModel::Batch batch(model);
     if (recovered.base) {
         core.setFile(std::move(file), *recovered.base);

@@ -63,8 +63,8 @@ std::shared_ptr<FileSave> savingOf(DocumentCore &core, const Order &order) {
     saving->mayBeGone = order.ifGone == IfGone::write;
     if (!core.file.contents) return saving;
     saving->version = state.contentVersion;
-    saving->contents = *core.file.contents;
-    saving->contents.buffer = state.buffer;
+    saving->file = core.file.contents;
+    saving->sound = state.buffer;
     saving->note = core.journal.noteFor(state.buffer);
     saving->markers = state.markerFrames;
     saving->loop = state.loopPoints;
@@ -81,7 +81,7 @@ void tellWhatIsLeft(DocumentCore &core, const FileSave &saving) {
     core.ui.showNotice(NoticeKind::warning, contents.format.typeName + " has no place for " + listed(left) + ": not saved");
 }
 
-void run(DocumentCore &core, const Order &order, const std::shared_ptr<FileSave> &saving);
+void request(DocumentCore &core, const Order &order);
 
 void askOverChanges(DocumentCore &core, Order order, const std::exception_ptr &failure) {
     const bool isGone = isA<GoneFromDisk>(failure);
@@ -93,14 +93,16 @@ void askOverChanges(DocumentCore &core, Order order, const std::exception_ptr &f
     order.ifChanged = IfChanged::overwrite;
     core.ui.ask(question, core.lifetime.guard([&core, order](std::size_t button) {
         enum : std::size_t { cancel, saveAnyway };
-        button == saveAnyway ? run(core, order, savingOf(core, order)) : order.done(false);
+        if (button != saveAnyway || !SaveQuestions::stillTakesSave(core, order.path)) return order.done(false);
+        request(core, order);
     }));
 }
 
-void end(DocumentCore &core, FileSave &saving, const AudioEditorBuffer &sound, std::exception_ptr failure, const Order &order) {
+void end(DocumentCore &core, FileSave &saving, std::exception_ptr failure, const Order &order) {
     core.savingVersion.reset();
     if (!failure) {
-        core.setFile({saving.path, std::move(saving.contents), saving.written, saving.version}, sound);
+        const auto written = std::make_shared<const AudioFileContents>(std::move(saving.contents));
+        core.setFile({saving.path, written, saving.written, saving.version}, saving.sound);
         AudioEditorLoops::setCanStoreLoop(core.model, core.canStoreLoop());
     }
     core.followByJournal();
@@ -116,12 +118,11 @@ void end(DocumentCore &core, FileSave &saving, const AudioEditorBuffer &sound, s
 
 void run(DocumentCore &core, const Order &order, const std::shared_ptr<FileSave> &saving) {
     if (core.work.isBusy()) return order.done(false);
-    const AudioEditorBuffer sound = saving->contents.buffer;
     if (!core.file.contents)
-        return end(core, *saving, sound, std::make_exception_ptr(AudioFileError::unreadable("nothing to save")), order);
+        return end(core, *saving, std::make_exception_ptr(AudioFileError::unreadable("nothing to save")), order);
     if (order.ifChanged == IfChanged::ask) {
         saving->expected = core.file.identity;
-        saving->onDisk = DiskWatch::contentsOnDisk(core);
+        saving->onDisk = DiskWatch::onDisk(core);
     }
     core.savingVersion = saving->version;
     core.followByJournal();
@@ -130,10 +131,8 @@ void run(DocumentCore &core, const Order &order, const std::shared_ptr<FileSave>
         [&files = core.services.files, decoders = core.services.decoders, saving](Progress &progress) {
             saving->run(files, decoders, progress);
         },
-        [&core, saving, sound, order](std::exception_ptr failure) { end(core, *saving, sound, failure, order); });
+        [&core, saving, order](std::exception_ptr failure) { end(core, *saving, failure, order); });
 }
-
-void runNow(DocumentCore &core, const Order &order) { run(core, order, savingOf(core, order)); }
 
 // What was brought back is safe in a journal of its own first: killed meanwhile, the old one would take this save for another
 // program's. What is saved is what there is now.
@@ -145,14 +144,15 @@ void runWhenTakenOver(DocumentCore &core, const Order &order) {
 
 void request(DocumentCore &core, const Order &order) {
     if (!core.work.takesSave()) return order.done(false);
-    if (!core.work.isEditing() && core.journal.isTakingOver()) return runWhenTakenOver(core, order);
-    core.work.afterEdit([&core, order](bool go) { go ? runNow(core, order) : order.done(false); });
+    if (core.work.isEditing())
+        return core.work.afterEdit([&core, order](bool go) { go ? request(core, order) : order.done(false); });
+    core.journal.isTakingOver() ? runWhenTakenOver(core, order) : run(core, order, savingOf(core, order));
 }
 
 void confirmAndRequest(DocumentCore &core, Order order) {
     order.done = orNobody(std::move(order.done));
-    SaveQuestions::confirmEqBeforeSaving(core, Saved::file,
-                                         [&core, order](bool go) { go ? request(core, order) : order.done(false); });
+    SaveQuestions::confirmEqAndEdits(core, Saved::file,
+                                     [&core, order](bool go) { go ? request(core, order) : order.done(false); });
 }
 
 // The file's own name where its format stays, else with another extension.
@@ -201,7 +201,13 @@ void selectionSaved(DocumentCore &core, const std::string &path, const std::exce
 
 void writeSelection(DocumentCore &core, const std::string &path, const Done &done) {
     const AudioEditorState &state = core.model.state();
-    if (core.work.isBusy() || !core.file.contents || !state.selection) return done(false);
+    if (core.work.isEditing())
+        return core.work.afterEdit([&core, path, done](bool go) { go ? writeSelection(core, path, done) : done(false); });
+    if (core.work.isBusy() || !core.file.contents) return done(false);
+    if (!state.selection) {
+        core.ui.showError(quoted(nameOf(path)) + " could not be saved", "Nothing is selected any more.");
+        return done(false);
+    }
     core.work.start(
         DocumentWork::Kind::saving,
         [&files = core.services.files, decoders = core.services.decoders, path, file = core.file,
@@ -216,10 +222,10 @@ void writeSelection(DocumentCore &core, const std::string &path, const Done &don
 }  // namespace
 
 void save(DocumentCore &core, Done done, IfGone ifGone) {
-    if (!core.file.contents || whyElsewhere(core).empty())
-        return confirmAndRequest(core, {core.file.path, IfChanged::ask, std::move(done), {}, ifGone});
-    SaveQuestions::confirmEqAndEdits(core, Saved::file, [&core, done = orNobody(std::move(done))](bool go) {
-        go ? chooseFormat(core, whyElsewhere(core), done) : done(false);
+    SaveQuestions::confirmEqAndEdits(core, Saved::file, [&core, done = orNobody(std::move(done)), ifGone](bool go) {
+        if (!go) return done(false);
+        const std::string why = core.file.contents ? whyElsewhere(core) : "";  // as edits have left it
+        why.empty() ? request(core, {core.file.path, IfChanged::ask, done, {}, ifGone}) : chooseFormat(core, why, done);
     });
 }
 
@@ -251,6 +257,7 @@ void saveSelection(DocumentCore &core, Done done) {
 }
 
 void saveSelection(DocumentCore &core, const std::string &path, Done done) {
+    done = orNobody(std::move(done));
     SaveQuestions::confirmEqAndEdits(core, Saved::selection,
                                      [=, &core](bool go) { go ? writeSelection(core, path, done) : done(false); });
 }

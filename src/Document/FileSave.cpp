@@ -34,11 +34,12 @@ AudioFileContents asWritten(AudioFileContents contents) {
 }
 
 void requireAsExpected(Files &files, DecodedReader *decoders, const std::string &path, const DocumentFile::Identity &expected,
-                       const AudioFileContents &onDisk, Progress &progress) {
+                       const SoundFile &onDisk, Progress &progress) {
     const auto now = files.identity(path);
     // Without its folder it cannot be written anew either, which is said then.
     if (expected && !now && files.identity(parentFolder(path))) throw GoneFromDisk();
-    if (expected && now && now != expected && !holdsStill(files, decoders, path, onDisk, progress)) throw ChangedOnDisk();
+    if (expected && now && now != expected && !holdsStill(files, decoders, path, onDisk.whole(), progress))
+        throw ChangedOnDisk();
 }
 
 // After a save has succeeded its success is not to be lost again.
@@ -52,10 +53,16 @@ DocumentFile::Identity identityIfKnown(Files &files, const std::string &path) {
 
 }  // namespace
 
+AudioFileContents SoundFile::whole() const {
+    AudioFileContents all = *contents;
+    if (sound) all.buffer = *sound;
+    return all;
+}
+
 void FileSave::run(Files &files, DecodedReader *decoders, Progress &progress) {
     if (!mayBeGone || files.identity(path)) requireAsExpected(files, decoders, path, expected, onDisk, progress);
-    onDisk = AudioFileContents();  // which may hold a sound of its own
-    contents = withEditorPositions(std::move(contents), markers, loop);
+    onDisk = {};  // which may hold a sound of its own
+    contents = withEditorPositions(SoundFile{file, sound}.whole(), markers, loop);
     contents = prepared(std::move(contents), loop, format, left);
     NotedFiles noted(files, note);
     writeAudioFile(noted, decoders, path, contents, progress);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,20 +20,30 @@ namespace kiv {
 struct ChangedOnDisk : std::exception {};
 struct GoneFromDisk : ChangedOnDisk {};
 
-// One writing of a document's file, with its own copy of everything, so that edits may go on.
+// What a file holds, to be put together where it is needed: the contents can be large.
+struct SoundFile {
+    std::shared_ptr<const AudioFileContents> contents;  // without the samples
+    std::optional<AudioEditorBuffer> sound;             // none where nobody holds it any more
+
+    AudioFileContents whole() const;
+};
+
+// One writing of a document's file, with everything that it needs, so that edits may go on.
 struct FileSave {
     std::string path;
-    AudioFileContents contents;  // with the sound; positions and loop as they were read
+    std::shared_ptr<const AudioFileContents> file;  // positions and loop as they were read
+    AudioEditorBuffer sound;
     std::vector<std::int64_t> markers;
     std::optional<FrameRange> loop;
     std::optional<AudioSaveFormat> format;  // another than the file's own
     DocumentFile::Identity expected;        // of the file that is to be replaced; none: whatever is there
     bool mayBeGone = false;                 // also where that is
-    AudioFileContents onDisk;               // what that file holds
+    SoundFile onDisk;                       // what that file holds
     DocumentJournal::SaveNote note;
     std::int64_t version = 0;  // of the model's content
 
-    // Afterwards; `contents` are then as the file stands on the disk, without samples.
+    // Afterwards.
+    AudioFileContents contents;     // as the file stands on the disk, without samples
     std::vector<std::string> left;  // what the format has no place for
     DocumentFile::Identity written;
 

@@ -12,9 +12,7 @@ using Target = DocumentUi::SaveTarget;
 
 // A file that another program has changed may have begun to be read again under the panel.
 void take(DocumentCore &core, const Target &target, const OnTarget &chosen) {
-    if (core.work.takesSave()) return chosen(target);
-    core.ui.showError(quoted(nameOf(target.path)) + " could not be saved", core.quotedName() + " is just being read again.");
-    chosen(std::nullopt);
+    chosen(stillTakesSave(core, target.path) ? std::optional(target) : std::nullopt);
 }
 
 // What the panel comes back with is looked at before it is believed.
@@ -34,7 +32,29 @@ void consider(DocumentCore &core, const DocumentUi::SavePanel &panel, const Targ
 
 }  // namespace
 
+bool stillTakesSave(DocumentCore &core, const std::string &path) {
+    if (core.work.takesSave()) return true;
+    const bool isSaving = core.work.isSaving();
+    core.ui.showError(quoted(nameOf(path)) + " could not be saved",
+                      core.quotedName() + (isSaving ? " is just being saved." : " is just being read again."));
+    return false;
+}
+
 bool isEqPending(const DocumentCore &core) { return core.model.state().eqEnabled && !core.eq.settings().isTransparent(); }
+
+namespace {
+
+// A long edit lets no other begin beside it.
+void applyAfterEdit(DocumentCore &core, Saved what, const Then &then) {
+    core.work.afterEdit([&core, what, then](bool go) {
+        const AudioEditorState &state = core.model.state();
+        const FrameRange all{0, state.buffer.frames()};
+        if (go) applyEq(core.model, core.eq.settings(), what == Saved::file ? all : state.selection);
+        then(go);
+    });
+}
+
+}  // namespace
 
 void confirmEqBeforeSaving(DocumentCore &core, Saved what, Then then) {
     if (!isEqPending(core) || !core.work.takesSave()) return then(true);
@@ -45,11 +65,9 @@ void confirmEqBeforeSaving(DocumentCore &core, Saved what, Then then) {
         heard + (isFile ? "before saving?" : "to the selection before saving?"),
         {isFile ? "Apply EQ and Save" : "Apply EQ to Selection and Save", "Save Without EQ", "Cancel"}};
     enum : std::size_t { applyFirst, saveWithout };
-    core.ui.ask(question, core.lifetime.guard([&core, isFile, then = std::move(then)](std::size_t button) {
-        auto range = core.model.state().selection;
-        if (isFile) range = FrameRange{0, core.model.state().buffer.frames()};
-        if (button == applyFirst) applyEq(core.model, core.eq.settings(), range);
-        then(button == applyFirst || button == saveWithout);
+    core.ui.ask(question, core.lifetime.guard([&core, what, then = std::move(then)](std::size_t button) {
+        if (button > saveWithout || !stillTakesSave(core, core.file.path)) return then(false);
+        button == applyFirst ? applyAfterEdit(core, what, then) : then(true);
     }));
 }
 

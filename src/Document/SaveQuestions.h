@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 
 #include "Document/DocumentCore.h"
 
@@ -18,6 +19,9 @@ using Then = std::function<void(bool go)>;  // false: the user has cancelled, or
 void confirmEqBeforeSaving(DocumentCore &core, Saved what, Then then);
 // The same, and goes on when the edit under way, perhaps that of the equalizer, has ended.
 void confirmEqAndEdits(DocumentCore &core, Saved what, Then then);
+
+// Whether a save can begin still, after an answer; where it cannot that is told.
+bool stillTakesSave(DocumentCore &core, const std::string &path);
 
 // Shows the panel until it is cancelled, names what is not there, or may replace what is. Saving over the document's own file
 // in its own format is an ordinary save, and nothing to ask about.

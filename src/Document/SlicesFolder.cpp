@@ -12,8 +12,8 @@ namespace kiv {
 namespace {
 
 AudioFileContents sliceContents(const SlicesToSave &saving, FrameRange slice) {
-    const AudioEditorBuffer sound = AudioEditorOps::slice(saving.contents.buffer, slice);
-    return AudioFileCodec::partContents(AudioEditorOps::sliceFaded(sound, saving.fadeIn, saving.fadeOut), saving.contents);
+    const AudioEditorBuffer sound = AudioEditorOps::slice(saving.sound, slice);
+    return AudioFileCodec::partContents(AudioEditorOps::sliceFaded(sound, saving.fadeIn, saving.fadeOut), *saving.contents);
 }
 
 }  // namespace

@@ -13,9 +13,10 @@ namespace kiv {
 
 // What is saved; values, for a job to work on.
 struct SlicesToSave {
-    std::string name;            // what the slices are called
-    std::string folder;          // the slices folder
-    AudioFileContents contents;  // of the file, with the sound as it is now
+    std::string name;                                   // what the slices are called
+    std::string folder;                                 // the slices folder
+    std::shared_ptr<const AudioFileContents> contents;  // of the file
+    AudioEditorBuffer sound;                            // as it is now
     std::vector<FrameRange> slices;
     std::int64_t fadeIn = 0, fadeOut = 0;  // frames
 };

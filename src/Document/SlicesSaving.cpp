@@ -15,8 +15,8 @@ namespace {
 SlicesToSave slicesOf(const AudioEditorState &state, const DocumentFile &file, const std::string &name) {
     SlicesToSave saving;
     saving.name = name.empty() ? fileStem(file.path) : name;
-    saving.contents = *file.contents;
-    saving.contents.buffer = state.buffer;
+    saving.contents = file.contents;
+    saving.sound = state.buffer;
     saving.slices = state.slices;
     saving.fadeIn = state.sliceFadeInSamples;
     saving.fadeOut = state.sliceFadeOutSamples;

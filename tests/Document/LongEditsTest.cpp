@@ -31,9 +31,9 @@ struct LongEdit : DocumentWorld, testing::Test {
         AudioEditorEdits::gain(model, -6);
     }
     float firstSample() const { return model.state().buffer.sample(0, 0); }
-    float firstOnDisk() {
+    float firstOnDisk(const char *where = path) {
         DocumentWorld other;
-        other.open(onDisk());
+        other.open(onDisk(where));
         return other.model.state().buffer.sample(0, 0);
     }
     const float original = 1000 / 32768.0f;
@@ -107,6 +107,52 @@ TEST_F(LongEdit, ASaveWaitsForItAndIsCalledOffWithIt) {
         EXPECT_EQ(firstOnDisk() < original, !cancels);
         EXPECT_FALSE(document->isEdited());
     }
+}
+
+TEST_F(LongEdit, TheEqualizerIsAppliedBehindItBeforeASave) {
+    EqSettings quieter;
+    quieter.gainDb = -6;
+    document->eq().setSettings(quieter);
+    constexpr const char *part = "/music/part.wav";
+    for (const char *where : {part, path}) {
+        const float lowered = firstSample() * 0.2512f;
+        if (!document->isEditing()) model.selectNone(), AudioEditorEdits::gain(model, -6);
+        model.setEqEnabled(true);
+        model.select({0, 10});
+        std::vector<bool> saved;
+        const auto done = [&](bool ok) { saved.push_back(ok); };
+        ui.answers = {where == part ? "Apply EQ to Selection and Save" : "Apply EQ and Save"};
+        where == part ? document->saveSelection(part, done) : document->save(done);
+        jobs.runAll();
+        EXPECT_THAT(saved, ElementsAre(true)) << where;
+        EXPECT_NEAR(firstOnDisk(where), lowered, 1e-4) << where;
+        EXPECT_FALSE(model.state().eqEnabled) << where;
+    }
+}
+
+TEST_F(LongEdit, ASaveOverAnotherProgramsChangesWaitsForItToo) {
+    jobs.runAll();
+    put(Wav::file({7}));
+    ui.answers = {"Save Anyway"};
+    std::vector<bool> saved;
+    document->save([&](bool ok) { saved.push_back(ok); });
+    AudioEditorEdits::gain(model, -6);
+    jobs.runAll();
+    EXPECT_THAT(saved, ElementsAre(true));
+    EXPECT_NEAR(firstOnDisk(), original * 0.2512f, 1e-4);
+}
+
+TEST_F(LongEdit, AnAnswerTakesNotThePlaceOfASaveThatWaits) {
+    document->eq().setSettings({.gainDb = -6});
+    model.setEqEnabled(true);
+    std::vector<int> told;
+    document->save([&](bool ok) { told.push_back(ok ? 1 : -1); });
+    model.setEqEnabled(false);
+    document->save([&](bool ok) { told.push_back(ok ? 2 : -2); });
+    ui.press("Save Without EQ");
+    jobs.runAll();
+    EXPECT_THAT(told, ElementsAre(-1, 2));
+    EXPECT_THAT(ui.errors, ElementsAre("“drum.wav” could not be saved: “drum.wav” is just being saved."));
 }
 
 TEST_F(LongEdit, HasNothingToSayAboutASaveThatWaitsForSomethingElse) {

@@ -48,7 +48,7 @@ TEST(Opening, TellsWhatIsWrongWithAFile) {
     for (const auto &[bytes, text] : cases) {
         DocumentWorld world;
         EXPECT_EQ(world.open(bytes), text);
-        EXPECT_EQ(world.document->contents(), std::nullopt);
+        EXPECT_EQ(world.document->contents(), nullptr);
         EXPECT_FALSE(world.document->isBusy());
     }
     DocumentWorld world;
@@ -220,6 +220,29 @@ TEST(Saving, CancelledLeavesTheFileAndSaysNothing) {
     EXPECT_THAT(world.ui.errors, IsEmpty());
     EXPECT_TRUE(world.document->isEdited());
     EXPECT_TRUE(world.onDisk() == plainFile);
+}
+
+// It may be very much.
+TEST(Saving, CopiesNothingOfTheFileOnTheMainThread) {
+    DocumentWorld world;
+    world.open(plainFile);
+    world.model.select({0, 10});
+    const std::function<void()> rows[] = {
+        [&] { world.document->save(); },
+        [&] { world.document->saveSelection("/music/part.wav", nullptr); },
+        [&] {
+            world.put(plainFile);
+            world.document->checkDisk();
+            world.jobs.work(), world.jobs.report();
+        },
+    };
+    for (const auto &begin : rows) {
+        const auto before = world.document->contents().use_count();
+        begin();
+        EXPECT_GT(world.document->contents().use_count(), before) << "the job shares it";
+        world.jobs.runAll();
+    }
+    EXPECT_TRUE(world.onDisk("/music/part.wav") == Wav::file(Wav::ramp(10)));
 }
 
 TEST(Saving, HappensOneAtATimeAndNeedsSomethingToSave) {

@@ -240,6 +240,24 @@ TEST(Saving, AFileThatCannotBeWrittenIsSavedElsewhere) {
     EXPECT_EQ(world.ui.panels.size(), 1u) << "now it can";
 }
 
+// A clock keeps the number of frames from following: what an edit under way does to that is known when it has ended.
+TEST(Saving, AFileThatCannotFollowALongEditIsSavedElsewhere) {
+    const auto chunk = [](const std::string &id, std::string data) {
+        return id + std::string(7, '\0') + char(data.size()) + data;
+    };
+    const auto be = [](int value) { return std::string(3, '\0') + char(value); };
+    const std::string rate8000("\x40\xBF\x40\0\0\0\0\0", 8), zeros(20, '\0');
+    DocumentWorld world;
+    world.open(std::string("caff\0\1\0\0", 8) + chunk("desc", rate8000 + "lpcm" + be(0) + be(2) + be(1) + be(1) + be(16)) +
+               chunk("mark", be(3) + be(1) + be(0) + rate8000 + be(1) + zeros.substr(0, 12)) + chunk("data", zeros));
+    const AudioEditorBuffer shorter = world.model.state().buffer.part({0, 3});
+    world.model.apply({1e9, {1}, [=](Progress &) { return std::optional(EditOutcome{.buffer = shorter}); }});
+    world.save();
+    EXPECT_THAT(world.ui.errors, IsEmpty());
+    ASSERT_EQ(world.ui.panels.size(), 1u);
+    EXPECT_EQ(world.ui.panels[0].message, "CAF files can't follow these edits: choose a format.");
+}
+
 TEST(SaveSelection, WritesTheSelectionAloneAndStaysWhereItIs) {
     SaveAsWorld world;
     world.model.select({10, 12});
@@ -329,6 +347,17 @@ TEST(CheckDisk, ReadsAgainWithoutEditsAndAsksOnceWithThem) {
         EXPECT_TRUE(world.save());
         EXPECT_THAT(world.ui.asked, IsEmpty()) << "nobody has changed anything";
     }
+}
+
+TEST(CheckDisk, TellsEachTimeThatTheFileHasGone) {
+    constexpr const char *away = "/music/away.wav";
+    SaveAsWorld world;
+    for (const auto &[from, to] : {std::pair(world.path, away), {away, world.path}, {world.path, away}}) {
+        world.disk.rename(from, to);
+        world.document->checkDisk();
+        world.jobs.runAll();
+    }
+    EXPECT_EQ(world.ui.notices.size(), 2u);
 }
 
 }  // namespace

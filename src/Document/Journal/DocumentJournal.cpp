@@ -52,10 +52,19 @@ DocumentJournal::DocumentJournal(const JournalFolder *folder, Jobs &jobs)
     : folder_(folder), jobs_(jobs), file_(folder ? std::make_shared<JournalFile>(*folder) : nullptr) {}
 
 void DocumentJournal::setBase(const std::string &path, const std::optional<FileSystem::Identity> &identity,
-                              const AudioFileContents &contents, const AudioEditorBuffer &buffer) {
+                              std::shared_ptr<const AudioFileContents> contents, const AudioEditorBuffer &buffer) {
     if (!folder_) return;
     base_ = std::make_shared<const JournalFile::Base>(
-        JournalFile::Base{absolute(path), identity, contents, StoredSamples(buffer), ++order_});
+        JournalFile::Base{absolute(path), identity, std::move(contents), StoredSamples(buffer), ++order_});
+    version_.reset();
+}
+
+// In the same place among saves: one that is under way stays later.
+void DocumentJournal::setIdentity(const FileSystem::Identity &identity) {
+    if (!base_ || !base_->identity) return;
+    auto touched = std::make_shared<JournalFile::Base>(*base_);
+    touched->identity = identity;
+    base_ = std::move(touched);
     version_.reset();
 }
 

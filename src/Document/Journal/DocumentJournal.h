@@ -27,7 +27,9 @@ public:
 
     // The sound as it was read from a file or written to it. Every edit from here on is one of that.
     void setBase(const std::string &path, const std::optional<FileSystem::Identity> &identity,
-                 const AudioFileContents &contents, const AudioEditorBuffer &buffer);
+                 std::shared_ptr<const AudioFileContents> contents, const AudioEditorBuffer &buffer);
+    // That file by another identity, holding what it held; without effect where there was none.
+    void setIdentity(const FileSystem::Identity &identity);
     // To be told of every change; what has been written already costs nothing.
     void follow(const AudioEditorState &state, bool isEdited);
     void discard();

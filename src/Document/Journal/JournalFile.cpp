@@ -185,7 +185,7 @@ JournalBase JournalFile::keepBase(const Base &base) {
     FileSystem &fileSystem = folder_.fileSystem;
     JournalBase record;
     record.path = base.path;
-    if (metadataBytes(base.contents) <= mostMetadata) record.contents = base.contents;
+    if (metadataBytes(*base.contents) <= mostMetadata) record.contents = *base.contents;
     if (!isBaseAsItWas(base)) return record;
     record.print = filePrint(*fileSystem.open(base.path));
     const std::string name = freeNameFor(base), to = folder_.path + "/" + name;

@@ -43,7 +43,7 @@ public:
     struct Base {
         std::string path;
         std::optional<FileSystem::Identity> identity;
-        AudioFileContents contents;  // without the samples
+        std::shared_ptr<const AudioFileContents> contents;  // without the samples
         StoredSamples samples;
         std::uint64_t order = 0;  // among states, saves and removals
     };
