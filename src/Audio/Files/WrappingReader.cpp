@@ -42,6 +42,8 @@ struct WrappedFormat {
     std::int64_t channels = 0;
     double sampleRate = 0;
     AudioSampleEncoding encoding;
+
+    std::int64_t frameBytes() const { return channels * encoding.bytes; }
 };
 
 void describe(NativeFile &file, const std::string &name, const WrappedFormat &format) {
@@ -129,12 +131,18 @@ private:
         if (isAudio && audioBytes_ >= 0) return chunk;  // which is refused
         if (chunk.isOpen ? !isAudio : chunk.size < dialect_.countedHeader) return std::nullopt;
         chunk.size = chunk.isOpen ? openSize(left) : chunk.size - dialect_.countedHeader;
-        if (isAudio && chunk.size == 0 && !isCaf() && !areChunksFrom(chunk.payload)) chunk.size = left;
+        if (isAudio && chunk.size == 0 && isUnfinished(chunk.payload)) chunk.size = left;
         if (chunk.size < 0 || (chunk.size > left && !isAudio)) return std::nullopt;
         return chunk;
     }
 
-    // Whether chunks follow up to the end, or nothing: samples of which nobody came back to tell the size look otherwise.
+    // Whether samples stand at a place of which nobody came back to tell the size: what makes no frame is none.
+    bool isUnfinished(std::int64_t at) const {
+        const bool isFrame = !format_ || reader_.size() - at >= format_->frameBytes();
+        return !isCaf() && isFrame && !areChunksFrom(at);
+    }
+
+    // Whether chunks follow up to the end, or nothing: samples look otherwise.
     bool areChunksFrom(std::int64_t at) const {
         const auto isPlain = [](unsigned char c) { return c >= ' ' && c < 0x7F; };
         for (std::size_t count = 0; reader_.size() - at >= dialect_.header(); ++count) {
@@ -226,13 +234,15 @@ private:
         format_ = {1, 1, {}};
     }
 
-    // A description of uncompressed samples: a frame a packet, with all bits of its bytes.
+    // A description of uncompressed samples: a frame a packet, with all bits of its bytes. The first is the file's, also where
+    // it says something else.
     void readDesc(std::span<const std::byte> desc) {
         constexpr auto order = std::endian::big;
         constexpr std::uint32_t isFloat = 1, isLittle = 2, widest = 8;
         const std::uint32_t flags = u32At(desc, 12, order), packet = u32At(desc, 16, order), channels = u32At(desc, 24, order);
         const double rate = std::bit_cast<double>(wordAt<std::uint64_t>(desc, 0, order));
         if (isPacked_) return takePacked(idAt(desc, 8));
+        format_.emplace();
         const bool isPlain = idAt(desc, 8) == "lpcm" && u32At(desc, 20, order) == 1 && channels > 0 && packet % channels == 0;
         if (!isPlain || packet / channels > widest || !(rate > 0 && rate < 0x1p53)) return;
         const int bytes = int(packet / channels);
@@ -280,7 +290,7 @@ private:
     // Some programs count the zeros behind the samples among them, which the number of frames tells. Where the samples are the
     // last, in W64 files readers take such zeros for samples, and elsewhere some writers leave them out.
     void countFrames() {
-        const std::int64_t frameBytes = format_->channels * format_->encoding.bytes;
+        const std::int64_t frameBytes = format_->frameBytes();
         std::int64_t frames = audioBytes_ / frameBytes;
         const std::int64_t more = framesTold_ >= 0 && framesTold_ < frames ? audioBytes_ - framesTold_ * frameBytes : 0;
         if (more > 0 && more < dialect_.alignment) frames = framesTold_;
