@@ -16,6 +16,16 @@ std::optional<AudioFileContents> found(const Bytes &file) {
     }
 }
 
+// Nothing where a sound of no frames is refused, because what stands behind it would be read as samples.
+std::optional<Bytes> written(const AudioFileContents &contents) {
+    try {
+        return AudioFileCodec::wrappedImage(contents).bytes();
+    } catch (const AudioFileError &error) {
+        if (!contents.buffer.isEmpty() || error.kind() != AudioFileError::Case::writeCheckFailed) throw;
+        return std::nullopt;
+    }
+}
+
 void convert(const AudioFileContents &contents) {
     for (const auto container :
          {AudioSaveFormat::Container::wav, AudioSaveFormat::Container::aiff, AudioSaveFormat::Container::flac})
@@ -39,7 +49,9 @@ AudioEditorBuffer mono(const AudioEditorBuffer &buffer) {
 void checkChannels(AudioFileContents contents) {
     contents.buffer = mono(contents.buffer);
     if (!contents.wrapping->fits(contents.buffer)) return;
-    const auto again = found(AudioFileCodec::wrappedImage(contents).bytes());
+    const auto bytes = written(contents);
+    if (!bytes) return;
+    const auto again = found(*bytes);
     if (!again || again->buffer.channels() != 1) std::abort();
 }
 
@@ -60,9 +72,10 @@ void check(const Bytes &file) {
     const auto contents = found(file);
     if (!contents) return;
     checkChannels(*contents);
-    const Bytes again = AudioFileCodec::wrappedImage(*contents).bytes();
-    const auto foundAgain = found(again);
-    if (!foundAgain || AudioFileCodec::wrappedImage(*foundAgain).bytes() != again) std::abort();
+    const auto again = written(*contents);
+    if (!again) return;
+    const auto foundAgain = found(*again);
+    if (!foundAgain || AudioFileCodec::wrappedImage(*foundAgain).bytes() != *again) std::abort();
     if (foundAgain->buffer.frames() != contents->buffer.frames()) std::abort();
     if (foundAgain->positions != contents->positions || foundAgain->loop != contents->loop) std::abort();
     checkLoops(*contents);

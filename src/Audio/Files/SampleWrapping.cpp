@@ -19,13 +19,40 @@ using Size = SampleWrapping::Size;
 constexpr std::string_view w64Rest("\xF3\xAC\xD3\x11\x8C\xD1\x00\xC0\x4F\x8E\xDB\x8A", 12);
 
 constexpr std::array dialects{
-    WrappingDialect{Kind::rf64, "RF64", "RF64", std::endian::little, 4, 4, 12, 0, 2, 4, 8},
-    WrappingDialect{Kind::bw64, "BW64", "BW64", std::endian::little, 4, 4, 12, 0, 2, 4, 8},
-    WrappingDialect{Kind::rifx, "RIFX", "RIFX", std::endian::big, 4, 4, 12, 0, 2, 4, 8},
-    WrappingDialect{Kind::w64, "riff", "W64", std::endian::little, 16, 8, 40, 24, 8, 16, 0, "data", w64Rest},
-    WrappingDialect{Kind::caf, "caff", "CAF", std::endian::big, 4, 8, 8, 0, 1, 0, 0},
-    WrappingDialect{Kind::riff, "RIFF", "WAV", std::endian::little, 4, 4, 12, 0, 2, 4, 8},
-    WrappingDialect{Kind::aifc, "FORM", "AIFC", std::endian::big, 4, 4, 12, 0, 2, 4, 8, "SSND"},
+    WrappingDialect{.kind = Kind::rf64, .magic = "RF64", .name = "RF64", .order = std::endian::little},
+    WrappingDialect{.kind = Kind::bw64, .magic = "BW64", .name = "BW64", .order = std::endian::little},
+    WrappingDialect{.kind = Kind::rifx, .magic = "RIFX", .name = "RIFX", .order = std::endian::big},
+    WrappingDialect{.kind = Kind::w64,
+                    .magic = "riff",
+                    .name = "W64",
+                    .order = std::endian::little,
+                    .idBytes = 16,
+                    .sizeBytes = 8,
+                    .first = 40,
+                    .countedHeader = 24,
+                    .alignment = 8,
+                    .formSize = 16,
+                    .formLess = 0,
+                    .form = "",
+                    .idRest = w64Rest,
+                    .markersId = "\x56\x62\xF7\xAB"},
+    WrappingDialect{.kind = Kind::caf,
+                    .magic = "caff",
+                    .name = "CAF",
+                    .order = std::endian::big,
+                    .sizeBytes = 8,
+                    .first = 8,
+                    .alignment = 1,
+                    .formSize = 0,
+                    .formLess = 0,
+                    .form = "",
+                    .beforeSamples = 4,
+                    .leavesZero = false,
+                    .staysOpen = true,
+                    .staleId = "ovvw"},
+    WrappingDialect{.kind = Kind::riff, .magic = "RIFF", .name = "WAV", .order = std::endian::little},
+    WrappingDialect{
+        .kind = Kind::aifc, .magic = "FORM", .name = "AIFC", .order = std::endian::big, .form = "AIFC", .audioId = "SSND"},
 };
 
 struct Amounts {
@@ -99,6 +126,10 @@ void takeChannels(SampleWrapping &wrapping, const AudioEditorBuffer &sound) {
 }
 
 }  // namespace
+
+std::int64_t sizeAt(std::span<const std::byte> bytes, std::size_t offset, std::size_t width, std::endian order) {
+    return width == 4 ? u32At(bytes, offset, order) : std::int64_t(wordAt<std::uint64_t>(bytes, offset, order));
+}
 
 const WrappingDialect *dialectOf(std::string_view magic) {
     const auto found = std::ranges::find(dialects, magic, &WrappingDialect::magic);

@@ -7,6 +7,15 @@
 #include "Audio/Files/WavMetadata.h"
 
 namespace kiv::AudioFileCodec {
+namespace {
+
+// What stands behind no samples may look as though it were samples of which nobody told the size.
+void requireNoFrames(const AudioFileImage &image) {
+    const auto found = summarizeWrapped(MemorySource(image.bytes()));
+    if (!found || found->frames != 0) throw AudioFileError::writeCheckFailed();
+}
+
+}  // namespace
 
 AudioFileImage wrappedImage(const AudioFileContents &contents) {
     const AudioEditorBuffer &buffer = contents.buffer;
@@ -23,7 +32,9 @@ AudioFileImage wrappedImage(const AudioFileContents &contents) {
         append(bytes, patchedWavChunk(part.chunk, contents.positions));
         append(bytes, part.pad);
     }
-    return {std::move(pieces), std::make_shared<PcmSamples>(buffer, wrapping.encoding)};
+    const AudioFileImage image(std::move(pieces), std::make_shared<PcmSamples>(buffer, wrapping.encoding));
+    if (buffer.isEmpty()) requireNoFrames(image);
+    return image;
 }
 
 }  // namespace kiv::AudioFileCodec

@@ -12,10 +12,11 @@ using namespace fileBytes;
 Bytes le64(std::uint64_t value) { return word<std::uint64_t>(value, std::endian::little); }
 
 Bytes cafChunk(std::string_view id, const Bytes &payload) { return text(id) + be64(payload.size()) + payload; }
+Bytes cafDesc(std::string_view format, unsigned flags) {
+    return cafChunk("desc", be64(0x40E5888000000000) + text(format) + be32(flags) + be32(4) + be32(1) + be32(2) + be32(16));
+}
 Bytes caf(std::string_view format, unsigned flags, const Bytes &chunks) {
-    return text("caff") + be32(0x10000) +
-           cafChunk("desc", be64(0x40E5888000000000) + text(format) + be32(flags) + be32(4) + be32(1) + be32(2) + be32(16)) +
-           chunks;
+    return text("caff") + be32(0x10000) + cafDesc(format, flags) + chunks;
 }
 Bytes cafData(const Bytes &samples) { return cafChunk("data", be32(7) + samples); }
 Bytes au(unsigned size, const Bytes &note, const Bytes &samples) {
@@ -212,6 +213,9 @@ TEST(Wrapping, OfWhatIsNotWholeIsSetRight) {
         {rf64(0, format + chunk("data", {}) + fourLittle), rf64(8, format + chunk("data", fourLittle))},
         {w64(w64Chunk("fmt ", fmt(stereo)) + w64Chunk("data", {}) + fourLittle),
          w64(w64Chunk("fmt ", fmt(stereo)) + w64Chunk("data", fourLittle))},
+        {rf64(3, format + open("data", hex("010203 00")) + hex("FEDC")), rf64(0, format + open("data", hex("FEDC")))},
+        {rifx(beChunk("fmt ", beFmt()) + beChunk("data", hex("0102")) + text("end")),
+         rifx(beChunk("fmt ", beFmt()) + beChunk("data", {}) + text("end"))},
     };
     for (const auto &[before, after] : rows) {
         const AudioFileContents contents = found(before);
@@ -222,10 +226,23 @@ TEST(Wrapping, OfWhatIsNotWholeIsSetRight) {
     }
 }
 
+// What would be read as samples where there are none: a tail that is no chunk, and a description that the samples would
+// swallow.
+TEST(Wrapping, OfNoSamplesIsRefusedWhereOthersWouldAppear) {
+    const Bytes format = beChunk("fmt ", beFmt()), less = beChunk("data", hex("0102"));
+    for (const Bytes &file : {rifx(format + less + text("tail")), rifx(less + format + text("tail"))}) {
+        const AudioFileContents contents = found(file);
+        ASSERT_TRUE(contents.wrapping) << show(file);
+        EXPECT_TRUE(contents.buffer.isEmpty());
+        EXPECT_THROW(AudioFileCodec::wrappedImage(contents), AudioFileError);
+    }
+}
+
 TEST(Wrapping, OfWhatIsCompressedIsNotKept) {
     const Bytes rows[] = {
         text(".snd") + be32(24) + be32(0) + be32(2) + be32(44100) + be32(0x10000),
         caf("alac", 0, cafData(four)),
+        caf("alac", 0, cafDesc("lpcm", 0) + cafData(four)),
         caf("lpcm", 0, cafData(four) + cafData(four)),
         rf64(8, chunk("fmt ", fmt({.tag = 2, .channels = 2})) + open("data", fourLittle)),
         rifx(beChunk("data", four) + zeros(12)),

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Audio/Files/NativeFile.h"
+#include "Audio/Files/SourceReader.h"
+#include "Audio/Files/WrappingDescription.h"
+
+// Takes files apart that are kept as wrappings. Throws AudioFileError `unreadable`.
+namespace kiv {
+
+// The wrapping, without positions and loop; nothing for files of which it is not known what stands around the samples.
+std::optional<NativeFile> takeApart(const SourceReader &reader, WrappedSamples samples);
+
+// Only AU files.
+std::optional<NativeFile> takeAuApart(const SourceReader &reader, WrappedSamples samples);
+
+// Positions and the loop, from the chunks of the wrapping.
+void collectPositions(AudioFileContents &contents, SampleWrapping &wrapping);
+
+// Gives contents with a wrapping the shape of what it holds.
+void describeWrapped(AudioFileContents &contents, const std::string &typeName, const WrappedFormat &format);
+
+// What is no chunk, and is kept as it is.
+SampleWrapping::Part keptPart(Bytes bytes);
+
+}  // namespace kiv
