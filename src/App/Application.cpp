@@ -239,7 +239,8 @@ void Application::fileFailed(DocumentWindowController *controller, const std::st
     const bool isEmpty = !controller->document().contents();
     if (isEmpty) forget(controller);
     if (error == AudioDocument::cancelledText) return leftBehind_.askNext();
-    if (isEmpty && documents_.size() == 1) showDropWindow();
+    const auto isGone = [](const auto &document) { return document->isClosed(); };
+    if (isEmpty && std::ranges::all_of(documents_, isGone)) showDropWindow();
     showMessageWindow(style_, message, error);
     leftBehind_.askNext();
 }

@@ -38,9 +38,9 @@ void load(DocumentCore &core, const std::string &path,
 
 // What there is to be told of a file that has been installed, in one: a second notice would take the place of the first.
 void tellOf(DocumentCore &core, Files::Recovery recovery, std::string news) {
-    const auto add = [&](const std::string &text) { news += (news.empty() ? "" : " ") + text; };
+    const auto add = [&](const std::string &text) { news += (news.empty() ? "" : ". ") + text; };
     if (recovery == Files::Recovery::restored)
-        add("A save had been interrupted: " + core.quotedName() + " is as it was before.");
+        add("A save had been interrupted: " + core.quotedName() + " is as it was before");
     const auto faults = faultTexts(core.quotedName(), *core.file.contents, core.model.state().buffer.frames());
     for (const std::string &fault : faults) add(fault);
     if (!news.empty()) core.ui.showNotice(faults.empty() ? NoticeKind::information : NoticeKind::warning, news);

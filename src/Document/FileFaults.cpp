@@ -11,12 +11,12 @@ std::vector<std::string> faultTexts(const std::string &name, const AudioFileCont
     std::vector<std::string> texts;
     if (contents.missingFrames > 0)
         texts.push_back(name + " ends early: " + seconds(frames) + " of " + (contents.isCutOff ? "at least " : "") +
-                        seconds(frames + contents.missingFrames) + " are there.");
+                        seconds(frames + contents.missingFrames) + " are there");
     else if (contents.isCutOff)
-        texts.push_back(name + " ends early: only the first " + seconds(frames) + " are there.");
+        texts.push_back(name + " ends early: only the first " + seconds(frames) + " are there");
     if (contents.damagedFrames > 0)
         texts.push_back(name + " is damaged: " + seconds(contents.damagedFrames) + " of " + seconds(frames) +
-                        " could not be read and are silent.");
+                        " could not be read and are silent");
     return texts;
 }
 

@@ -98,14 +98,14 @@ public:
 
 TEST(Opening, TellsWhatHasBefallenAFileInOneNotice) {
     const std::string whole = Wav::file(Wav::ramp(8000)), cut = whole.substr(0, whole.size() - 8000);
-    const std::string restored = "A save had been interrupted: “drum.wav” is as it was before.",
-                      endsEarly = "“drum.wav” ends early: 0.500 s of 1.000 s are there.";
+    const std::string restored = "A save had been interrupted: “drum.wav” is as it was before",
+                      endsEarly = "“drum.wav” ends early: 0.500 s of 1.000 s are there";
     const struct {
         bool isRestored;
         const std::string &bytes;
         std::vector<std::string> notices;
     } cases[] = {
-        {false, whole, {}}, {true, whole, {restored}}, {false, cut, {endsEarly}}, {true, cut, {restored + " " + endsEarly}}};
+        {false, whole, {}}, {true, whole, {restored}}, {false, cut, {endsEarly}}, {true, cut, {restored + ". " + endsEarly}}};
     for (const auto &[isRestored, bytes, notices] : cases) {
         DocumentWorld world;
         RestoringFiles restoring(*world.files);

@@ -72,6 +72,18 @@ def told_to_end(desktop, program, folder):
         path.write_bytes(BEFORE)
 
 
+def unreadable(desktop, program, folder):
+    """However close together they fail, the window for dropping files comes beside their messages."""
+    paths = [folder / f"unreadable-{i}.wav" for i in range(6)]
+    for path in paths:
+        path.write_bytes(b"RIFF")
+    process = desktop.start([program, *map(str, paths)])
+    wait_for("the messages and the drop window", lambda: len(desktop.output(
+        ["xdotool", "search", "--onlyvisible", "--name", "^Kiv Audio Editor$"]).split()) == len(paths) + 1)
+    process.kill()
+    process.wait()
+
+
 def windows(desktop):
     found = desktop.output(["xdotool", "search", "--onlyvisible", "--name", "quit.*Kiv Audio Editor"]).split()
     return {desktop.output(["xdotool", "getwindowname", window]).split(".")[0]: window for window in found}
@@ -145,6 +157,7 @@ def main(program):
         changed_or_removed(desktop, program, desktop.folder)
         told_to_end(desktop, program, desktop.folder)
         quit_with_windows(desktop, program, desktop.folder)
+        unreadable(desktop, program, desktop.folder)
         read_only(Path(program).parent / "kiv", desktop.folder)
     print("nothing was lost unasked")
 

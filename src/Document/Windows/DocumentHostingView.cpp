@@ -58,22 +58,28 @@ void DocumentHostingView::connectParts() {
     sheets_->onWheel = [this](QWheelEvent *event) { zoomByWheel(event); };
     sheets_->onFirst = [this] { beforeSheets_ = ring_->wearer(); };
     sheets_->onShown = [this](Sheet &sheet) {
-        setViewOnly(true);
+        holdSound();
         ring_->followAll(&sheet);
         topBar_->refreshCommands();
     };
     sheets_->onGone = [this] {
-        setViewOnly(false);
+        holdSound();
         returnFocus();
         topBar_->refreshCommands();
         if (beforeSheets_ && beforeSheets_->isEnabled()) beforeSheets_->setFocus(Qt::TabFocusReason);
     };
 }
 
-// What a sheet acts on stays as it is while the sheet is open.
-void DocumentHostingView::setViewOnly(bool isViewOnly) {
+// What a sheet acts on stays as it is while the sheet is open. Its clicks keep the focus, too.
+void DocumentHostingView::holdSound() {
+    const bool isViewOnly = openSheet() || isReading_;
+    waveform_->setFocusPolicy(openSheet() ? Qt::NoFocus : Qt::StrongFocus);
     waveform_->setViewOnly(isViewOnly);
     ruler_->setViewOnly(isViewOnly);
+}
+
+void DocumentHostingView::setReading(bool isReading) {
+    if (std::exchange(isReading_, isReading) != isReading) holdSound();
 }
 
 void DocumentHostingView::refreshTips() {

@@ -38,6 +38,8 @@ public:
     BusyLine &busyLine() { return *busyLine_; }
     // Titles and shortcuts in the tips.
     void refreshTips();
+    // While the file is read (again): what would be done to the sound by the pointer meanwhile would be lost.
+    void setReading(bool isReading);
     // Whether all of what the waveform shows is known.
     bool isSoundComplete() const;
 
@@ -59,7 +61,7 @@ protected:
 
 private:
     void connectParts();
-    void setViewOnly(bool isViewOnly);
+    void holdSound();
     void orderTabs();
     void layOut();
     void zoomByWheel(QWheelEvent *event);
@@ -84,6 +86,7 @@ private:
     FocusRing *ring_;
     QPointer<QWidget> beforeSheets_;  // the control that a key had gone to
     std::unique_ptr<SheetHost> sheets_;
+    bool isReading_ = false;
     Subscription styleChanges_;
 };
 

@@ -113,6 +113,7 @@ void DocumentWindowController::documentChanged() {
     view_->setWindowTitle(windowTitle(shownName(document_->name())));
     view_->setWindowModified(document_->isEdited());
     view_->infoLine().setFacts(factsOf(document_->format()));
+    view_->setReading(document_->work() == AudioDocument::Work::reading);
     view_->busyLine().setBusy(document_->progress().has_value(), [this] { return document_->progress().value_or(0); });
     view_->topBar().refreshCommands();
 }

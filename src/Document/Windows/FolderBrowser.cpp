@@ -183,12 +183,15 @@ void FolderBrowser::endNewFolder() {
 }
 
 void FolderBrowser::makeFolder(const QString &name) {
+    if (newFolder_->isReadOnly()) return;
     if (!canBeFolder(name)) return newFolder_->setReadable(false);
+    newFolder_->setReadOnly(true);  // until the disk has answered
     const auto words = std::make_shared<std::string>();
     const std::string path = pathWithin(folder_, name.toStdString());
     jobs_.run(
         std::make_shared<Progress>(), [words, path, &files = disk_](Progress &) { *words = newFolderFault(files, path); },
-        [self = QPointer(this), words, path](std::exception_ptr) {
+        [self = QPointer(this), field = QPointer(newFolder_), words, path](std::exception_ptr) {
+            if (field) field->setReadOnly(false);
             if (self) self->folderMade(path, *words);
         });
 }

@@ -29,7 +29,8 @@ bool OverviewImage::update(const SoundSource &source, const OverviewGeometry &ge
     auto held = std::tie(generation_, powersRevision_, framesPerColumn_, lane_, look_, width_, rows_);
     if (now == held) return false;
     held = now;
-    const bool isLine = framesPerColumn_ < 1;
+    // More lines than there are rows would fill them like the extremes.
+    const bool isLine = framesPerColumn_ < 1 && source.buffer.channels() <= geometry.rows.count();
     if (!isLine) columns_.update(source, framesPerColumn_, true, -1, width + 1);
     const ColumnDrawing drawing{lane_, 1, 1, hairline(geometry.size.scale), 0};
     for (auto [pixels, ink] : {std::pair(&outside_, &look_.outside), std::pair(&inside_, &look_.inside)}) {

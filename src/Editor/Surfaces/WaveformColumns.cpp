@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include "Support/Vectorised.h"
@@ -125,12 +126,25 @@ ColumnLevel mergedLevel(const std::vector<ColumnLevel> &channels) {
     return merged;
 }
 
+// The frames of a column that there are.
+std::optional<FrameRange> rangeOf(const SoundSource &source, double framesPerColumn, std::int64_t column) {
+    const auto lo = std::int64_t(std::floor(double(column) * framesPerColumn));
+    const auto hi = std::max(std::int64_t(std::floor(double(column + 1) * framesPerColumn)), lo + 1);
+    return source.buffer.clampedRange({lo, hi});
+}
+
+// The same from the samples without telling the channels apart, of which there may be tens of thousands.
+ColumnLevel mergedSamples(const AudioEditorBuffer &buffer, FrameRange range) {
+    Accumulator sums;
+    buffer.forEachSpan(range,
+                       [&](std::span<const float> samples, FrameRange) { addSamples(samples.data(), samples.size(), sums); });
+    return folded(sums, 0, 1, double(range.count()) * double(buffer.channels()));
+}
+
 }  // namespace
 
 void measureColumn(const SoundSource &source, double framesPerColumn, std::int64_t column, ColumnLevel *out) {
-    const auto lo = std::int64_t(std::floor(double(column) * framesPerColumn));
-    const auto hi = std::max(std::int64_t(std::floor(double(column + 1) * framesPerColumn)), lo + 1);
-    const auto range = source.buffer.clampedRange({lo, hi});
+    const auto range = rangeOf(source, framesPerColumn, column);
     if (!range)
         std::fill_n(out, source.buffer.channels(), ColumnLevel{});
     else if (framesPerColumn >= double(blockSize))
@@ -161,8 +175,13 @@ std::int64_t WaveformColumns::update(const SoundSource &source, double framesPer
 }
 
 void WaveformColumns::measure(const SoundSource &source, std::int64_t column) {
-    measureColumn(source, key_.framesPerColumn, column, channels_.data());
     const auto index = std::size_t(column - first_);
+    if (key_.merged && key_.framesPerColumn < double(blockSize)) {
+        const auto range = rangeOf(source, key_.framesPerColumn, column);
+        lanes_[0][index] = range ? mergedSamples(source.buffer, *range) : ColumnLevel{};
+        return;
+    }
+    measureColumn(source, key_.framesPerColumn, column, channels_.data());
     if (key_.merged)
         lanes_[0][index] = mergedLevel(channels_);
     else

@@ -2,6 +2,7 @@
 
 #include <QAccessible>
 #include <QPainter>
+#include <algorithm>
 #include <chrono>
 
 #include "Editor/Views/FloatPainter.h"
@@ -23,25 +24,35 @@ Notice::Notice(ViewStyle &style, QWidget *parent)
     hide();
     shadow_->hide();
     timer_.setSingleShot(true);
-    connect(&timer_, &QTimer::timeout, this, [this] { hide(); });
+    connect(&timer_, &QTimer::timeout, this, [this] { showNext(); });
     styleChanges_ = style.changed.add([this](const ViewStyle &) { placeOver(area_); });
 }
 
 void Notice::tell(NoticeKind kind, const QString &text) {
-    kind_ = kind;
-    text_ = text;
-    setAccessibleName(text);
+    if (std::ranges::find(told_, text, &Told::text) != told_.end()) return;
+    told_.push_back({kind, text});
+    if (told_.size() == 1) showFirst();
+}
+
+void Notice::showFirst() {
+    setAccessibleName(told_.front().text);
     placeOver(area_);
-    hide();  // assistive tools are told when it appears, also in the place of another
     show();
-    timer_.start(shownFor);
     QAccessibleEvent announced(this, QAccessible::Alert);
     QAccessible::updateAccessibility(&announced);
 }
 
+// It is hidden in between, for assistive tools are told of what appears.
+void Notice::showNext() {
+    hide();
+    told_.pop_front();
+    if (!told_.empty()) showFirst();
+}
+
 void Notice::placeOver(const QRect &area) {
     area_ = area;
-    shown_ = noticeText(text_, area.width() - 2 * above, style_);
+    if (told_.empty()) return;
+    shown_ = noticeText(told_.front().text, area.width() - 2 * above, style_);
     QRect pill(QPoint(), noticeSize(shown_, style_));
     pill.moveCenter(area.center());
     pill.moveBottom(area.bottom() - above);
@@ -52,10 +63,10 @@ void Notice::placeOver(const QRect &area) {
 
 void Notice::paintEvent(QPaintEvent *) {
     QPainter painter(this);
-    paintNotice(painter, rect(), kind_, shown_, style_);
+    paintNotice(painter, rect(), told_.front().kind, shown_, style_);
 }
 
-void Notice::mousePressEvent(QMouseEvent *) { hide(); }
+void Notice::mousePressEvent(QMouseEvent *) { showNext(); }
 
 void Notice::enterEvent(QEnterEvent *) { timer_.stop(); }
 
@@ -67,6 +78,7 @@ void Notice::showEvent(QShowEvent *) {
     shadow_->show();
     shadow_->raise();
     raise();
+    timer_.start(shownFor);
 }
 
 void Notice::hideEvent(QHideEvent *) {

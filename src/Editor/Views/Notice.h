@@ -2,6 +2,7 @@
 
 #include <QTimer>
 #include <QWidget>
+#include <deque>
 
 #include "Document/DocumentUi.h"
 #include "Editor/Views/FloatShadow.h"
@@ -9,7 +10,7 @@
 namespace kiv {
 
 // A short message over the foot of the waveform: there for four seconds and for as long as the pointer is on it; a click takes
-// it away. A new one takes the old one's place.
+// it away. What is told meanwhile waits until it has gone; what is there or waits already is not told twice.
 class Notice : public QWidget {
 public:
     Notice(ViewStyle &style, QWidget *parent);
@@ -27,10 +28,17 @@ protected:
     void hideEvent(QHideEvent *event) override;
 
 private:
+    struct Told {
+        NoticeKind kind;
+        QString text;
+    };
+    void showFirst();
+    void showNext();
+
     ViewStyle &style_;
     FloatShadow *shadow_;
-    NoticeKind kind_ = NoticeKind::done;
-    QString text_, shown_;  // and as much of it as there is room for
+    std::deque<Told> told_;  // the first is there, the others wait
+    QString shown_;          // as much of the first as there is room for
     QRect area_;
     QTimer timer_;
     Subscription styleChanges_;

@@ -133,7 +133,6 @@ bool WaveformView::event(QEvent *event) {
 void WaveformView::setViewOnly(bool isViewOnly) {
     parts_->scrolling.stop();
     parts_->input.setViewOnly(isViewOnly);
-    setFocusPolicy(isViewOnly ? Qt::NoFocus : Qt::StrongFocus);
 }
 
 bool WaveformView::cancelDrag() {

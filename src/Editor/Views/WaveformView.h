@@ -27,7 +27,7 @@ public:
     // the selection.
     std::function<void(QPoint global)> onContextMenu;
 
-    // While a sheet is open: clicks neither change anything nor take the focus, wheel and middle drag move the view.
+    // Clicks change nothing then, wheel and middle drag move the view.
     void setViewOnly(bool isViewOnly);
     // For Esc: puts back what the drag in progress has changed. False when there is none.
     bool cancelDrag();

@@ -214,6 +214,20 @@ TEST_F(DocumentWindowTest, UnderASheetThePointerMovesOnlyTheView) {
     EXPECT_NE(model().state().selection, (FrameRange{5000, 6000}));
 }
 
+TEST_F(DocumentWindowTest, WhileTheFileIsReadAgainThePointerChangesNothing) {
+    open();
+    model().setCursorAndSelection(5000, std::nullopt);
+    controller->perform(revert);
+    for (const std::int64_t cursor : {5000, 2003}) {
+        QTest::mouseClick(&view().waveform(), Qt::LeftButton, {}, {309, 300});
+        EXPECT_EQ(model().state().cursorFrame, cursor);
+        EXPECT_EQ(view().focusWidget(), &view().waveform());
+        key(Qt::Key_F6), key(Qt::Key_F6, Qt::ShiftModifier);
+        EXPECT_EQ(view().focusWidget(), &view().waveform());
+        world.jobs.runAll();
+    }
+}
+
 TEST_F(DocumentWindowTest, AsksBeforeChangesAreLost) {
     const struct {
         const char *button;

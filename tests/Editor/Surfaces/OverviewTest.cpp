@@ -121,6 +121,19 @@ TEST_F(OverviewTest, AShortSoundIsALineThroughAllChannels) {
     }
 }
 
+TEST_F(OverviewTest, MoreChannelsThanRowsAreDrawnByTheirExtremes) {
+    const WaveformInk ink{0xFF000001, 0xFF000002, 0xFF000001, 0xFF000003, 0, 0};
+    for (const int channels : {40, 50}) {
+        std::vector<float> samples(std::size_t(channels) * 10, 0);
+        for (std::size_t i = 0; i < samples.size(); i += std::size_t(channels)) samples[i] = 0.5f;
+        const Sound sound(AudioEditorBuffer(samples, channels, 44100));
+        load(sound.buffer);
+        OverviewImage image;
+        image.update(sound.source(), geometry(), {ink, ink});
+        EXPECT_EQ(image.inside()[18 * image.width() + 500] != 0, channels == 50) << "between two lines";
+    }
+}
+
 TEST_F(OverviewTest, KeysScrollAndZoom) {
     input.key(ViewKey::right);
     expectView(23000, 53000);

@@ -263,15 +263,20 @@ struct ShowCounter : QObject {
     }
 };
 
-TEST_F(OverlaysTest, EveryNoticeIsAnnounced) {
+TEST_F(OverlaysTest, EveryNoticeIsShownAndAnnouncedOnce) {
     Notice notice(style, &window);
     showWindow();
     ShowCounter counter;
     notice.installEventFilter(&counter);
-    notice.tell(NoticeKind::done, "18 slices saved");
-    notice.tell(NoticeKind::warning, "This file cannot store a loop");
-    EXPECT_EQ(counter.shown, 2) << "also the one that takes another's place";
+    for (const char *text : {"18 slices saved", "This file cannot store a loop", "This file cannot store a loop"})
+        notice.tell(NoticeKind::warning, text);
+    EXPECT_EQ(notice.accessibleName(), "18 slices saved");
+    click(&notice);
     EXPECT_EQ(notice.accessibleName(), "This file cannot store a loop");
+    EXPECT_TRUE(notice.isVisible());
+    EXPECT_EQ(counter.shown, 2) << "also the one that takes another's place";
+    click(&notice);
+    EXPECT_FALSE(notice.isVisible()) << "what was told twice is shown once";
 }
 
 TEST_F(OverlaysTest, TipsShowTheControlsHelpUntilAPress) {
