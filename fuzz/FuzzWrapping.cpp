@@ -2,7 +2,7 @@
 
 #include "Audio/Files/AudioFileCodec.h"
 #include "Audio/Files/AudioFileConversion.h"
-#include "Audio/Files/SampleWrapping.h"
+#include "Audio/Files/PackedWrapping.h"
 
 // What is kept of any file around its samples gives a file in which the same is found again.
 namespace kiv {

@@ -8,7 +8,7 @@
 
 #include "Audio/Files/ByteFields.h"
 #include "Audio/Files/FlacMetadata.h"
-#include "Audio/Files/SampleWrapping.h"
+#include "Audio/Files/PackedWrapping.h"
 #include "Audio/Files/TagsAtEnd.h"
 #include "Document/DecodedSamples.h"
 

@@ -15,6 +15,7 @@
 #include "Audio/Files/SampleWrapping.h"
 #include "Audio/Files/SourceReader.h"
 #include "Audio/Files/WavReader.h"
+#include "Audio/Files/WrappingReader.h"
 
 namespace kiv::AudioFileCodec {
 namespace {

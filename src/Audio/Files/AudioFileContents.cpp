@@ -55,11 +55,6 @@ Utf8Part utf8Part(std::string_view text, std::size_t at) {
 
 }  // namespace
 
-std::string AudioSampleEncoding::description() const {
-    if (kind == Kind::floating) return std::to_string(bytes * 8) + "-bit float";
-    return std::to_string(validBits) + "-bit";
-}
-
 bool AudioFileContents::canSaveInPlace() const {
     return format.container != AudioContainer::coreAudio || wrapping || decodedSetting(formatIdentifierKey) == "flac";
 }

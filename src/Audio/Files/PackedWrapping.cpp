@@ -1,3 +1,5 @@
+#include "Audio/Files/PackedWrapping.h"
+
 #include <cctype>
 
 #include "Audio/Files/AudioFileError.h"

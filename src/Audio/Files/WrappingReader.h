@@ -7,8 +7,13 @@
 #include "Audio/Files/SourceReader.h"
 #include "Audio/Files/WrappingDescription.h"
 
-// Takes files apart that are kept as wrappings. Throws AudioFileError `unreadable`.
+// Files of other kinds whose samples are not compressed: AU, CAF, W64, RF64, BW64 and RIFX. They are taken apart by their own
+// structure, and put together again around other samples. Throws AudioFileError `unreadable`.
 namespace kiv {
+
+// Such a file's wrapping, with what it says of the sound: positions, the loop, texts. Nothing for other files, and for samples
+// that are compressed or of an encoding that is not ours.
+std::optional<NativeFile> findWrapping(const SourceReader &reader);
 
 // The wrapping, without positions and loop; nothing for files of which it is not known what stands around the samples.
 std::optional<NativeFile> takeApart(const SourceReader &reader, WrappedSamples samples);

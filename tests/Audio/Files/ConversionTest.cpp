@@ -3,7 +3,7 @@
 
 #include "Audio/Files/AudioFileConversion.h"
 #include "Audio/Files/FileBytes.h"
-#include "Audio/Files/SampleWrapping.h"
+#include "Audio/Files/PackedWrapping.h"
 #include "Audio/Files/TagsAtEnd.h"
 
 // Saving in another format: what goes along, what is said to be left, and that the editor finds its positions again.
