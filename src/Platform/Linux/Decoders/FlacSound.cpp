@@ -269,16 +269,24 @@ private:
     bool isCounting_ = false;
 };
 
-bool isCertainlyWhole(FlacSound sound) {
+// Where a stream may begin and end.
+struct Bounds {
+    const ByteSource &source;
+    std::int64_t start, end;
+    FlacSound sound() const { return {source, start, end}; }
+};
+
+bool isCertainlyWhole(const Bounds &bounds) {
     try {
-        return sound.countFrames().has_value();
+        return bounds.sound().countFrames().has_value();
     } catch (const DecodeFault &) {
         return false;
     }
 }
 
-std::int64_t framesLost(FlacSound sound) {
+std::int64_t framesLost(const Bounds &bounds) {
     try {
+        FlacSound sound = bounds.sound();
         std::vector<std::int32_t> block(std::size_t(sound.format().channels << 12));
         while (sound.read(block) > 0) continue;
         return sound.end().missingFrames + sound.end().damagedFrames;
@@ -287,11 +295,12 @@ std::int64_t framesLost(FlacSound sound) {
     }
 }
 
-// Where the blocks end. What looks like a tag are samples where less is lost with them than without.
+// Where the blocks end. What looks like a tag are samples, or stands in the metadata, where less is lost with it than without.
 std::int64_t streamEnd(const ByteSource &source, std::int64_t start) {
     const std::int64_t end = startOfTagsAtEnd(source, start), size = source.size();
     if (end == size || isCertainlyWhole({source, start, end})) return end;
-    return framesLost({source, start, size}) < framesLost({source, start, end}) ? size : end;
+    const std::int64_t lost = framesLost({source, start, end});
+    return lost > 0 && framesLost({source, start, size}) < lost ? size : end;
 }
 
 }  // namespace
