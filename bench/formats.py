@@ -91,7 +91,7 @@ def main():
     if missing or len(sys.argv) != 2:
         sys.exit(f"needed: {' '.join(missing)}" if missing else __doc__)
     kiv = Path(sys.argv[1]).resolve()
-    print(f"{'file':14}{'kind':12}{'bits':14}{'read':8}{'written':9}{'exact':9}tags")
+    print(f"{'file':14}{'kind':21}{'bits':14}{'read':8}{'written':9}{'exact':9}tags")
     faults = 0
     with tempfile.TemporaryDirectory() as name:
         desk = Desk(kiv, Path(name))
@@ -102,7 +102,7 @@ def main():
             info = json.loads(desk.run(kiv, "info", row[0], "--json").stdout or "{}")
             faults += "NO" in result or "LOST" in result
             read, written, exact, tags = result
-            print(f"{row[0]:14}{info.get('typeName', ''):12}{info.get('bitsDescription', ''):14}{read:8}{written:9}{exact:9}{tags}")
+            print(f"{row[0]:14}{info.get('typeName', ''):21}{info.get('bitsDescription', ''):14}{read:8}{written:9}{exact:9}{tags}")
     sys.exit(1 if faults else 0)
 
 
