@@ -70,9 +70,18 @@ AudioEditorBuffer emptyOf(const DecodedSound &sound) {
     return AudioEditorBuffer(sound.format().channels, sound.format().sampleRate);
 }
 
+// Whether most samples are other than 0. Silence is the same in whatever state a decoder is, which shows in what comes after
+// it.
+bool isHeard(const AudioEditorBuffer &sound) {
+    std::int64_t silent = 0;
+    sound.forEachSpan({0, sound.frames()},
+                      [&](std::span<const float> part, FrameRange) { silent += std::count(part.begin(), part.end(), 0.0f); });
+    return silent < sound.frames() * sound.channels() / 2;
+}
+
 // A sound in stretches that are decoded at the same time. Each goes on into the next by a joint: where both have the same
 // samples there, out of the same place in the file, both decoders have come to the same state, and what follows is what one
-// alone would have found. The samples alone prove nothing: silence is the same somewhat earlier or later.
+// alone would have found.
 class Stretches {
 public:
     Stretches(DecodedSound &sound, const CountedSource &source)
@@ -134,9 +143,10 @@ private:
 
     bool fits(const AudioEditorBuffer &before, std::int64_t i) const {
         const Stretch &stretch = stretches_[std::size_t(i)];
-        return stretch.sound && before.frames() == start(i) + jointFrames && stretch.buffer.frames() >= jointFrames &&
-               before.part({start(i), before.frames()}) == stretch.buffer.part({0, jointFrames}) &&
-               stretches_[std::size_t(i - 1)].endPlace == stretch.jointPlace;
+        const bool areThere = before.frames() == start(i) + jointFrames && stretch.buffer.frames() >= jointFrames;
+        if (!stretch.sound || !areThere || stretches_[std::size_t(i - 1)].endPlace != stretch.jointPlace) return false;
+        const AudioEditorBuffer joint = stretch.buffer.part({0, jointFrames});
+        return before.part({start(i), before.frames()}) == joint && isHeard(joint);
     }
 
     DecodedSamples readByTheFirst() {

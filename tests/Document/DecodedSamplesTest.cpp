@@ -34,9 +34,7 @@ public:
     std::int64_t read(std::span<float> out) override {
         const auto count = std::min<std::int64_t>(std::int64_t(out.size()), plan_.frames - at_);
         if (start_ > 0 && at_ + count > plan_.fault) throw DecodeFault("a fault");
-        for (std::int64_t i = 0; i < count; ++i, ++at_)
-            out[std::size_t(i)] =
-                start_ > 0 && at_ - start_ < plan_.late ? -1.0f : plan_.sampleAt(at_ + (start_ > 0 ? plan_.astray : 0));
+        for (std::int64_t i = 0; i < count; ++i, ++at_) out[std::size_t(i)] = sampleAt(at_);
         return count;
     }
     std::int64_t place() const override { return at_ + (start_ > 0 ? plan_.astray : 0); }
@@ -49,6 +47,13 @@ public:
     }
 
 private:
+    // Too early a part is wrong where anything is to be heard.
+    float sampleAt(std::int64_t frame) const {
+        const bool isPart = start_ > 0;
+        const float right = plan_.sampleAt(frame + (isPart ? plan_.astray : 0));
+        return isPart && frame - start_ < plan_.late && right != 0 ? -1.0f : right;
+    }
+
     const Plan &plan_;
     const std::int64_t start_;
     std::int64_t at_;
@@ -67,6 +72,7 @@ TEST(DecodedSamples, OfASoundReadOnSeveralCoresAreThoseOfOne) {
                           {.what = "parts that are right too late", .late = 10000},
                           {.what = "a fault in the joint", .fault = half + 10},
                           {.what = "a fault at the end", .fault = frames - 1},
+                          {.what = "a part that is wrong behind silence", .late = 60000, .isSilent = true},
                           {.what = "a part in silence that is elsewhere", .astray = 1152, .isSilent = true}};
     for (const Plan &plan : plans) {
         Numbered sound(plan, 0);
